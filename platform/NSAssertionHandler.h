@@ -1,0 +1,63 @@
+#pragma once
+
+#include <platform/ZTFormat.h>
+
+#include <string>
+#include <string_view>
+
+namespace zt {
+
+/// A broken promise, as both assertion handlers are told of it.
+struct AssertionReport {
+  std::string operation;         ///< the keyword name, such as "addObserver:"
+  const void* object = nullptr;  ///< the address only: the object may be gone when the report is read
+  std::string sourceFile;        ///< the unit, such as "src/ztstyles/ZTSStyle"
+  int line = 0;
+  std::string description;
+
+  /// "file:line: operation <address>: description", in one line that is safe on a terminal.
+  [[nodiscard]] ZT_EXPORT std::string text() const;
+};
+
+/// The handler for failures after which an operation must not go on: it raises
+/// `NSInternalInconsistencyException` with the description as the reason.
+///
+/// Each thread has a current handler; a scope replaces it, so that a test or an application can see
+/// a failure before it is raised. It is raised in any case. Call it through `ZT_RAISE`.
+class ZT_EXPORT NSAssertionHandler {
+ public:
+  NSAssertionHandler() = default;
+  NSAssertionHandler(const NSAssertionHandler&) = delete;
+  NSAssertionHandler& operator=(const NSAssertionHandler&) = delete;
+  virtual ~NSAssertionHandler();
+
+  /// The handler of this thread.
+  static NSAssertionHandler& currentHandler() noexcept;
+
+  /// Shows the failure to `willRaise`, then raises `NSInternalInconsistencyException`.
+  [[noreturn]] void handleFailureInMethod(std::string_view operation, const void* object, std::string_view sourceFile,
+                                          int line, std::string description);
+
+  /// Makes a handler the current one of this thread while the scope lives. Scopes nest.
+  class ZT_EXPORT Scope {
+   public:
+    explicit Scope(NSAssertionHandler& handler) noexcept;
+    ~Scope();
+    Scope(const Scope&) = delete;
+    Scope& operator=(const Scope&) = delete;
+
+   private:
+    NSAssertionHandler* mPrevious;
+  };
+
+ protected:
+  /// Hook: called before the exception is raised. The base does nothing.
+  virtual void willRaise(const AssertionReport& report);
+};
+
+}  // namespace zt
+
+/// Raises at the line of the call: operation, object, source file, format, arguments of the format.
+#define ZT_RAISE(operation, object, sourceFile, ...)                                                        \
+  ::zt::NSAssertionHandler::currentHandler().handleFailureInMethod((operation), (object), (sourceFile), __LINE__, \
+                                                                   ::zt::format(__VA_ARGS__))

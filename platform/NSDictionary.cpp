@@ -1,0 +1,85 @@
+#include <platform/NSDictionary.h>
+#include <platform/NSException.h>
+#include <platform/ZTClass.h>
+#include <platform/ZTFormat.h>
+#include <platform/ZTNesting.h>
+
+#include <utility>
+
+namespace zt {
+
+NSDictionary::~NSDictionary() = default;
+
+Ref<NSDictionary> NSDictionary::make(std::initializer_list<Entry> entries) {
+  Ref<NSDictionary> result(new NSDictionary);
+  for (const Entry& entry : entries) result->add(entry.key, entry.value);
+  return result;
+}
+
+Ref<NSDictionary> NSDictionary::make(StringRef key, Ref<NSObject> value) {
+  Ref<NSDictionary> result(new NSDictionary);
+  result->add(std::move(key), std::move(value));
+  return result;
+}
+
+void NSDictionary::add(StringRef key, Ref<NSObject> value) {
+  if (!key.isPresent()) throw NSInvalidArgumentException("NSDictionary: an entry without a key");
+  if (value == nullptr) throw NSInvalidArgumentException(format("NSDictionary: no value for the key %@", key));
+  for (Entry& entry : mEntries) {
+    if (entry.key == key) {
+      entry.value = std::move(value);
+      return;
+    }
+  }
+  mEntries.push_back({std::move(key), std::move(value)});
+}
+
+NSObject* NSDictionary::objectForKey(std::string_view key) const noexcept {
+  for (const Entry& entry : mEntries) {
+    if (entry.key.view() == key) return entry.value.get();
+  }
+  return nullptr;
+}
+
+const ZTClass& NSDictionary::dictionaryClass() {
+  static const ZTClass* object = new ZTClass("NSDictionary", &nsObjectClass(), &typeid(NSDictionary));
+  return *object;
+}
+
+const ZTClass& NSDictionary::classObject() const { return dictionaryClass(); }
+
+bool NSDictionary::isEqual(const NSObject* other) const {
+  if (this == other) return true;
+  const auto* dictionary = dynamic_cast<const NSDictionary*>(other);
+  if (dictionary == nullptr || dictionary->count() != count()) return false;
+  const NestingGuard nesting("isEqual:", Nesting::equality);
+  for (const Entry& entry : mEntries) {
+    const NSObject* theirs = dictionary->objectForKey(entry.key.view());
+    if (theirs == nullptr || !sameOrEqual(entry.value.get(), theirs)) return false;
+  }
+  return true;
+}
+
+std::size_t NSDictionary::hash() const {
+  const NestingGuard nesting("hash", Nesting::equality);
+  std::size_t result = mEntries.size();
+  for (const Entry& entry : mEntries) {
+    // A sum, since order plays no part; a product, so that swapped values do not cancel out.
+    result += (entry.key.hash() ^ 0x9e3779b97f4a7c15ull) * (entry.value->hash() | 1u);
+  }
+  return result;
+}
+
+std::string NSDictionary::description() const {
+  const NestingGuard nesting("description", Nesting::description);
+  std::string result = "{";
+  for (const Entry& entry : mEntries) {
+    if (result.size() > 1) result += "; ";
+    result += format("%@ = %@", entry.key, entry.value);
+  }
+  return result + "}";
+}
+
+Ref<NSObject> NSDictionary::copy() const { return Ref<NSObject>(const_cast<NSDictionary*>(this)); }
+
+}  // namespace zt

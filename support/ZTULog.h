@@ -1,0 +1,81 @@
+#pragma once
+/// @file
+/// `ZTULog_Fn(level, sourceFile, format, arguments...)`: the levelled log, one line a call.
+
+#include <platform/ZTFormat.h>
+
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace zt {
+
+/// The two levels in use. Any other number is written as it is.
+inline constexpr int kZTULogFailure = 1;  ///< a failure that was passed over
+inline constexpr int kZTULogNotice = 10;  ///< a notice
+
+struct ZTULogEntry {
+  int level = 0;
+  std::string sourceFile;  ///< the unit, such as "src/ztstyles/ZTSStyle"
+  std::string message;
+
+  /// "level, file, message", in one line that is safe on a terminal.
+  [[nodiscard]] ZT_EXPORT std::string text() const;
+};
+
+/// Where the entries of the levelled log go. The standard one writes each as a line to the error stream.
+class ZT_EXPORT ZTULogSink {
+ public:
+  ZTULogSink() = default;
+  ZTULogSink(const ZTULogSink&) = delete;
+  ZTULogSink& operator=(const ZTULogSink&) = delete;
+  virtual ~ZTULogSink();
+
+  virtual void write(const ZTULogEntry& entry) = 0;
+
+  /// The sink of this thread.
+  static ZTULogSink& current() noexcept;
+
+  /// Makes a sink the current one of this thread while the scope lives. Scopes nest.
+  class ZT_EXPORT Scope {
+   public:
+    explicit Scope(ZTULogSink& sink) noexcept;
+    ~Scope();
+    Scope(const Scope&) = delete;
+    Scope& operator=(const Scope&) = delete;
+
+   private:
+    ZTULogSink* mPrevious;
+  };
+};
+
+/// Collects the entries of this thread's levelled log while it lives, instead of printing them.
+class ZT_EXPORT ZTULogRecorder final : public ZTULogSink {
+ public:
+  ZTULogRecorder() : mScope(*this) {}
+  ~ZTULogRecorder() override;
+
+  void write(const ZTULogEntry& entry) override { mEntries.push_back(entry); }
+  [[nodiscard]] const std::vector<ZTULogEntry>& entries() const noexcept { return mEntries; }
+
+  /// The entries as lines, in order.
+  [[nodiscard]] std::vector<std::string> lines() const;
+
+  /// The entries so far; the record is empty afterwards.
+  std::vector<ZTULogEntry> takeEntries() { return std::exchange(mEntries, {}); }
+
+ private:
+  std::vector<ZTULogEntry> mEntries;
+  Scope mScope;
+};
+
+/// Writes one entry to the current sink of this thread.
+template <class... Arguments>
+void ZTULog_Fn(int level, std::string_view sourceFile, std::type_identity_t<FormatString<Arguments...>> text,
+               const Arguments&... arguments) {
+  const ZTULogEntry entry{level, std::string(sourceFile), zt::format<Arguments...>(text, arguments...)};
+  ZTULogSink::current().write(entry);
+}
+
+}  // namespace zt
