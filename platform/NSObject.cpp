@@ -1,4 +1,5 @@
 #include <platform/NSException.h>
+#include <platform/NSNotificationCenter.h>
 #include <platform/NSObject.h>
 #include <platform/ZTClass.h>
 #include <platform/ZTFormat.h>
@@ -24,7 +25,9 @@ thread_local Disposal* tDisposal = nullptr;
 
 }  // namespace
 
-NSObject::~NSObject() = default;
+NSObject::~NSObject() {
+  if (hasListeners()) NSNotificationCenter::objectDies(*this);
+}
 
 void NSObject::dispose(const NSObject* object) noexcept {
   if (tDisposal != nullptr) {

@@ -58,7 +58,7 @@ class ZT_EXPORT NSObject {
   [[nodiscard]] std::uint32_t referenceCount() const noexcept { return mCount; }
 
   /// Whether a listener of the notification centre names this object; kept by the centre alone.
-  [[nodiscard]] bool hasListeners() const noexcept { return __atomic_load_n(&mHasListeners, __ATOMIC_RELAXED); }
+  [[nodiscard]] bool hasListeners() const noexcept { return __atomic_load_n(&mHasListeners, __ATOMIC_ACQUIRE); }
 
  protected:
   /// Private type tags: what the values' own `isEqual` asks instead of a dynamic cast.
@@ -77,7 +77,7 @@ class ZT_EXPORT NSObject {
   friend void intrusive_ptr_add_ref(const NSObject* object) noexcept;
   friend void intrusive_ptr_release(const NSObject* object) noexcept;
 
-  void setHasListeners(bool has) const noexcept { __atomic_store_n(&mHasListeners, has, __ATOMIC_RELAXED); }
+  void setHasListeners(bool has) const noexcept { __atomic_store_n(&mHasListeners, has, __ATOMIC_RELEASE); }
   static void dispose(const NSObject* object) noexcept;
 
   mutable std::uint32_t mCount = 0;
