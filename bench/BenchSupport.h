@@ -21,8 +21,8 @@ struct Comparison {
 };
 bool compare(Comparison comparison);
 
-/// An operation whose instructions are counted. `prepare` makes what is needed and answers the operation, which is run a
-/// few times to warm up and then counted `repetitions` times. The cost of the loop itself is taken off.
+/// An operation whose instructions are counted. `prepare` makes what is needed and answers the operation, which is run
+/// a few times to warm up and then counted `repetitions` times. The cost of the loop itself is taken off.
 struct InstructionCount {
   std::string name;
   std::function<std::function<void()>()> prepare;
