@@ -83,7 +83,11 @@ class ZT_EXPORT NSObject {
   mutable std::uint32_t mCount = 0;
   Tag mTag;
   mutable bool mHasListeners = false;
-  // Two spare bytes follow: a derived class's first small fields land there.
+
+ protected:
+  /// Two bytes that would be padding otherwise: a derived class of which there are millions may keep
+  /// flags of its own here.
+  mutable std::uint8_t mSmall[2] = {0, 0};
 };
 
 inline void intrusive_ptr_add_ref(const NSObject* object) noexcept { counting::increment(object->mCount); }

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <platform/NSObject.h>
+
+#include <cstdint>
+
+struct _xmlNode;
+
+namespace zt {
+
+class ZTAError;
+class ZTAXMLArchiver;
+class ZTAXMLUnarchiver;
+
+/// Is asked by an archiver or unarchiver to say more about an error that arose while one object was
+/// being written or read.
+class ZT_EXPORT ZTAErrorHandler : public NSObject {
+ public:
+  /// The error to report in place of `error`. The base answers the error itself.
+  virtual Ref<ZTAError> handleError(Ref<ZTAError> error);
+
+ protected:
+  using NSObject::NSObject;
+};
+
+/// An object that can be written to and read from an XML archive.
+class ZT_EXPORT ZTAXMLCoding : public ZTAErrorHandler {
+ public:
+  /// Writes the object into the element that was made for it. Exceptions of the archiver pass through.
+  virtual void encodeWithXMLArchiver(ZTAXMLArchiver& archiver, _xmlNode* node, std::uint64_t version) = 0;
+
+  /// Initialises a bare object from its element. False stands for no object: the bare one is dropped.
+  virtual bool initWithXMLUnarchiver(ZTAXMLUnarchiver& unarchiver, _xmlNode* node, std::uint64_t version) = 0;
+
+  /// @name Moments of an archive
+  /// Called by the archiver, never by the library.
+  /// @{
+
+  /// Right after `initWithXMLUnarchiver`; answers the object to keep, which may be another or none.
+  /// The base answers the object itself.
+  virtual Ref<NSObject> initMoreWithXMLUnarchiver(ZTAXMLUnarchiver& unarchiver, _xmlNode* node);
+  /// Before the object is written. The base does nothing.
+  virtual void preencodeHookWithXMLArchiver(ZTAXMLArchiver& archiver);
+  /// After the whole archive has been read. The base does nothing.
+  virtual void postUnarchiveUpgradeForUnarchiver(ZTAXMLUnarchiver& unarchiver);
+  /// Before an archive of the given, older version is written. The base does nothing.
+  virtual void preArchiveDowngradeForVersion(std::uint64_t version, ZTAXMLArchiver& archiver);
+  /// The class that the archive records. The base answers the object's class.
+  virtual const ZTClass& classForCoder() const;
+  /// A class that stands for the object's class where that one is unknown; the base answers none.
+  virtual const ZTClass* ztClassAncestor() const;
+  /// @}
+
+ protected:
+  using ZTAErrorHandler::ZTAErrorHandler;
+};
+
+}  // namespace zt

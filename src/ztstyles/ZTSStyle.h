@@ -1,0 +1,412 @@
+#pragma once
+
+#include <archiving/ZTAXMLCoding.h>
+#include <platform/NSDocument.h>
+#include <platform/NSNotificationCenter.h>
+#include <platform/PropertyMap.h>
+#include <support/ZTUCountedPointerSet.h>
+#include <support/ZTUMutablePointerSet.h>
+#include <support/ZTUMutableRetainedPointerSet.h>
+#include <ztstyles/ZTSStyleClass.h>
+#include <ztstyles/ZTSStyleObserver.h>
+
+#include <optional>
+#include <vector>
+
+namespace zt {
+
+class NSUndoManager;
+class ZTSOrphanIndex;
+class ZTSStyle;
+class ZTSStylesheet;
+class ZTSUnusedStyles;
+class ZTSVariationIndexes;
+
+/// Posted when values of a style changed, with the style as object and the change record as user
+/// information under `ZTSStyleNotificationChangeInfoKey`. A class may post under a name of its own.
+ZT_EXPORT extern const NSNotificationName ZTSStylePropertiesChangedNotification;
+/// Posted when a style's name changed, with the style as object and no user information.
+ZT_EXPORT extern const NSNotificationName ZTSStyleNameChangedNotification;
+/// The user information's key of the change record.
+inline constexpr const char* ZTSStyleNotificationChangeInfoKey = "changeInfo";
+
+/// In which phase of the undo manager a change made through the locked-style operations tells anybody.
+enum ZTSStyleNotificationFlags : std::int32_t {
+  kZTSStyleNotifyOnChange = 1,  ///< a plain change; also when there is no undo manager
+  kZTSStyleNotifyOnUndo = 2,
+  kZTSStyleNotifyOnRedo = 4
+};
+
+enum class CompareNames : bool { no, yes };
+
+/// A set of styles that keeps its members alive.
+using ZTSStyleSet = ZTUMutableRetainedPointerSet<ZTSStyle>;
+
+/// A style: a bag of property values that inherits every value it does not set itself from a parent
+/// style. A style is made detached, without stylesheet and parent. A stylesheet adopts it by setting its
+/// link, whereupon the style finds its parent by identifier, and drops it by clearing the link.
+///
+/// An application derives its style classes from this one (or from `ZTSAggregateStyle`), gives each a
+/// class object with its property registry, and overrides what differs. Every call between the
+/// operations below that are virtual goes through dynamic dispatch, also of a style on itself.
+///
+/// A style is used from one thread at a time; only equality takes a lock of its own.
+class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
+ public:
+  /// The class object of `ZTSStyle` itself. Styles are made by class objects, or with `make<T>(...)`.
+  static const ZTSStyleClass& styleClass();
+  /// The class object of this style's exact class.
+  const ZTSStyleClass& classObject() const override;
+
+  /// @name Making one
+  /// Implemented in ZTSStyle.cpp.
+  /// @{
+
+  /// Initialises a bare style. False, after a report, if the map holds a key outside the class's
+  /// registry; the style is then dropped by its maker. The parent is not resolved here.
+  virtual bool initWithName(const ZTSStyleFields& fields);
+  /// @}
+
+  /// @name Identity and links
+  /// Implemented in ZTSStyle.cpp. The accessors answer their field.
+  /// @{
+
+  [[nodiscard]] const StringRef& name() const noexcept { return mName; }
+  [[nodiscard]] const StringRef& identifier() const noexcept { return mIdentifier; }
+  [[nodiscard]] const StringRef& parentIdentifier() const noexcept { return mParentIdentifier; }
+  /// The resolved parent, held by this style; none without one.
+  [[nodiscard]] ZTSStyle* parent() const noexcept { return mParent.get(); }
+  /// The styles whose parent is this one: the live set, which does not hold them.
+  [[nodiscard]] const ZTUMutablePointerSet<ZTSStyle>& children() const noexcept { return mChildren; }
+  /// The stylesheet that the style belongs to, or none. A back-link: cleared by the stylesheet when the
+  /// style leaves it or when it is destroyed.
+  [[nodiscard]] ZTSStylesheet* stylesheet() const noexcept { return mStylesheet; }
+  [[nodiscard]] bool isLocked() const noexcept { return hasState(kLocked); }
+  [[nodiscard]] std::uint32_t usageCount() const noexcept { return mUsageCount; }
+  [[nodiscard]] std::uint32_t orphanCount() const noexcept { return mOrphanCount; }
+  /// The observers: the live counted set, which does not hold them.
+  [[nodiscard]] const ZTUCountedPointerSet<ZTSStyleObserver>& observers() const noexcept { return mObservers; }
+
+  /// Whether a name is there, even an empty one.
+  [[nodiscard]] bool isNamed() const noexcept { return mName.isPresent(); }
+  [[nodiscard]] bool isIdentified() const noexcept { return mIdentifier.isPresent(); }
+  [[nodiscard]] bool isAnonymous() const noexcept { return !mIdentifier.isPresent(); }
+
+  /// Changes the name, undoably, and posts `ZTSStyleNameChangedNotification`. An equal name does nothing.
+  virtual void setName(StringRef name);
+  /// Changes the identifier of a style that has no stylesheet. With a stylesheet it is reported and the
+  /// identifier stays: identify and anonymize are the stylesheet's.
+  virtual void setIdentifier(StringRef identifier);
+  /// Changes where the style inherits from, undoably, and resolves the parent again unless the parent
+  /// has that identifier already.
+  virtual void setParentIdentifier(StringRef parentIdentifier);
+  /// Stores the link and resolves the parent. The current stylesheet does nothing.
+  virtual void setStylesheet(ZTSStylesheet* stylesheet);
+  /// Locks or unlocks, undoably. Locking keeps an inspector from changing the style, and keeps the
+  /// style's look when its parent changes.
+  virtual void setIsLocked(bool isLocked);
+  /// Resolves the parent and, if it changed, treats the difference as a change that comes from it.
+  virtual void updateParent();
+  /// Clears the stylesheet link without resolving the parent: the stylesheet is being destroyed.
+  virtual void cleanup();
+
+  /// Calls the operation on each member of a snapshot of the children.
+  template <class Operation>
+  void makeChildrenPerform(Operation operation) const {
+    mChildren.makeObjectsPerform(operation);
+  }
+  /// @}
+
+  /// @name Document
+  /// Implemented in ZTSStyle.cpp.
+  /// @{
+
+  /// The stylesheet's document and undo manager; none without a stylesheet.
+  virtual NSDocument* document() const;
+  virtual NSUndoManager* undoManager() const;
+
+  /// Called by the stylesheet around adding and removing, where it has a document. The base does nothing.
+  /// The context is what was handed to `addStyleWithContext`, or none.
+  virtual void willBeAddedToDocument(NSDocument* document, NSObject* context);
+  virtual void wasAddedToDocument(NSDocument* document, NSObject* context);
+  virtual void willBeRemovedFromDocument(NSDocument* document);
+  virtual void wasRemovedFromDocument(NSDocument* document);
+  /// @}
+
+  /// @name Counting
+  /// Implemented in ZTSStyleCounting.cpp. A style counts the uses that its users report plus its children
+  /// that are in use; only the steps between 0 and 1 reach the parent.
+  /// @{
+
+  virtual void incrementUsageCount();
+  /// At 0 it is reported, and nothing changes.
+  virtual void decrementUsageCount();
+  virtual void incrementOrphanCount();
+  /// At 0 it raises `NSInternalInconsistencyException`, and nothing changes.
+  virtual void decrementOrphanCount();
+  /// @}
+
+  /// @name Lookup
+  /// Implemented in ZTSStyleLookup.cpp. Nothing here changes anything.
+  /// @{
+
+  /// The effective value of `key`: the own value, else the nearest ancestor's. None if nobody sets it, or
+  /// if the nearest setter set it explicitly to no value. Cost: one mask test per ancestor, one search
+  /// where the key is found.
+  virtual Ref<NSObject> valueForProperty(PropertyKey key) const;
+  /// The same, but the null sentinel is answered as it is. Borrowed until a style of the chain changes.
+  [[nodiscard]] NSObject* p_valueForProperty(PropertyKey key) const noexcept;
+  /// The own entry, null sentinel included, or none.
+  virtual Ref<NSObject> overrideValueForProperty(PropertyKey key) const;
+  /// The own entry as it is stored: borrowed until the style changes, or none.
+  [[nodiscard]] NSObject* p_overrideValueForProperty(PropertyKey key) const noexcept {
+    return (mKeyMask & key.bit()) != 0 ? mLocalPropertyMap->find(key) : nullptr;
+  }
+  /// Whether there is an own entry; one that holds the null sentinel counts.
+  virtual bool overridesProperty(PropertyKey key) const;
+  /// Whether the style or an ancestor has an entry.
+  virtual bool definesProperty(PropertyKey key) const;
+  /// The own entries: the live map itself, or none when it is empty. (A subclass may answer a fresh one.)
+  virtual Ref<const PropertyMap> overridePropertyMap() const;
+  [[nodiscard]] bool overridesAnyProperty() const noexcept { return mLocalPropertyMap && !mLocalPropertyMap->isEmpty(); }
+  /// The flattened map, null sentinels included: a fresh one that the caller may change; none when neither
+  /// the style nor an ancestor has entries.
+  virtual Ref<PropertyMap> propertyMap() const;
+  /// The styles that the values refer to. None in this class.
+  virtual std::optional<ZTSStyleSet> referencedStyles() const;
+  virtual std::optional<ZTSStyleSet> implicitlyReferencedStyles() const;
+  virtual std::optional<ZTSStyleSet> recursivelyReferencedStyles() const;
+  /// @}
+
+  /// @name Inspection
+  /// Implemented in ZTSStyleInspection.cpp. The scope is opaque and is ignored by this class.
+  /// @{
+
+  virtual const PropertySet& inspectableProperties() const;
+  [[nodiscard]] bool canInspectProperty(PropertyKey key) const { return inspectableProperties().contains(key); }
+  /// None for a locked style.
+  virtual const PropertySet* mutableProperties() const;
+  virtual bool canMutateProperty(PropertyKey key) const;
+  virtual Ref<NSObject> valueForPropertyWithScope(PropertyKey key, NSObject* scope) const;
+  /// The effective values as a list without repetitions, or none where there is no value. A style has one.
+  virtual std::optional<std::vector<Ref<NSObject>>> valuesForProperty(PropertyKey key) const;
+  virtual std::optional<std::vector<Ref<NSObject>>> valuesForPropertyWithScope(PropertyKey key, NSObject* scope) const;
+  /// Each given key that has values, with them, in the order of the set.
+  virtual std::vector<std::pair<PropertyKey, std::vector<Ref<NSObject>>>> valuesForPropertiesWithScope(
+      const PropertySet& keys, NSObject* scope) const;
+  virtual bool isStateMixedForProperty(PropertyKey key) const;
+  /// Each given key with a boolean number.
+  virtual Ref<PropertyMap> isStateMixedForPropertiesWithScope(const PropertySet& keys, NSObject* scope) const;
+  virtual bool canMutateViaAction(const StringRef& action) const;
+  /// Raises `NSInvalidArgumentException` in this class.
+  virtual void mutateViaActionArguments(const StringRef& action, NSObject* arguments);
+  /// @}
+
+  /// @name Mutation
+  /// Implemented in ZTSStyleMutation.cpp. Each operation registers its inverse, changes, and tells; none
+  /// asks whether the style is locked or whether the value differs. None as value is stored as the null
+  /// sentinel. An unacceptable value raises `NSInternalInconsistencyException` before anything changes,
+  /// but for the locked-style operations, which report it and go on.
+  /// @{
+
+  virtual void setValueForProperty(Ref<NSObject> value, PropertyKey key);
+  virtual void setValueForPropertyWithScope(Ref<NSObject> value, PropertyKey key, NSObject* scope);
+  virtual void setValuesForProperties(const PropertyMap& values);
+  virtual void setValuesForPropertiesWithScope(const PropertyMap& values, NSObject* scope);
+  /// Without an own entry nothing happens.
+  virtual void removeValueForProperty(PropertyKey key);
+  virtual void removeValuesForProperties(const PropertySet& keys);
+  /// Tells only in the phases that `flags` (ZTSStyleNotificationFlags) name; so does its undo.
+  virtual void lockedStyleSetValuesForProperties(const PropertyMap& values, std::int32_t flags);
+  virtual void lockedStyleRemoveValuesForProperties(const PropertySet& keys, std::int32_t flags);
+  /// Whether the value (none where it is to be unset) may be stored. This class refuses every value.
+  virtual bool validateValueForProperty(NSObject* value, PropertyKey key) const;
+
+  /// Store or remove the own entry and nothing else. The value must be present.
+  void p_setValueForProperty(Ref<NSObject> value, PropertyKey key);
+  void p_removeValueForProperty(PropertyKey key);
+  /// @}
+
+  /// @name Telling
+  /// Implemented in ZTSStylePropagation.cpp.
+  /// @{
+
+  /// Takes a change of this style or of its parent: drops what it hides, keeps the look of a locked style,
+  /// tells children, then observers, then the notification centre.
+  void stylePropertiesChanged(const ZTSStyleChangeInfo& change) override;
+  /// Adds one count of the observer, or takes one away. The style itself is reported and not added.
+  virtual void addObserver(ZTSStyleObserver* observer);
+  virtual void removeObserver(ZTSStyleObserver* observer);
+  /// @}
+
+  /// @name Override maps
+  /// Implemented in ZTSStyleOverrides.cpp.
+  /// @{
+
+  /// The smallest override map that gives the wanted values relative to this style's base: the entries of
+  /// `overrides` always, those of `wanted` (and, with `canCollapse`, the own entries of an anonymous style)
+  /// only where they differ from the base's values. Either map may be none. A new map, possibly empty.
+  virtual Ref<PropertyMap> overridePropertyMapWithPropertyMap(const PropertyMap* wanted, const PropertyMap* overrides,
+                                                              bool canCollapse) const;
+  /// Removes own values that equal the parent's, in one undoable step. Nothing if locked or without parent.
+  virtual void collapseOverriddenPropertyValues();
+  /// Removes all own values unless the style is locked.
+  virtual void clearOverriddenPropertyValues();
+  /// The keys in which the two differ, or none where there is no such key.
+  virtual Ref<PropertySet> compareProperties(const ZTSStyle& other) const;
+  virtual bool isEqualToStyleForProperty(const ZTSStyle& other, PropertyKey key) const;
+  /// Hands children and observers over to another style of the same class. Anything else does nothing.
+  virtual void replaceWithStyle(ZTSStyle* other);
+  /// @}
+
+  /// @name Copy, equality, descriptions
+  /// Implemented in ZTSStyleComparison.cpp.
+  /// @{
+
+  /// A new detached style of the same class with the same name, identifiers, own values and lock.
+  Ref<NSObject> copy() const override;
+  /// Structural equality, names included.
+  bool isEqual(const NSObject* other) const override;
+  /// Same class, lock, identifiers, (name,) equal parents and equal own values. Styles that refer to one
+  /// another are compared once. Takes the process-wide lock of comparisons.
+  virtual bool isEqualCompareNames(const ZTSStyle* other, CompareNames compareNames) const;
+  /// The hash of the identifier; 0 for an anonymous style.
+  std::size_t hash() const override;
+  /// One constant for each class: equality may change with the style's state.
+  std::size_t stableHash() const override;
+  /// -1, 0 or 1. Nameless styles come first. None is reported and counts as nameless.
+  virtual int compareByName(const ZTSStyle* other) const;
+  std::string description() const override;
+  /// One line that names the style by what identifies it.
+  virtual std::string shortDescription() const;
+  /// The number of comparisons in progress, for tests: 0 between comparisons.
+  static std::size_t comparisonsInProgress();
+  /// @}
+
+  /// @name Validation
+  /// Implemented in ZTSStyleValidation.cpp.
+  /// @{
+
+  /// Reports every broken invariant of the style's links; changes nothing.
+  virtual void validate() const;
+  /// Checks of the application's own, called last by `validate`. The base does nothing.
+  virtual void appSpecificValidate() const;
+  /// @}
+
+  /// @name Archive
+  /// Implemented in ZTSStylePersistenceAdditions.cpp.
+  /// @{
+
+  void encodeWithXMLArchiver(ZTAXMLArchiver& archiver, _xmlNode* node, std::uint64_t version) override;
+  bool initWithXMLUnarchiver(ZTAXMLUnarchiver& unarchiver, _xmlNode* node, std::uint64_t version) override;
+  Ref<NSObject> initMoreWithXMLUnarchiver(ZTAXMLUnarchiver& unarchiver, _xmlNode* node) override;
+  void preencodeHookWithXMLArchiver(ZTAXMLArchiver& archiver) override;
+  const ZTClass* ztClassAncestor() const override;
+  Ref<ZTAError> handleError(Ref<ZTAError> error) override;
+
+  /// The map to write; none counts as empty. The base answers the live own map.
+  virtual Ref<const PropertyMap> archivedPropertiesForVersion(std::uint64_t version, ZTAXMLArchiver& archiver) const;
+  /// Whether the key's element is written empty. The base answers false.
+  virtual bool hasDefaultValueForProp(PropertyKey key) const;
+  /// The value taken on reading when the archive gives none. The base answers none.
+  virtual Ref<NSObject> defaultValueForProp(PropertyKey key) const;
+  virtual bool canBeReconstructedFromIdentifier() const;
+  /// Initialises a bare style from its identifier alone; none drops it. Raises `NSGenericException` in this class.
+  virtual Ref<ZTSStyle> initWithIdentifier(const StringRef& identifier);
+  virtual void ensureSavedWithXMLArchiver(ZTAXMLArchiver& archiver);
+  void p_archiveStyleAndRelatedWithArchiver(ZTAXMLArchiver& archiver);
+  virtual void archivingSetStylesheet(ZTSStylesheet* stylesheet);
+  virtual void archivingUpdateParent();
+  /// After the whole stylesheet was read: removes what the class does not accept, without undo and telling.
+  virtual void upgradeStyleWithUnarchiver(ZTAXMLUnarchiver& unarchiver, std::uint64_t version);
+  /// The own entry as stored, borrowed, or none.
+  [[nodiscard]] NSObject* rawValueForProperty(PropertyKey key) const noexcept { return p_overrideValueForProperty(key); }
+  void unconditionalRemoveValueForProperty(PropertyKey key) { p_removeValueForProperty(key); }
+  /// A new style of the class with the same fields and own values, for an archive of an older version.
+  virtual Ref<ZTSStyle> downgradeCopy() const;
+  /// The copy that a deep copy makes; the base answers `copy()`.
+  virtual Ref<ZTSStyle> copyWithoutSettingStylesheet() const;
+
+  /// Class-wide: whether property elements are written in the order of their names.
+  static bool sortXMLPropertiesByKey();
+  static void setSortXMLPropertiesByKey(bool sort);
+  /// @}
+
+  /// @name Private operations
+  /// For construction, copying, the stylesheet and the archive: they store and do nothing else (indexes
+  /// beside the data follow).
+  /// @{
+
+  void p_setName(StringRef name) { mName = std::move(name); }
+  void p_setIdentifier(StringRef identifier);
+  void p_setParentIdentifier(StringRef parentIdentifier);
+  void p_setParent(Ref<ZTSStyle> parent);
+  void p_setChildren(ZTUMutablePointerSet<ZTSStyle> children) { mChildren = std::move(children); }
+  void p_setPropertyMap(Ref<PropertyMap> map);
+  void p_setObservers(ZTUCountedPointerSet<ZTSStyleObserver> observers) { mObservers = std::move(observers); }
+  void p_setStylesheet(ZTSStylesheet* stylesheet);
+  void p_setUsageCount(std::uint32_t count);
+  void p_setIsLocked(bool isLocked);
+  /// Resolves the parent; answers whether it changed. A parent that would close a loop is refused: the
+  /// style stays without one and is tried again when a link of that loop changes.
+  bool p_updateParent();
+  void p_addChild(ZTSStyle& child);
+  void p_removeChild(ZTSStyle& child);
+  /// The stylesheet in which the parent identifier is looked up; none without one.
+  [[nodiscard]] ZTSStylesheet* p_reachStylesheet() const noexcept;
+  /// @}
+
+ protected:
+  ZTSStyle();
+  ~ZTSStyle() override;
+
+  /// The own map, made on first need.
+  PropertyMap& ensureLocalPropertyMap();
+
+  /// While an aggregate passes its own usage count on, requests that lead back to it are ignored.
+  [[nodiscard]] bool isAdjustingUsageCount() const noexcept { return hasState(kAdjustingUsageCount); }
+  void setIsAdjustingUsageCount(bool adjusting) noexcept { setState(kAdjustingUsageCount, adjusting); }
+
+ private:
+  friend class ZTSStyleClass;
+  friend class ZTSStylesheet;
+  friend class ZTSOrphanIndex;
+  friend class ZTSUnusedStyles;
+  friend class ZTSVariationIndexes;
+
+  // mSmall[0]: the plain groups of the class (ZTSStyleClass::Plain). mSmall[1]: these bits.
+  enum State : std::uint8_t {
+    kLocked = 1,
+    kRefused = 2,            // its parent would have closed a loop
+    kFiledAsOrphan = 4,      // listed in its stylesheet under the identifier it misses
+    kUntried = 8,            // listed in its stylesheet as to be tried at every retry
+    kAdjustingUsageCount = 16,  // an aggregate is passing its own usage count on
+    kHasVariationIndex = 32  // its stylesheet keeps an index over its children
+  };
+  [[nodiscard]] bool isPlain(std::uint8_t groups) const noexcept { return (mSmall[0] & groups) == groups; }
+  void setState(State state, bool on) noexcept {
+    mSmall[1] = static_cast<std::uint8_t>(on ? mSmall[1] | state : mSmall[1] & ~state);
+  }
+  [[nodiscard]] bool hasState(std::uint8_t states) const noexcept { return (mSmall[1] & states) != 0; }
+  /// What a search for a variation compares has changed: own entries, lock, identifier, stylesheet.
+  void matchingChanged();
+  void storeStylesheet(ZTSStylesheet* stylesheet);
+
+  StringRef mName;
+  StringRef mIdentifier;
+  StringRef mParentIdentifier;
+  Ref<ZTSStyle> mParent;
+  ZTUMutablePointerSet<ZTSStyle> mChildren;
+  ZTSStylesheet* mStylesheet = nullptr;  // cleared by the stylesheet: setStylesheet(none) or cleanup
+  Ref<PropertyMap> mLocalPropertyMap;    // none while it was never written
+  std::uint64_t mKeyMask = 0;            // the bits of the own keys: always mLocalPropertyMap->keyMask()
+  std::uint32_t mUsageCount = 0;
+  std::uint32_t mOrphanCount = 0;
+  ZTUCountedPointerSet<ZTSStyleObserver> mObservers;
+};
+
+/// The object as a style, or none.
+ZT_EXPORT ZTSStyle* asStyle(NSObject* object) noexcept;
+inline const ZTSStyle* asStyle(const NSObject* object) noexcept { return asStyle(const_cast<NSObject*>(object)); }
+
+}  // namespace zt

@@ -1,0 +1,78 @@
+#pragma once
+
+#include <platform/NSNotificationCenter.h>
+#include <platform/PropertySet.h>
+#include <platform/ZTClass.h>
+
+#include <type_traits>
+
+namespace zt {
+
+class PropertyMap;
+class ZTSStyle;
+
+/// What a new style starts with.
+struct ZTSStyleFields {
+  StringRef name = {};                             ///< absent: no name
+  StringRef identifier = {};                       ///< absent: an anonymous style
+  StringRef parentIdentifier = {};                 ///< absent: no parent
+  const PropertyMap* overridePropertyMap = nullptr;  ///< none counts as empty; its entries are copied
+  bool isLocked = false;
+};
+
+/// The class object of a style class: its property registry, its notification name, how its styles are
+/// made and archived, and which operations it leaves alone. An application class derives from
+/// `ZTSStyleClassOf<Its Style>` and overrides what differs.
+class ZT_EXPORT ZTSStyleClass : public ZTClass {
+ public:
+  using ZTClass::ZTClass;
+
+  /// @name Questions of the class
+  /// @{
+
+  /// The property registry: the keys that styles of this class support. The base class has none.
+  virtual const PropertySet& properties() const;
+  /// Whether the registry contains the key.
+  [[nodiscard]] bool isValidProperty(PropertyKey key) const { return properties().contains(key); }
+  /// Whether the registry contains all of the keys.
+  [[nodiscard]] bool areValidProperties(const PropertySet& keys) const { return keys.isSubsetOf(properties()); }
+
+  /// The notification that styles of this class post when their values change.
+  virtual NSNotificationName stylePropertiesChangedNotificationName() const;
+
+  /// The prefix with which names of such styles are looked up for display when they are read: "STYLE_".
+  virtual StringRef localizationKeyPrefix() const;
+  /// Whether a style of this class can be made from the identifier alone. The base answers false.
+  virtual bool canConstructStyleFromIdentifier(const StringRef& identifier) const;
+  /// @}
+
+  /// A new style, initialised through its virtual `initWithName`; none where that refuses.
+  Ref<ZTSStyle> makeStyle(const ZTSStyleFields& fields = {}) const;
+
+  /// Groups of operations; a set bit says that the class, and every class between it and the library's
+  /// own, leaves the whole group alone, so that a shortcut past the calls cannot be noticed.
+  enum Plain : std::uint8_t {
+    plainReading = 1,    ///< valueForProperty, definesProperty, propertyMap (and the default-value hook)
+    plainTelling = 2,    ///< stylePropertiesChanged and what it consults
+    plainCounting = 4,   ///< the four counting operations
+    plainMatching = 8,   ///< overridePropertyMap
+    plainResolving = 16  ///< updateParent
+  };
+  [[nodiscard]] std::uint8_t plainGroups() const noexcept { return mPlainGroups; }
+
+ protected:
+  void setPlainGroups(std::uint8_t groups) noexcept { mPlainGroups = groups; }
+  /// Stamps a bare style with its class's plain groups. Styles made otherwise have none and always take
+  /// the virtual path.
+  void stamp(ZTSStyle& style) const noexcept;
+
+ private:
+  std::uint8_t mPlainGroups = 0;
+};
+
+/// Whether two pointers to member functions belong to one declaration: false as soon as a class between
+/// redeclares the operation.
+template <class Mine, class Theirs>
+inline constexpr bool kSameOperation = std::is_same_v<Mine, Theirs>;
+
+}  // namespace zt

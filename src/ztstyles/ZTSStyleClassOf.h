@@ -1,0 +1,99 @@
+#pragma once
+
+#include <ztstyles/ZTSAggregateStyle.h>
+
+namespace zt {
+
+/// The class object of one style class, with what the compiler knows about it:
+///
+///     class HeadingStyle : public ZTSAggregateStyle {
+///      public:
+///       static const ZTSStyleClass& styleClass();
+///       const ZTSStyleClass& classObject() const override { return styleClass(); }
+///       bool validateValueForProperty(NSObject* value, PropertyKey key) const override;
+///     };
+///     struct HeadingStyleClass : ZTSStyleClassOf<HeadingStyle> {
+///       using ZTSStyleClassOf::ZTSStyleClassOf;
+///       const PropertySet& properties() const override { ... }
+///     };
+///     const ZTSStyleClass& HeadingStyle::styleClass() {
+///       static const auto* object = new HeadingStyleClass("HeadingStyle", ZTSAggregateStyle::styleClass());
+///       return *object;
+///     }
+///
+/// The style class needs a default constructor that this template may call. A class object is immortal:
+/// make it with `new` and keep the pointer.
+template <class T>
+class ZTSStyleClassOf : public ZTSStyleClass {
+ public:
+  ZTSStyleClassOf(std::string_view name, const ZTClass& base) : ZTSStyleClass(name, &base, &typeid(T)) {
+    setPlainGroups(groups());
+  }
+
+  Ref<NSObject> allocate() const override {
+    auto* style = new Bare;
+    stamp(*style);
+    return Ref<NSObject>(static_cast<ZTAXMLCoding*>(style));
+  }
+
+ private:
+  // A style class may keep its constructor and destructor protected. The type that is made is then this
+  // one, which adds nothing; its class object is T's.
+  struct Bare final : T {};
+
+  static constexpr std::uint8_t groups() {
+    std::uint8_t all = 0;
+    if constexpr (requires { &T::valueForProperty; &T::definesProperty; &T::propertyMap; }) {
+      constexpr bool values =
+          kSameOperation<decltype(&T::valueForProperty), decltype(&ZTSStyle::valueForProperty)> || readsLikePlainAggregate();
+      if (values && kSameOperation<decltype(&T::definesProperty), decltype(&ZTSStyle::definesProperty)> &&
+          kSameOperation<decltype(&T::propertyMap), decltype(&ZTSStyle::propertyMap)>) {
+        all |= plainReading;
+      }
+    }
+    if constexpr (requires { &T::stylePropertiesChanged; &T::inspectableProperties; &T::overridePropertyMap; &T::undoManager; }) {
+      if (kSameOperation<decltype(&T::stylePropertiesChanged), decltype(&ZTSStyle::stylePropertiesChanged)> &&
+          kSameOperation<decltype(&T::inspectableProperties), decltype(&ZTSStyle::inspectableProperties)> &&
+          kSameOperation<decltype(&T::overridePropertyMap), decltype(&ZTSStyle::overridePropertyMap)> &&
+          kSameOperation<decltype(&T::undoManager), decltype(&ZTSStyle::undoManager)>) {
+        all |= plainTelling;
+      }
+    }
+    if constexpr (requires { &T::incrementUsageCount; &T::decrementUsageCount; &T::incrementOrphanCount; &T::decrementOrphanCount; }) {
+      if (kSameOperation<decltype(&T::incrementUsageCount), decltype(&ZTSStyle::incrementUsageCount)> &&
+          kSameOperation<decltype(&T::decrementUsageCount), decltype(&ZTSStyle::decrementUsageCount)> &&
+          kSameOperation<decltype(&T::incrementOrphanCount), decltype(&ZTSStyle::incrementOrphanCount)> &&
+          kSameOperation<decltype(&T::decrementOrphanCount), decltype(&ZTSStyle::decrementOrphanCount)>) {
+        all |= plainCounting;
+      }
+    }
+    if constexpr (requires { &T::overridePropertyMap; }) {
+      if (kSameOperation<decltype(&T::overridePropertyMap), decltype(&ZTSStyle::overridePropertyMap)>) all |= plainMatching;
+    }
+    if constexpr (requires { &T::updateParent; }) {
+      if (kSameOperation<decltype(&T::updateParent), decltype(&ZTSStyle::updateParent)>) all |= plainResolving;
+    }
+    return all;
+  }
+
+  /// An aggregate whose default-value hook is the library's answers what a plain style answers.
+  static constexpr bool readsLikePlainAggregate() {
+    if constexpr (requires { &T::valueForProperty; &T::defaultValueForNilStyleProperty; }) {
+      return kSameOperation<decltype(&T::valueForProperty), decltype(&ZTSAggregateStyle::valueForProperty)> &&
+             kSameOperation<decltype(&T::defaultValueForNilStyleProperty),
+                            decltype(&ZTSAggregateStyle::defaultValueForNilStyleProperty)>;
+    } else {
+      return false;
+    }
+  }
+};
+
+/// Makes a style of a C++ class; none where its initialiser refuses.
+template <class T>
+  requires requires { T::styleClass(); }
+Ref<T> make(const ZTSStyleFields& fields = {}) {
+  Ref<ZTSStyle> style = T::styleClass().makeStyle(fields);
+  return Ref<T>(static_cast<T*>(style.get()));
+}
+
+}  // namespace zt

@@ -1,0 +1,316 @@
+#pragma once
+
+#include <archiving/ZTAXMLCoding.h>
+#include <platform/NSNotificationCenter.h>
+#include <support/ZTURetainedPointerSet.h>
+#include <ztstyles/ZTSStyle.h>
+#include <ztstyles/ZTSStyleDictionary.h>
+#include <ztstyles/ZTSStylesheetHost.h>
+#include <ztstyles/ZTSStylesheetObserver.h>
+
+#include <memory>
+
+namespace zt {
+
+class ZTSAnonymousStyleOrderingMap;
+class ZTSDowngradeStylesheet;
+class ZTSOrphanIndex;
+class ZTSUnusedStyles;
+class ZTSVariationIndexes;
+class ZTYTrackable;
+
+ZT_EXPORT extern const NSNotificationName ZTSStylesheetStyleAddedNotification;
+ZT_EXPORT extern const NSNotificationName ZTSStylesheetStyleRemovedNotification;
+ZT_EXPORT extern const NSNotificationName ZTSStylesheetParentChangedNotification;
+/// The user information's key of the style that was added or removed.
+inline constexpr const char* ZTSStylesheetNotificationStyleKey = "style";
+/// Exported for applications; no notification of this library carries it.
+inline constexpr const char* ZTSStylesheetNotificationOldParentKey = "oldParent";
+
+/// What a variation of a style shall be; see `ZTSStylesheet::variationOfStyle`.
+struct StyleVariationRequest {
+  ZTSStyle* preferredStyle = nullptr;                ///< answered if it fits
+  StringRef identifier = {};                         ///< only where `canReuse` is off
+  const PropertyMap* propertyMap = nullptr;          ///< new values; kept where they differ from the base's
+  const PropertyMap* overridePropertyMap = nullptr;  ///< new values that are kept in any case
+  bool isLocked = false;
+  bool canReuse = true;
+  bool canCollapse = true;                 ///< whether overrides equal to inherited values are dropped
+  bool canReuseIdentifiedChildren = true;  ///< whether identified styles may be answered too
+};
+
+/// Is asked to adjust a stylesheet after an archive was read. Held by the class-wide list.
+class ZT_EXPORT ZTSStylesheetUpgrader : public NSObject {
+ public:
+  virtual void postUnarchiveUpgradeStylesheetForUnarchiver(ZTSStylesheet& stylesheet, ZTAXMLUnarchiver& unarchiver) = 0;
+};
+/// Is asked to adjust what is written before an archive of an older version is written.
+class ZT_EXPORT ZTSStylesheetDowngrader : public NSObject {
+ public:
+  virtual void preArchiveDowngradeStylesheetForVersionArchiver(ZTSStylesheet& stylesheet, std::uint64_t version,
+                                                               ZTAXMLArchiver& archiver) = 0;
+};
+
+/// Holds styles: identified ones under their identifier, anonymous ones in an identity set. Stylesheets form
+/// a tree, through which identifiers are looked up: first here, then in the ancestors, so that a style here
+/// shadows those of the same identifier above.
+///
+/// Owns its styles and its parent; neither its children, its observers nor its host. Used from one thread at
+/// a time. Operations keep what they work on alive until they end, whatever hooks and observers do.
+class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
+ public:
+  static const ZTClass& stylesheetClass();
+  const ZTClass& classObject() const override;
+
+  /// @name Making one
+  /// Implemented in ZTSStylesheet.cpp.
+  /// @{
+
+  /// A new stylesheet, empty, without parent, change communication on, cleanup off. The host may be none.
+  static Ref<ZTSStylesheet> withHost(ZTSStylesheetHost* host = nullptr);
+  virtual bool initWithHost(ZTSStylesheetHost* host);
+
+  /// Not held; none once the host is destroyed.
+  [[nodiscard]] ZTSStylesheetHost* host() const noexcept { return mHost; }
+  void setHost(ZTSStylesheetHost* host) { p_setHost(host); }
+  void p_setHost(ZTSStylesheetHost* host);
+  /// The host's; none without a host.
+  virtual NSUndoManager* undoManager() const;
+  virtual NSDocument* document() const;
+  /// @}
+
+  /// @name Registry
+  /// Implemented in ZTSStylesheetRegistry.cpp.
+  /// @{
+
+  virtual void addStyle(Ref<ZTSStyle> style);
+  /// Adds one style: registers the inverse, stores it (an identified one displaces another of its
+  /// identifier), links it, lets styles that may now find it resolve their parents, and tells. Reported, and
+  /// nothing changed: none, a style that is held already, a style of another stylesheet. The context is
+  /// handed to the document hooks.
+  virtual void addStyleWithContext(Ref<ZTSStyle> style, NSObject* context);
+  /// Removes one style; its children resolve their parents again. Reported, and nothing changed: none, a
+  /// style that is not held here.
+  virtual void removeStyle(Ref<ZTSStyle> style);
+
+  /// Borrowed; none where this stylesheet has no such style.
+  [[nodiscard]] ZTSStyle* styleWithIdentifier(const StringRef& identifier) const noexcept { return mIdentifiedStyles.find(identifier); }
+  /// The style of that identifier here, else in the nearest ancestor; none for none. Borrowed.
+  virtual ZTSStyle* cascadedStyleWithIdentifier(const StringRef& identifier) const;
+  /// Every style without parent that names one tries to find it, identified styles first.
+  virtual void updateParentForOrphanStyles();
+  /// One entry for each identifier: the style, or the null sentinel.
+  [[nodiscard]] std::vector<Ref<NSObject>> stylesWithIdentifiers(const std::vector<StringRef>& identifiers) const;
+  /// All styles, identified ones first: a snapshot.
+  [[nodiscard]] ZTSStyleSet styles() const;
+  [[nodiscard]] ZTURetainedPointerSet<ZTSStyle> identifiedStyles() const;
+  /// The live set.
+  [[nodiscard]] const ZTSStyleSet& anonymousStyles() const noexcept { return mAnonymousStyles; }
+  /// Live walks: the stylesheet must not change meanwhile.
+  [[nodiscard]] const ZTSStyleDictionary& identifiedStyleEnumerator() const noexcept { return mIdentifiedStyles; }
+  [[nodiscard]] const ZTSStyleSet& anonymousStyleEnumerator() const noexcept { return mAnonymousStyles; }
+  /// The styles whose class is exactly the given one: snapshots.
+  [[nodiscard]] ZTSStyleSet stylesOfClass(const ZTSStyleClass* styleClass) const;
+  [[nodiscard]] ZTSStyleSet identifiedStylesOfClass(const ZTSStyleClass* styleClass) const;
+  [[nodiscard]] ZTSStyleSet anonymousStylesOfClass(const ZTSStyleClass* styleClass) const;
+  /// No class, no name and an empty name are reported, and match nothing.
+  [[nodiscard]] ZTSStyleSet stylesOfClassWithName(const ZTSStyleClass* styleClass, const StringRef& name) const;
+  /// Calls the operation on every identified, then on every anonymous style of a snapshot.
+  template <class Operation>
+  void makeStylesPerform(Operation operation) const {
+    styles().makeObjectsPerform(operation);
+  }
+  /// Whether the style is held here, by identity.
+  [[nodiscard]] bool holdsStyle(const ZTSStyle& style) const noexcept;
+  /// @}
+
+  /// @name Hierarchy
+  /// Implemented in ZTSStylesheetHierarchy.cpp.
+  /// @{
+
+  [[nodiscard]] ZTSStylesheet* parent() const noexcept { return mParent.get(); }
+  /// The live set.
+  [[nodiscard]] const ZTUMutablePointerSet<ZTSStylesheet>& children() const noexcept { return mChildren; }
+  /// Re-parents; every style below resolves its parent again. Raises `NSInvalidArgumentException`, with
+  /// nothing changed, for itself or a descendant. The current parent does nothing.
+  virtual void setParent(Ref<ZTSStylesheet> parent);
+  /// Stores the parent: no checks, no re-resolution.
+  void p_setParent(Ref<ZTSStylesheet> parent) { mParent = std::move(parent); }
+  void p_addChild(ZTSStylesheet& child) { mChildren.addObject(&child); }
+  void p_removeChild(ZTSStylesheet& child) { mChildren.removeObject(&child); }
+  /// Whether this stylesheet is a strict ancestor of the other; false for none.
+  [[nodiscard]] bool isAncestorOfStylesheet(const ZTSStylesheet* other) const noexcept;
+  [[nodiscard]] bool isDescendantOfStylesheet(const ZTSStylesheet* other) const noexcept;
+  /// The styles that name a parent and have none: a snapshot.
+  [[nodiscard]] ZTSStyleSet orphanStyles() const;
+  /// The given stylesheets and all their ancestors, each once, parents first.
+  static std::vector<Ref<ZTSStylesheet>> sortedClosureOverParentsOfStylesheetsSet(
+      const ZTUMutableRetainedPointerSet<ZTSStylesheet>& stylesheets);
+  static ZTUMutableRetainedPointerSet<ZTSStylesheet> p_stylesheetsClosureOverParents(
+      const ZTUMutableRetainedPointerSet<ZTSStylesheet>& stylesheets);
+  static std::vector<Ref<ZTSStylesheet>> p_sortStylesheets(const ZTUMutableRetainedPointerSet<ZTSStylesheet>& stylesheets);
+  /// @}
+
+  /// @name Identify and anonymize
+  /// Implemented in ZTSStylesheetIdentify.cpp. Always undoable; no observer and no notification hears of it.
+  /// @{
+
+  virtual void identifyStyle(Ref<ZTSStyle> style, StringRef identifier);
+  virtual void identifyStyleKeepingAllChildren(Ref<ZTSStyle> style, StringRef identifier, bool keepAllChildren);
+  /// Gives the style the identifier. The kept children (may be none; may be the live set) keep it as parent;
+  /// the others look for whatever their parent identifier now names. Refused with a report, unchanged, where
+  /// the identifier is taken or a kept child would find another style.
+  virtual void identifyStyleKeepingChildren(Ref<ZTSStyle> style, StringRef identifier,
+                                            const ZTUMutablePointerSet<ZTSStyle>* keptChildren);
+  virtual void anonymizeStyle(Ref<ZTSStyle> style);
+  /// @}
+
+  /// @name Variations
+  /// Implemented in ZTSStylesheetVariations.cpp, the search in ZTSVariationIndex.cpp.
+  /// @{
+
+  /// A style with the same base as `style` and the wanted values: one that this stylesheet holds already
+  /// where it may be reused, else a new one of the class of `style`, added here. None only without a style or
+  /// where the class refuses. Expected constant in the number of siblings.
+  virtual Ref<ZTSStyle> variationOfStyle(ZTSStyle* style, const StyleVariationRequest& request);
+  /// The first anonymous child of the style that this stylesheet holds with that lock and those overrides (none
+  /// counts as empty); none if there is none. Never creates.
+  virtual Ref<ZTSStyle> anonymousChildOfStyle(ZTSStyle* style, const PropertyMap* overridePropertyMap, bool isLocked);
+  /// The first anonymous style here of exactly that class, parent identifier, lock and overrides, else a new one.
+  virtual Ref<ZTSStyle> anonymousStyleOfClass(const ZTSStyleClass& styleClass, const StringRef& parentIdentifier,
+                                              const PropertyMap* overridePropertyMap, bool isLocked);
+  /// Makes a style and adds it; none where the class refuses it.
+  virtual Ref<ZTSStyle> createStyleOfClass(const ZTSStyleClass& styleClass, const ZTSStyleFields& fields);
+  /// Adds the style and every style reachable through references that is in no stylesheet yet, references first.
+  virtual void addStyleAndReferencedStyles(Ref<ZTSStyle> style);
+  virtual void addStyleAndReferencedStylesWithContext(Ref<ZTSStyle> style, NSObject* context);
+  virtual void removeStyleAndReferencedStyles(Ref<ZTSStyle> style);
+  /// @}
+
+  /// @name Cleanup of unused styles
+  /// Implemented in ZTSStylesheetCleanup.cpp.
+  /// @{
+
+  /// From now on a pass runs whenever the outermost undo group of the undo manager is about to close.
+  virtual void enableUnusedStyleCleanup();
+  virtual void disableUnusedStyleCleanup();
+  [[nodiscard]] bool isUnusedStyleCleanupEnabled() const noexcept { return mStyleCleanupEnabled; }
+  /// Removes the styles that nothing uses and that the host lets go, undoably. Removes nothing during undo or redo.
+  virtual void cleanupUnusedStyles();
+  void p_cleanupUnusedStylesOnUndoGroupClose(const NSNotification& notification);
+  /// @}
+
+  /// @name Observers, change communication, change tracking, document hooks
+  /// Implemented in ZTSStylesheetObservers.cpp.
+  /// @{
+
+  void addObserver(ZTSStylesheetObserver* observer) { mObservers.addObject(observer); }
+  void removeObserver(ZTSStylesheetObserver* observer) { mObservers.removeObject(observer); }
+  /// The live set, which does not hold them.
+  [[nodiscard]] const ZTUMutablePointerSet<ZTSStylesheetObserver>& observers() const noexcept { return mObservers; }
+  /// Whether adding, removing, re-parenting and property changes tell anybody. Nothing is replayed.
+  [[nodiscard]] bool isChangeCommunicationEnabled() const noexcept { return mIsChangeCommunicationEnabled; }
+  void setIsChangeCommunicationEnabled(bool enabled) noexcept { mIsChangeCommunicationEnabled = enabled; }
+
+  /// Asked of the host, or of its document; false and none where neither tracks changes.
+  virtual bool isTrackingChanges() const;
+  virtual NSObject* currentChangeTrackingSession() const;
+  virtual bool changeTrackingHasChanges() const;
+  virtual NSObject* changeTrackingChanges() const;
+  virtual void acceptAllChanges();
+  virtual void rejectAllChanges();
+
+  virtual void willBeAddedToDocument(NSDocument* document, NSObject* context);
+  virtual void wasAddedToDocument(NSDocument* document, NSObject* context);
+  virtual void willBeRemovedFromDocument(NSDocument* document);
+  virtual void wasRemovedFromDocument(NSDocument* document);
+  /// @}
+
+  /// @name Copy, equality, description
+  /// Implemented in ZTSStylesheetComparison.cpp.
+  /// @{
+
+  Ref<NSObject> copy() const override;
+  bool isEqual(const NSObject* other) const override;
+  std::size_t hash() const override;
+  std::string description() const override;
+  /// @}
+
+  /// @name Validation
+  /// Implemented in ZTSStylesheetValidation.cpp.
+  /// @{
+
+  virtual void validate() const;
+  virtual void appSpecificValidate() const;
+  /// Recomputes every index beside the data the slow way and compares; true where all agree. For tests.
+  [[nodiscard]] bool indexesAreRight() const;
+  /// @}
+
+  /// @name Archive
+  /// Implemented in ZTSStylesheetPersistenceAdditions.cpp and ZTSStyleOrdering.cpp.
+  /// @{
+
+  void encodeWithXMLArchiver(ZTAXMLArchiver& archiver, _xmlNode* node, std::uint64_t version) override;
+  bool initWithXMLUnarchiver(ZTAXMLUnarchiver& unarchiver, _xmlNode* node, std::uint64_t version) override;
+  void postUnarchiveUpgradeForUnarchiver(ZTAXMLUnarchiver& unarchiver) override;
+  void preArchiveDowngradeForVersion(std::uint64_t version, ZTAXMLArchiver& archiver) override;
+
+  /// Orders of an application's own, used where `sortXMLStyles` is on; none where it has none.
+  virtual std::optional<std::vector<Ref<ZTSStyle>>> enumeratorForOrderedIdentifiedStyles() const;
+  virtual std::optional<std::vector<Ref<ZTSStyle>>> enumeratorForOrderedAnonymousStyles() const;
+  /// The default writing order: plain styles before aggregates, each after its nearest ancestor.
+  [[nodiscard]] std::vector<Ref<ZTSStyle>> p_orderedIdentifiedStyles() const;
+  void p_cleanupAnonymousStyleOrderingMap();
+
+  /// Class-wide settings and lists. `p_resetClassSettings` puts them back, for tests.
+  static bool sortXMLStyles();
+  static void setSortXMLStyles(bool sort);
+  static void registerUpgrader(Ref<ZTSStylesheetUpgrader> upgrader);
+  static void registerDowngrader(Ref<ZTSStylesheetDowngrader> downgrader);
+  static void p_resetClassSettings();
+
+  /// The downgrade stylesheet that stands for this one in the archiver, or none; see ZTSDowngradeStylesheet.h.
+  virtual Ref<ZTSStylesheet> downgradeStylesheetWithArchiver(ZTAXMLArchiver& archiver);
+  /// The same, made where there is none: for this stylesheet and the whole family.
+  virtual Ref<ZTSStylesheet> overrideDowngradeStylesheetWithArchiver(ZTAXMLArchiver& archiver);
+  /// @}
+
+  ZTSStylesheet();
+
+ protected:
+  ~ZTSStylesheet() override;
+
+  ZTSStyleDictionary& p_identifiedStyles() noexcept { return mIdentifiedStyles; }
+  ZTSStyleSet& p_anonymousStyles() noexcept { return mAnonymousStyles; }
+
+ private:
+  friend class ZTSStyle;
+  friend class ZTSStylesheetHost;
+  friend class ZTSOrphanIndex;
+  friend class ZTSUnusedStyles;
+  friend class ZTSVariationIndexes;
+  friend class ZTSStylesheetTestAccess;
+
+  enum class Tracker : std::uint8_t { none, host, document };
+
+  Ref<ZTSStylesheet> mParent;
+  ZTUMutablePointerSet<ZTSStylesheet> mChildren;  // each leaves when it is re-parented or destroyed
+  ZTSStyleDictionary mIdentifiedStyles;
+  ZTSStyleSet mAnonymousStyles;
+  ZTSStylesheetHost* mHost = nullptr;  // cleared by the host's destructor
+  Tracker mChangeTracker = Tracker::none;
+  ZTUMutablePointerSet<ZTSStylesheetObserver> mObservers;
+  bool mIsChangeCommunicationEnabled = true;
+  bool mStyleCleanupEnabled = false;
+  std::unique_ptr<ZTSAnonymousStyleOrderingMap> mAnonymousStyleOrderingMap;  // none until first needed
+
+  // Indexes beside the data; each class says in its header what it must always equal.
+  std::unique_ptr<ZTSOrphanIndex> mOrphans;
+  std::unique_ptr<ZTSVariationIndexes> mVariations;
+  std::unique_ptr<ZTSUnusedStyles> mUnused;  // while cleanup is enabled
+};
+
+/// Appends the stylesheet after its ancestors, each unless the list holds it already.
+ZT_EXPORT void p_addParentAndStylesheet(std::vector<Ref<ZTSStylesheet>>& list, ZTSStylesheet& stylesheet);
+
+}  // namespace zt
