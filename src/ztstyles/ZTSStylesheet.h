@@ -291,6 +291,12 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   friend class ZTSVariationIndexes;
   friend class ZTSStylesheetTestAccess;
 
+  // Broadcasts: tell the observers of this stylesheet and of its descendants, then the notification centre.
+  // Nothing where change communication is off.
+  void tellStyleAdded(ZTSStyle& style);
+  void tellStyleRemoved(ZTSStyle& style);
+  void tellParentChanged();
+
   enum class Tracker : std::uint8_t { none, host, document };
 
   Ref<ZTSStylesheet> mParent;

@@ -1,0 +1,148 @@
+// Operations that are declared and not yet written. Each section goes when its files come.
+
+#include <archiving/ZTAXMLCoding.h>
+#include <platform/NSException.h>
+#include <ztstyles/ZTSAggregateStyle.h>
+#include <ztstyles/ZTSStyleChangeInfo.h>
+#include <ztstyles/ZTSStylesheet.h>
+
+namespace zt {
+
+#define ZT_PENDING throw NSGenericException(std::string(__func__) + " is not written yet")
+
+// ---- change: ZTSStyleMutation.cpp
+void ZTSStyle::setValueForProperty(Ref<NSObject>, PropertyKey) { ZT_PENDING; }
+void ZTSStyle::setValueForPropertyWithScope(Ref<NSObject>, PropertyKey, NSObject*) { ZT_PENDING; }
+void ZTSStyle::setValuesForProperties(const PropertyMap&) { ZT_PENDING; }
+void ZTSStyle::setValuesForPropertiesWithScope(const PropertyMap&, NSObject*) { ZT_PENDING; }
+void ZTSStyle::removeValueForProperty(PropertyKey) { ZT_PENDING; }
+void ZTSStyle::removeValuesForProperties(const PropertySet&) { ZT_PENDING; }
+void ZTSStyle::lockedStyleSetValuesForProperties(const PropertyMap&, std::int32_t) { ZT_PENDING; }
+void ZTSStyle::lockedStyleRemoveValuesForProperties(const PropertySet&, std::int32_t) { ZT_PENDING; }
+bool ZTSStyle::validateValueForProperty(NSObject*, PropertyKey) const { return false; }
+bool ZTSStyle::canMutateViaAction(const StringRef&) const { return false; }
+void ZTSStyle::mutateViaActionArguments(const StringRef&, NSObject*) { ZT_PENDING; }
+// ---- change: ZTSStylePropagation.cpp
+void ZTSStyle::stylePropertiesChanged(const ZTSStyleChangeInfo&) {}
+bool ZTSStyle::isQuietLeaf() const { return true; }
+void ZTSStyle::addObserver(ZTSStyleObserver* observer) { mObservers.addObject(observer); }
+void ZTSStyle::removeObserver(ZTSStyleObserver* observer) { mObservers.removeObject(observer); }
+// ---- change: ZTSStyleComparison.cpp
+Ref<NSObject> ZTSStyle::copy() const { ZT_PENDING; }
+bool ZTSStyle::isEqual(const NSObject* other) const { return this == other; }
+bool ZTSStyle::isEqualCompareNames(const ZTSStyle*, CompareNames) const { ZT_PENDING; }
+std::size_t ZTSStyle::hash() const { return identifier().hash(); }
+std::size_t ZTSStyle::stableHash() const { return 1; }
+int ZTSStyle::compareByName(const ZTSStyle*) const { ZT_PENDING; }
+std::string ZTSStyle::description() const { return NSObject::description(); }
+std::string ZTSStyle::shortDescription() const { return NSObject::description(); }
+std::size_t ZTSStyle::comparisonsInProgress() { return 0; }
+// ---- change: ZTSStyleChangeInfo.cpp
+ZTSStyleChangeInfo::ZTSStyleChangeInfo() = default;
+ZTSStyleChangeInfo::~ZTSStyleChangeInfo() = default;
+Ref<ZTSStyleChangeInfo> ZTSStyleChangeInfo::withStyleChangedProperties(ZTSStyle*, const PropertySet&, const PropertyMap*) {
+  return Ref<ZTSStyleChangeInfo>(new ZTSStyleChangeInfo);
+}
+const ZTClass& ZTSStyleChangeInfo::classObject() const { return nsObjectClass(); }
+std::string ZTSStyleChangeInfo::description() const { ZT_PENDING; }
+// ---- change: ZTSStylesheetObservers.cpp (ZTSStyleObserver and ZTSStylesheetObserver too)
+void ZTSStyleObserver::stylePropertiesChanged(const ZTSStyleChangeInfo&) {}
+void ZTSStyleObserver::didReplaceStyleWithStyle(ZTSStyle*, ZTSStyle*) {}
+ZTSStyleObserver::~ZTSStyleObserver() = default;
+void ZTSStylesheetObserver::addedStyleToStylesheet(ZTSStyle&, ZTSStylesheet&) {}
+void ZTSStylesheetObserver::removedStyleFromStylesheet(ZTSStyle&, ZTSStylesheet&) {}
+void ZTSStylesheetObserver::changedParentOfStylesheet(ZTSStylesheet&) {}
+ZTSStylesheetObserver::~ZTSStylesheetObserver() = default;
+bool ZTSStylesheet::isTrackingChanges() const { return false; }
+NSObject* ZTSStylesheet::currentChangeTrackingSession() const { return nullptr; }
+bool ZTSStylesheet::changeTrackingHasChanges() const { return false; }
+NSObject* ZTSStylesheet::changeTrackingChanges() const { return nullptr; }
+void ZTSStylesheet::acceptAllChanges() {}
+void ZTSStylesheet::rejectAllChanges() {}
+void ZTSStylesheet::willBeAddedToDocument(NSDocument*, NSObject*) {}
+void ZTSStylesheet::wasAddedToDocument(NSDocument*, NSObject*) {}
+void ZTSStylesheet::willBeRemovedFromDocument(NSDocument*) {}
+void ZTSStylesheet::wasRemovedFromDocument(NSDocument*) {}
+void ZTSStylesheet::tellStyleAdded(ZTSStyle&) {}
+void ZTSStylesheet::tellStyleRemoved(ZTSStyle&) {}
+void ZTSStylesheet::tellParentChanged() {}
+
+// ---- vary: ZTSStyleOverrides.cpp
+Ref<PropertyMap> ZTSStyle::overridePropertyMapWithPropertyMap(const PropertyMap*, const PropertyMap*, bool) const { ZT_PENDING; }
+void ZTSStyle::collapseOverriddenPropertyValues() { ZT_PENDING; }
+void ZTSStyle::clearOverriddenPropertyValues() { ZT_PENDING; }
+Ref<PropertySet> ZTSStyle::compareProperties(const ZTSStyle&) const { ZT_PENDING; }
+bool ZTSStyle::isEqualToStyleForProperty(const ZTSStyle&, PropertyKey) const { ZT_PENDING; }
+void ZTSStyle::replaceWithStyle(ZTSStyle*) { ZT_PENDING; }
+// ---- vary: ZTSStylesheetIdentify.cpp
+void ZTSStylesheet::identifyStyle(Ref<ZTSStyle>, StringRef) { ZT_PENDING; }
+void ZTSStylesheet::identifyStyleKeepingAllChildren(Ref<ZTSStyle>, StringRef, bool) { ZT_PENDING; }
+void ZTSStylesheet::identifyStyleKeepingChildren(Ref<ZTSStyle>, StringRef, const ZTUMutablePointerSet<ZTSStyle>*) { ZT_PENDING; }
+void ZTSStylesheet::anonymizeStyle(Ref<ZTSStyle>) { ZT_PENDING; }
+// ---- vary: ZTSStylesheetVariations.cpp
+Ref<ZTSStyle> ZTSStylesheet::variationOfStyle(ZTSStyle*, const StyleVariationRequest&) { ZT_PENDING; }
+Ref<ZTSStyle> ZTSStylesheet::anonymousChildOfStyle(ZTSStyle*, const PropertyMap*, bool) { ZT_PENDING; }
+Ref<ZTSStyle> ZTSStylesheet::anonymousStyleOfClass(const ZTSStyleClass&, const StringRef&, const PropertyMap*, bool) { ZT_PENDING; }
+Ref<ZTSStyle> ZTSStylesheet::createStyleOfClass(const ZTSStyleClass&, const ZTSStyleFields&) { ZT_PENDING; }
+void ZTSStylesheet::addStyleAndReferencedStyles(Ref<ZTSStyle>) { ZT_PENDING; }
+void ZTSStylesheet::addStyleAndReferencedStylesWithContext(Ref<ZTSStyle>, NSObject*) { ZT_PENDING; }
+void ZTSStylesheet::removeStyleAndReferencedStyles(Ref<ZTSStyle>) { ZT_PENDING; }
+// ---- vary: ZTSStylesheetCleanup.cpp
+void ZTSStylesheet::enableUnusedStyleCleanup() { ZT_PENDING; }
+void ZTSStylesheet::disableUnusedStyleCleanup() { ZT_PENDING; }
+void ZTSStylesheet::cleanupUnusedStyles() { ZT_PENDING; }
+
+// ---- refs: ZTSAggregateStyle*.cpp
+const ZTSStyleClass& ZTSAggregateStyle::styleClass() { return ZTSStyle::styleClass(); }
+const ZTSStyleClass& ZTSAggregateStyle::classObject() const { return styleClass(); }
+ZTSAggregateStyle* asAggregateStyle(NSObject* object) noexcept { return dynamic_cast<ZTSAggregateStyle*>(object); }
+
+// ---- check: ZTSStyleValidation.cpp, ZTSStylesheetValidation.cpp
+void ZTSStyle::validate() const { ZT_PENDING; }
+void ZTSStyle::appSpecificValidate() const {}
+void ZTSStylesheet::validate() const { ZT_PENDING; }
+void ZTSStylesheet::appSpecificValidate() const {}
+// ---- check: ZTSStylesheetComparison.cpp
+Ref<NSObject> ZTSStylesheet::copy() const { ZT_PENDING; }
+bool ZTSStylesheet::isEqual(const NSObject* other) const { return this == other; }
+std::size_t ZTSStylesheet::hash() const { return NSObject::hash(); }
+std::string ZTSStylesheet::description() const { return NSObject::description(); }
+
+// ---- archive: ZTAXMLCoding.cpp
+Ref<ZTAError> ZTAErrorHandler::handleError(Ref<ZTAError>) { ZT_PENDING; }
+Ref<NSObject> ZTAXMLCoding::initMoreWithXMLUnarchiver(ZTAXMLUnarchiver&, _xmlNode*) { return Ref<NSObject>(this); }
+void ZTAXMLCoding::preencodeHookWithXMLArchiver(ZTAXMLArchiver&) {}
+void ZTAXMLCoding::postUnarchiveUpgradeForUnarchiver(ZTAXMLUnarchiver&) {}
+void ZTAXMLCoding::preArchiveDowngradeForVersion(std::uint64_t, ZTAXMLArchiver&) {}
+const ZTClass& ZTAXMLCoding::classForCoder() const { return classObject(); }
+const ZTClass* ZTAXMLCoding::ztClassAncestor() const { return nullptr; }
+// ---- archive: ZTSStylePersistenceAdditions.cpp
+void ZTSStyle::encodeWithXMLArchiver(ZTAXMLArchiver&, _xmlNode*, std::uint64_t) { ZT_PENDING; }
+bool ZTSStyle::initWithXMLUnarchiver(ZTAXMLUnarchiver&, _xmlNode*, std::uint64_t) { ZT_PENDING; }
+Ref<NSObject> ZTSStyle::initMoreWithXMLUnarchiver(ZTAXMLUnarchiver&, _xmlNode*) { ZT_PENDING; }
+void ZTSStyle::preencodeHookWithXMLArchiver(ZTAXMLArchiver&) { ZT_PENDING; }
+const ZTClass* ZTSStyle::ztClassAncestor() const { return nullptr; }
+Ref<ZTAError> ZTSStyle::handleError(Ref<ZTAError>) { ZT_PENDING; }
+Ref<const PropertyMap> ZTSStyle::archivedPropertiesForVersion(std::uint64_t, ZTAXMLArchiver&) const { ZT_PENDING; }
+bool ZTSStyle::hasDefaultValueForProp(PropertyKey) const { return false; }
+Ref<NSObject> ZTSStyle::defaultValueForProp(PropertyKey) const { return {}; }
+bool ZTSStyle::canBeReconstructedFromIdentifier() const { ZT_PENDING; }
+Ref<ZTSStyle> ZTSStyle::initWithIdentifier(const StringRef&) { ZT_PENDING; }
+void ZTSStyle::ensureSavedWithXMLArchiver(ZTAXMLArchiver&) { ZT_PENDING; }
+void ZTSStyle::archivingSetStylesheet(ZTSStylesheet*) { ZT_PENDING; }
+void ZTSStyle::archivingUpdateParent() { ZT_PENDING; }
+void ZTSStyle::upgradeStyleWithUnarchiver(ZTAXMLUnarchiver&, std::uint64_t) { ZT_PENDING; }
+Ref<ZTSStyle> ZTSStyle::downgradeCopy() const { ZT_PENDING; }
+Ref<ZTSStyle> ZTSStyle::copyWithoutSettingStylesheet() const { ZT_PENDING; }
+bool ZTSStyle::sortXMLPropertiesByKey() { return false; }
+// ---- archive: ZTSStylesheetPersistenceAdditions.cpp, ZTSDowngradeStylesheet.cpp
+void ZTSStylesheet::encodeWithXMLArchiver(ZTAXMLArchiver&, _xmlNode*, std::uint64_t) { ZT_PENDING; }
+bool ZTSStylesheet::initWithXMLUnarchiver(ZTAXMLUnarchiver&, _xmlNode*, std::uint64_t) { ZT_PENDING; }
+void ZTSStylesheet::postUnarchiveUpgradeForUnarchiver(ZTAXMLUnarchiver&) { ZT_PENDING; }
+void ZTSStylesheet::preArchiveDowngradeForVersion(std::uint64_t, ZTAXMLArchiver&) { ZT_PENDING; }
+std::optional<std::vector<Ref<ZTSStyle>>> ZTSStylesheet::enumeratorForOrderedIdentifiedStyles() const { return {}; }
+std::optional<std::vector<Ref<ZTSStyle>>> ZTSStylesheet::enumeratorForOrderedAnonymousStyles() const { return {}; }
+Ref<ZTSStylesheet> ZTSStylesheet::downgradeStylesheetWithArchiver(ZTAXMLArchiver&) { ZT_PENDING; }
+Ref<ZTSStylesheet> ZTSStylesheet::overrideDowngradeStylesheetWithArchiver(ZTAXMLArchiver&) { ZT_PENDING; }
+
+}  // namespace zt
