@@ -22,8 +22,8 @@ NSAssertionHandler& NSAssertionHandler::currentHandler() noexcept {
   return tCurrent != nullptr ? *tCurrent : *standard;
 }
 
-void NSAssertionHandler::handleFailureInMethod(std::string_view operation, const void* object, std::string_view sourceFile,
-                                               int line, std::string description) {
+void NSAssertionHandler::handleFailureInMethod(std::string_view operation, const void* object,
+                                               std::string_view sourceFile, int line, std::string description) {
   AssertionReport report{std::string(operation), object, std::string(sourceFile), line, std::move(description)};
   willRaise(report);
   throw NSInternalInconsistencyException(std::move(report.description));

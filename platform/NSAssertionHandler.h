@@ -58,6 +58,6 @@ class ZT_EXPORT NSAssertionHandler {
 }  // namespace zt
 
 /// Raises at the line of the call: operation, object, source file, format, arguments of the format.
-#define ZT_RAISE(operation, object, sourceFile, ...)                                                        \
+#define ZT_RAISE(operation, object, sourceFile, ...)                                                              \
   ::zt::NSAssertionHandler::currentHandler().handleFailureInMethod((operation), (object), (sourceFile), __LINE__, \
                                                                    ::zt::format(__VA_ARGS__))

@@ -33,7 +33,8 @@ using OwnerHook = intrusive::list_base_hook<intrusive::tag<ByOwner>>;
 }  // namespace
 
 struct NSNotificationCenter::Registration final : Counted<Registration>, TargetHook, OwnerHook {
-  Registration(const void* by, Callback call, NSNotificationName::Record* of, const NSObject* about, std::uint64_t running)
+  Registration(const void* by, Callback call, NSNotificationName::Record* of, const NSObject* about,
+               std::uint64_t running)
       : owner(by), callback(std::move(call)), name(of), object(about), number(running) {}
 
   const void* const owner;
@@ -48,9 +49,11 @@ namespace {
 
 // For the lists, which know registrations by their hooks alone.
 template <class Registration>
-using TargetListOf = intrusive::list<Registration, intrusive::base_hook<TargetHook>, intrusive::constant_time_size<false>>;
+using TargetListOf =
+    intrusive::list<Registration, intrusive::base_hook<TargetHook>, intrusive::constant_time_size<false>>;
 template <class Registration>
-using OwnerListOf = intrusive::list<Registration, intrusive::base_hook<OwnerHook>, intrusive::constant_time_size<false>>;
+using OwnerListOf =
+    intrusive::list<Registration, intrusive::base_hook<OwnerHook>, intrusive::constant_time_size<false>>;
 
 }  // namespace
 
@@ -127,11 +130,13 @@ NSNotificationCenter& NSNotificationCenter::defaultCenter() {
   return *center;
 }
 
-void NSNotificationCenter::addObserver(const void* owner, Callback callback, NSNotificationName name, const NSObject* object) {
-  if (!callback) throw NSInvalidArgumentException("addObserver:selector:name:object: -- nothing to call for " + name.text());
+void NSNotificationCenter::addObserver(const void* owner, Callback callback, NSNotificationName name,
+                                       const NSObject* object) {
+  if (!callback)
+    throw NSInvalidArgumentException("addObserver:selector:name:object: -- nothing to call for " + name.text());
   const std::lock_guard guard(mRegistry->lock);
-  mRegistry->link(Ref<Registration>(
-      new Registration(owner, std::move(callback), name.mRecord, object, mRegistry->nextNumber++)));
+  mRegistry->link(
+      Ref<Registration>(new Registration(owner, std::move(callback), name.mRecord, object, mRegistry->nextNumber++)));
 }
 
 template <class Matches>
@@ -194,7 +199,8 @@ void NSNotificationCenter::post(NSNotificationName name, NSObject* object, const
     const auto& unfiltered = static_cast<NameRecord*>(name.mRecord)->registrations;
     auto any = unfiltered.begin();
     const auto tellAnyBefore = [&](std::uint64_t number) {
-      for (; any != unfiltered.end() && any->number < number; ++any) told.emplace_back(const_cast<Registration*>(&*any));
+      for (; any != unfiltered.end() && any->number < number; ++any)
+        told.emplace_back(const_cast<Registration*>(&*any));
     };
     if (object != nullptr && object->hasListeners()) {
       const auto found = mRegistry->byObject.find(object);

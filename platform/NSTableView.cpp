@@ -34,7 +34,8 @@ std::size_t NSTableView::numberOfRows() const {
 
 Ref<NSObject> NSTableView::objectValueAtColumnRow(std::size_t column, std::size_t row) const {
   if (column >= mColumns.size() || row >= numberOfRows()) {
-    throw NSInvalidArgumentException(format("tableView:objectValueForTableColumn:row: -- no cell in column %d, row %d.", column, row));
+    throw NSInvalidArgumentException(
+        format("tableView:objectValueForTableColumn:row: -- no cell in column %d, row %d.", column, row));
   }
   return mDataSource->tableViewObjectValueForTableColumnRow(this, *mColumns[column], row);
 }

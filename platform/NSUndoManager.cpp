@@ -29,7 +29,8 @@ void NSUndoManager::endUndoGrouping() {
     throw NSInternalInconsistencyException("endUndoGrouping -- called with no matching beginUndoGrouping.");
   }
   if (mGroupingLevel == 1 && isUndoingOrRedoing()) {
-    throw NSInternalInconsistencyException("endUndoGrouping -- attempted to close the group of an undo or redo under way.");
+    throw NSInternalInconsistencyException(
+        "endUndoGrouping -- attempted to close the group of an undo or redo under way.");
   }
   if (mGroupingLevel == mClosingLevel) {
     throw NSInternalInconsistencyException("endUndoGrouping -- attempted to close a group that is closing.");
@@ -70,7 +71,8 @@ void NSUndoManager::didRegister() {
 
 void NSUndoManager::enableUndoRegistration() {
   if (mDisabled == 0) {
-    throw NSInternalInconsistencyException("enableUndoRegistration -- called with no matching disableUndoRegistration.");
+    throw NSInternalInconsistencyException(
+        "enableUndoRegistration -- called with no matching disableUndoRegistration.");
   }
   --mDisabled;
 }
@@ -192,7 +194,8 @@ std::string printed(const UndoStack& stack) {
     for (auto action = groups[at].rbegin(); action != groups[at].rend(); ++action) {
       result += format("  %s", (*action)->keyword());
       // Class and address: a full description may fill a page.
-      if (const NSObject* target = (*action)->target()) result += format(" <%@ %p>", target->classObject().name(), target);
+      if (const NSObject* target = (*action)->target())
+        result += format(" <%@ %p>", target->classObject().name(), target);
       result += '\n';
     }
   }

@@ -52,15 +52,16 @@ void NestingGuard::checkSlowly(const char* operation, std::uint32_t count, std::
     tState.stackEnd = bounds.low;
   }
   if (count >= kDeepestNesting) {
-    throw NSInternalInconsistencyException(format(
-        "%s -- nested deeper than %d levels; a chain of styles or values is too long for it.", operation, kDeepestNesting));
+    throw NSInternalInconsistencyException(
+        format("%s -- nested deeper than %d levels; a chain of styles or values is too long for it.", operation,
+               kDeepestNesting));
   }
   // Below the end of the thread's own stack: a coroutine with a stack of its own, of unknown bounds.
   if (here < tState.stackLimit && here >= tState.stackEnd) {
-    throw NSInternalInconsistencyException(
-        format("%s -- nested %d levels deep, and the thread's stack is almost used up; a chain of styles or values is too "
-               "long for it.",
-               operation, count));
+    throw NSInternalInconsistencyException(format(
+        "%s -- nested %d levels deep, and the thread's stack is almost used up; a chain of styles or values is too "
+        "long for it.",
+        operation, count));
   }
 }
 

@@ -71,6 +71,6 @@ class ZT_EXPORT ZTUAssertionRecorder final : public ZTUAssertionHandler {
 }  // namespace zt
 
 /// Reports at the line of the call: operation, object, source file, format, arguments of the format.
-#define ZT_REPORT(operation, object, sourceFile, ...)                                                        \
+#define ZT_REPORT(operation, object, sourceFile, ...)                                                              \
   ::zt::ZTUAssertionHandler::currentHandler().handleFailureInMethod((operation), (object), (sourceFile), __LINE__, \
                                                                     ::zt::format(__VA_ARGS__))

@@ -1,0 +1,190 @@
+#include <gtest/gtest.h>
+
+#include <platform/NSException.h>
+#include <platform/NSNotificationCenter.h>
+
+#include <atomic>
+#include <optional>
+#include <thread>
+
+namespace zt {
+namespace {
+
+struct Thing final : NSObject {};
+
+using Center = NSNotificationCenter;
+using Log = std::vector<std::string>;
+
+class NotificationTest : public testing::Test {
+ protected:
+  Center& center = Center::defaultCenter();
+  const NSNotificationName changed{"TestChanged"};
+  const NSNotificationName removed{"TestRemoved"};
+  const Ref<Thing> one = make<Thing>();
+  const Ref<Thing> two = make<Thing>();
+  Log log;
+
+  Center::Callback note(std::string text) {
+    return [this, text](const NSNotification& told) { log.push_back(text + " " + told.name.text()); };
+  }
+  Log takeLog() { return std::exchange(log, {}); }
+};
+
+TEST_F(NotificationTest, NamesWithOneTextAreOneName) {
+  EXPECT_EQ(changed, NSNotificationName("TestChanged"));
+  EXPECT_FALSE(changed == removed);
+}
+
+TEST_F(NotificationTest, TellsThoseWhoListenToTheNameAndTheObjectInTheOrderOfJoining) {
+  const NotificationListener a(changed, one.get(), note("a"));
+  const NotificationListener b(changed, nullptr, note("b"));
+  const NotificationListener c(changed, two.get(), note("c"));
+  const NotificationListener d(changed, one.get(), note("d"));
+  const NotificationListener e(removed, one.get(), note("e"));
+  center.post(changed, one.get());
+  EXPECT_EQ(takeLog(), (Log{"a TestChanged", "b TestChanged", "d TestChanged"}));
+  center.post(changed, nullptr);
+  EXPECT_EQ(takeLog(), Log{"b TestChanged"});
+  center.post(removed, two.get());
+  EXPECT_EQ(takeLog(), Log{});
+}
+
+TEST_F(NotificationTest, HandsOverObjectAndUserInformation) {
+  std::string seen;
+  const NotificationListener listener(changed, nullptr, [&](const NSNotification& told) {
+    seen = told.object == one.get() ? told.userInfoForKey("style")->description() : "";
+    EXPECT_EQ(told.userInfoForKey("oldParent"), nullptr);
+  });
+  center.post(changed, one.get(), NSDictionary::make("style", NSString::make("body")));
+  EXPECT_EQ(seen, "body");
+  EXPECT_EQ((NSNotification{changed}.userInfoForKey("style")), nullptr);
+}
+
+TEST_F(NotificationTest, UserInformationIsOnlyMadeIfSomebodyListens) {
+  int made = 0;
+  const auto post = [&](NSObject* object) {
+    center.postIfHeard(changed, object, [&] {
+      ++made;
+      return Ref<NSDictionary>();
+    });
+  };
+  post(one.get());
+  EXPECT_EQ(made, 0);
+  {
+    const NotificationListener listener(changed, one.get(), note("a"));
+    EXPECT_TRUE(Center::anyoneListens(changed, one.get()));
+    EXPECT_FALSE(Center::anyoneListens(changed, two.get()));
+    EXPECT_FALSE(Center::anyoneListens(removed, one.get()));
+    post(two.get());
+    EXPECT_EQ(made, 0);
+    post(one.get());
+    EXPECT_EQ(made, 1);
+    const NotificationListener any(changed, nullptr, note("b"));
+    EXPECT_TRUE(Center::anyoneListens(changed, two.get()));
+    EXPECT_TRUE(Center::anyoneListens(changed, nullptr));
+  }
+  EXPECT_FALSE(Center::anyoneListens(changed, one.get()));
+  EXPECT_FALSE(one->hasListeners());
+}
+
+TEST_F(NotificationTest, RemovingTakesAwayExactlyWhatIsNamed) {
+  int owner = 0, other = 0;
+  const auto add = [&](const void* by, const char* text, NSNotificationName name, NSObject* object) {
+    center.addObserver(by, note(text), name, object);
+  };
+  const auto heard = [&] {
+    center.post(changed, one.get());
+    center.post(removed, one.get());
+    std::string result;
+    for (const std::string& line : takeLog()) result += line.substr(0, line.find(' '));
+    return result;
+  };
+  add(&owner, "a", changed, nullptr);
+  add(&owner, "b", changed, one.get());
+  add(&owner, "c", removed, one.get());
+  add(&other, "d", changed, one.get());
+  EXPECT_EQ(heard(), "abdc");
+  center.removeObserverWithNameAndObject(&owner, changed, nullptr);
+  EXPECT_EQ(heard(), "bdc");
+  center.removeObserverWithName(&owner, changed);
+  EXPECT_EQ(heard(), "dc");
+  center.removeObserver(&owner);
+  center.removeObserver(&owner);
+  EXPECT_EQ(heard(), "d");
+  center.removeObserver(&other);
+  EXPECT_FALSE(one->hasListeners());
+  EXPECT_THROW(center.addObserver(&owner, nullptr, changed, nullptr), NSInvalidArgumentException);
+}
+
+TEST_F(NotificationTest, ListenersMayComeAndGoWhileTheyAreTold) {
+  std::optional<NotificationListener> self, later, joining;
+  self.emplace(changed, nullptr, [&](const NSNotification&) {
+    log.push_back("self");
+    joining.emplace(changed, nullptr, note("joined"));
+    later.reset();
+    self.reset();  // with it goes the closure that runs
+  });
+  later.emplace(changed, nullptr, note("later"));
+  center.post(changed, nullptr);
+  EXPECT_EQ(takeLog(), Log{"self"});
+  center.post(changed, nullptr);
+  EXPECT_EQ(takeLog(), Log{"joined TestChanged"});
+}
+
+TEST_F(NotificationTest, TheObjectLivesUntilItsNotificationIsOver) {
+  Ref<Thing> dying = make<Thing>();
+  const NotificationListener first(changed, nullptr, [&](const NSNotification&) { dying.reset(); });
+  const NotificationListener second(changed, nullptr, [&](const NSNotification& told) {
+    EXPECT_EQ(told.object->referenceCount(), 1u);
+  });
+  center.post(changed, dying.get());
+}
+
+TEST_F(NotificationTest, AnObjectThatDiesTakesItsListenersAlong) {
+  int owner = 0;
+  const auto witness = std::make_shared<int>();
+  for (int round = 0; round < 100; ++round) {  // addresses come back
+    const Ref<Thing> filter = make<Thing>();
+    EXPECT_FALSE(filter->hasListeners());
+    center.post(changed, filter.get());
+    center.addObserver(&owner, [witness, this](const NSNotification&) { log.emplace_back("stale"); }, changed, filter.get());
+    center.addObserver(this, [witness](const NSNotification&) {}, removed, filter.get());
+  }
+  EXPECT_EQ(takeLog(), Log{});
+  EXPECT_EQ(witness.use_count(), 1);
+  EXPECT_FALSE(Center::anyoneListens(changed, one.get()));
+  center.removeObserver(&owner);
+  center.removeObserver(this);
+}
+
+TEST_F(NotificationTest, AnExceptionOfAListenerReachesThePosterAndLeavesTheCentreWhole) {
+  const NotificationListener thrower(changed, nullptr, [](const NSNotification&) { throw NSGenericException("no"); });
+  const NotificationListener next(changed, nullptr, note("next"));
+  EXPECT_THROW(center.post(changed, nullptr), NSGenericException);
+  EXPECT_EQ(takeLog(), Log{});
+  EXPECT_THROW(center.post(changed, nullptr), NSGenericException);
+}
+
+TEST_F(NotificationTest, PostingWithoutEndIsRefusedInsteadOfOverflowing) {
+  const NotificationListener endless(changed, nullptr, [&](const NSNotification&) { center.post(changed, nullptr); });
+  EXPECT_THROW(center.post(changed, nullptr), NSInternalInconsistencyException);
+}
+
+TEST_F(NotificationTest, ThreadsMayListenAndPostAtOnce) {
+  std::atomic<int> heard = 0;
+  const NotificationListener steady(changed, nullptr, [&](const NSNotification&) { ++heard; });
+  const auto work = [&] {
+    for (int round = 0; round < 2000; ++round) {
+      const Ref<Thing> own = make<Thing>();
+      const NotificationListener listener(changed, own.get(), [&](const NSNotification&) { ++heard; });
+      center.post(changed, own.get());
+    }
+  };
+  std::thread first(work), second(work);
+  first.join();
+  second.join();
+  EXPECT_EQ(heard, 8000);
+}
+
+}  // namespace
+}  // namespace zt

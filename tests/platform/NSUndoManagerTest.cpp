@@ -1,0 +1,400 @@
+#include <gtest/gtest.h>
+
+#include <platform/NSException.h>
+#include <platform/NSUndoManager.h>
+
+#include <array>
+#include <random>
+
+namespace zt {
+namespace {
+
+using Names = NSUndoManager::ActionNames;
+
+// A value whose setter registers its inverse, as every mutation does.
+struct Cell final : NSObject {
+  explicit Cell(NSUndoManager& undoManager) : manager(&undoManager) {}
+  ~Cell() override {
+    if (whenReleased) whenReleased();
+  }
+  void setNumber(int to) {
+    if (refuses) throw NSGenericException("refused");
+    manager->registerUndo("setNumber:", Ref<Cell>(this), [old = number](Cell& cell) { cell.setNumber(old); });
+    number = to;
+  }
+  NSUndoManager* manager;
+  std::function<void()> whenReleased;
+  int number = 0;
+  bool refuses = false;
+};
+
+class UndoTest : public testing::Test {
+ protected:
+  const Ref<NSUndoManager> manager = make<NSUndoManager>();
+  const Ref<Cell> cell = make<Cell>(*manager);
+  const Ref<Cell> other = make<Cell>(*manager);
+
+  // Sets both cells in one group.
+  void set(int number) {
+    manager->performInGroup([&] {
+      cell->setNumber(number);
+      other->setNumber(-number);
+    });
+  }
+  void expectNumbers(int number, int theOther) const {
+    EXPECT_EQ(cell->number, number);
+    EXPECT_EQ(other->number, theOther);
+  }
+};
+
+TEST_F(UndoTest, UndoAndRedoGoBackAndForthByWholeOutermostGroups) {
+  set(1);
+  manager->beginUndoGrouping();
+  set(2);
+  set(3);
+  EXPECT_EQ(manager->groupingLevel(), 1u);
+  manager->endUndoGrouping();
+  for (int round = 0; round < 3; ++round) {
+    manager->undo();
+    expectNumbers(1, -1);
+    manager->undo();
+    expectNumbers(0, 0);
+    EXPECT_FALSE(manager->canUndo());
+    manager->undo();  // nothing left: nothing happens
+    manager->redo();
+    expectNumbers(1, -1);
+    manager->redo();
+    expectNumbers(3, -3);
+    EXPECT_FALSE(manager->canRedo());
+  }
+  EXPECT_EQ(manager->undoGroupCount(), 2u);
+}
+
+TEST_F(UndoTest, ANewRegistrationDropsWhatCouldBeRedone) {
+  set(1);
+  set(2);
+  manager->undo();
+  manager->beginUndoGrouping();
+  manager->endUndoGrouping();  // an empty group is no registration
+  EXPECT_TRUE(manager->canRedo());
+  cell->setNumber(5);
+  EXPECT_FALSE(manager->canRedo());
+  manager->undo();
+  expectNumbers(1, -1);
+}
+
+TEST_F(UndoTest, WithoutAGroupEachActionIsAGroupAndNothingIsPosted) {
+  int posts = 0;
+  const NotificationListener listener(NSUndoManagerWillCloseUndoGroupNotification, manager.get(),
+                                      [&](const NSNotification&) { ++posts; });
+  cell->setNumber(1);
+  cell->setNumber(2);
+  EXPECT_EQ(manager->undoActionNames(), (Names{{"setNumber:"}, {"setNumber:"}}));
+  EXPECT_EQ(posts, 0);
+  manager->undo();
+  EXPECT_EQ(cell->number, 1);
+  EXPECT_EQ(posts, 0);
+}
+
+TEST_F(UndoTest, WhatIsRegisteredWhenAGroupIsAboutToCloseBelongsToIt) {
+  std::vector<std::size_t> levels;
+  const NotificationListener listener(NSUndoManagerWillCloseUndoGroupNotification, manager.get(), [&](const NSNotification& told) {
+    EXPECT_EQ(told.object, manager.get());
+    levels.push_back(manager->groupingLevel());
+    if (manager->groupingLevel() == 1 && !manager->isUndoingOrRedoing()) other->setNumber(7);
+  });
+  manager->performInGroup([&] { set(1); });
+  EXPECT_EQ(levels, (std::vector<std::size_t>{2, 1}));
+  EXPECT_EQ(manager->undoGroupCount(), 1u);
+  manager->undo();
+  expectNumbers(0, 0);
+  EXPECT_EQ(levels.size(), 2u);  // the group of an undo closes silently
+  manager->beginUndoGrouping();
+  manager->endUndoGrouping();
+  EXPECT_EQ(manager->undoGroupCount(), 1u);  // only the listener has registered
+}
+
+TEST_F(UndoTest, UndoClosesTheOneOpenGroupFirst) {
+  int posts = 0;
+  const NotificationListener listener(NSUndoManagerWillCloseUndoGroupNotification, manager.get(),
+                                      [&](const NSNotification&) { ++posts; });
+  manager->beginUndoGrouping();
+  cell->setNumber(1);
+  EXPECT_TRUE(manager->canUndo());
+  manager->undo();
+  EXPECT_EQ(posts, 1);
+  EXPECT_EQ(cell->number, 0);
+  EXPECT_EQ(manager->groupingLevel(), 0u);
+}
+
+TEST_F(UndoTest, WhileUndoingTheLevelIsOneAndTheStateCanBeAsked) {
+  std::vector<std::string> seen;
+  const auto look = [&](NSUndoManager& it) {
+    seen.push_back(std::to_string(it.groupingLevel()) + (it.isUndoing() ? " undoing" : "") + (it.isRedoing() ? " redoing" : ""));
+    EXPECT_TRUE(it.isUndoingOrRedoing());
+    EXPECT_THROW(it.undo(), NSInternalInconsistencyException);
+    EXPECT_THROW(it.redo(), NSInternalInconsistencyException);
+    EXPECT_THROW(it.endUndoGrouping(), NSInternalInconsistencyException);
+    it.performInGroup([&] { seen.push_back(std::to_string(it.groupingLevel())); });
+    it.beginUndoGrouping();  // and forgotten
+  };
+  manager->registerUndo("look", manager, [&](NSUndoManager& it) {
+    look(it);
+    it.registerUndo("look", Ref<NSUndoManager>(&it), look);
+  });
+  manager->undo();
+  EXPECT_FALSE(manager->isUndoing());
+  EXPECT_EQ(manager->groupingLevel(), 0u);
+  manager->redo();
+  EXPECT_EQ(seen, (std::vector<std::string>{"1 undoing", "2", "1 redoing", "2"}));
+  EXPECT_EQ(manager->groupingLevel(), 0u);
+  EXPECT_FALSE(manager->canRedo());
+}
+
+TEST_F(UndoTest, WrongNestingIsRefusedAndChangesNothing) {
+  EXPECT_THROW(manager->endUndoGrouping(), NSInternalInconsistencyException);
+  EXPECT_THROW(manager->enableUndoRegistration(), NSInternalInconsistencyException);
+  EXPECT_THROW(manager->registerUndo("setNumber:", Ref<Cell>(), [](Cell&) {}), NSInvalidArgumentException);
+  set(1);
+  manager->beginUndoGrouping();
+  EXPECT_THROW(manager->redo(), NSInternalInconsistencyException);
+  manager->beginUndoGrouping();
+  EXPECT_THROW(manager->undo(), NSInternalInconsistencyException);
+  EXPECT_EQ(manager->groupingLevel(), 2u);
+  manager->endUndoGrouping();
+  manager->endUndoGrouping();
+  manager->undo();
+  expectNumbers(0, 0);
+}
+
+TEST_F(UndoTest, ListenersThatMisuseAClosingGroupDoNotBreakIt) {
+  const auto closing = [&](NSNotificationCenter::Callback callback) {
+    const NotificationListener listener(NSUndoManagerWillCloseUndoGroupNotification, manager.get(), std::move(callback));
+    manager->beginUndoGrouping();
+    cell->setNumber(cell->number + 1);
+    manager->endUndoGrouping();
+  };
+  closing([&](const NSNotification&) {
+    EXPECT_THROW(manager->endUndoGrouping(), NSInternalInconsistencyException);
+    EXPECT_THROW(manager->undo(), NSInternalInconsistencyException);
+  });
+  closing([&](const NSNotification&) { manager->beginUndoGrouping(); });  // and forgotten
+  EXPECT_THROW(closing([](const NSNotification&) { throw NSGenericException("no"); }), NSGenericException);
+  EXPECT_EQ(manager->groupingLevel(), 0u);
+  EXPECT_EQ(manager->undoGroupCount(), 3u);
+  while (manager->canUndo()) manager->undo();
+  EXPECT_EQ(cell->number, 0);
+}
+
+TEST_F(UndoTest, DisablingCountsAndLeavesNoTrace) {
+  manager->disableUndoRegistration();
+  manager->disableUndoRegistration();
+  manager->enableUndoRegistration();
+  EXPECT_FALSE(manager->isUndoRegistrationEnabled());
+  set(1);
+  EXPECT_FALSE(manager->canUndo());
+  manager->enableUndoRegistration();
+  set(2);
+  EXPECT_TRUE(manager->canUndo());
+}
+
+TEST_F(UndoTest, AnActionThatThrowsLosesNothing) {
+  manager->performInGroup([&] {
+    cell->setNumber(1);
+    other->setNumber(1);
+    cell->setNumber(2);
+    other->setNumber(2);
+  });
+  cell->refuses = true;
+  EXPECT_THROW(manager->undo(), NSGenericException);
+  expectNumbers(2, 1);  // one action was performed, three remain
+  EXPECT_FALSE(manager->isUndoing());
+  EXPECT_EQ(manager->groupingLevel(), 0u);
+  EXPECT_EQ(manager->undoActionNames()[0].size(), 3u);
+  EXPECT_EQ(manager->redoActionNames()[0].size(), 1u);
+  cell->refuses = false;
+  manager->undo();
+  expectNumbers(0, 0);
+  manager->redo();
+  manager->redo();
+  expectNumbers(2, 2);
+}
+
+TEST_F(UndoTest, BudgetsDropTheOldestGroupsAndTheRestStillWorks) {
+  manager->setLevelsOfUndo(3);
+  for (int number = 1; number <= 300; ++number) set(number);
+  EXPECT_EQ(manager->undoGroupCount(), 3u);
+  manager->undo();
+  manager->undo();
+  expectNumbers(298, -298);
+  manager->setLevelsOfUndo(1);
+  EXPECT_EQ(manager->redoGroupCount(), 1u);
+  manager->setLevelsOfUndo(0);
+  manager->undo();
+  expectNumbers(297, -297);
+  EXPECT_FALSE(manager->canUndo());
+
+  manager->setByteBudget(10 * 2 * sizeof(UndoAction));
+  for (int number = 1; number <= 1000; ++number) set(number);
+  EXPECT_EQ(manager->undoGroupCount(), 10u);
+  EXPECT_LE(manager->undoBytes(), manager->byteBudget());
+  manager->performInGroup([&] {
+    for (int number = 1; number <= 500; ++number) cell->setNumber(number);
+  });
+  EXPECT_EQ(manager->undoGroupCount(), 1u);  // larger than the budget by itself, and still there
+  manager->undo();
+  expectNumbers(1000, -1000);
+}
+
+TEST_F(UndoTest, LargeActionsAreCountedAndWorkAlike) {
+  const std::array<int, 64> large = {1, 2, 3};
+  manager->registerUndo("large", cell, [large](Cell& it) { it.setNumber(large[2]); });
+  EXPECT_GE(manager->undoBytes(), sizeof(UndoAction) + sizeof large);
+  manager->undo();
+  EXPECT_EQ(cell->number, 3);
+  EXPECT_EQ(manager->undoBytes(), 0u);
+}
+
+TEST_F(UndoTest, ActionsHoldTheirTargetsAndLetGoOfThem) {
+  bool released = false;
+  const auto registerOne = [&] {
+    const Ref<Cell> held = make<Cell>(*manager);
+    released = false;
+    held->whenReleased = [&] { released = true; };
+    held->setNumber(1);
+    return released;
+  };
+  EXPECT_FALSE(registerOne());
+  manager->removeAllActions();
+  EXPECT_TRUE(released);
+  registerOne();
+  manager->undo();
+  EXPECT_FALSE(released);  // held for redo
+  set(1);
+  EXPECT_TRUE(released);
+}
+
+TEST_F(UndoTest, ReleasingMayCallTheManagerWhateverReleased) {
+  // Each released cell registers, opens groups and clears, as a document that is taken apart may.
+  const auto registerRestless = [&] {
+    const Ref<Cell> restless = make<Cell>(*manager);
+    restless->whenReleased = [this] {
+      if (!manager->isUndoRegistrationEnabled()) return;
+      manager->performInGroup([&] { cell->setNumber(cell->number + 1); });
+      manager->removeAllActions();
+      other->setNumber(other->number + 1);
+    };
+    restless->setNumber(1);
+  };
+  manager->setLevelsOfUndo(5);
+  for (int round = 0; round < 200; ++round) registerRestless();
+  manager->setLevelsOfUndo(0);
+  for (int round = 0; round < 200; ++round) registerRestless();
+  manager->removeAllActions();
+  for (int round = 0; round < 100; ++round) registerRestless();
+  for (int round = 0; round < 100; ++round) manager->undo();
+  set(1);
+  EXPECT_TRUE(manager->canUndo());
+  manager->undo();
+}
+
+TEST_F(UndoTest, ClearingInTheMidstOfAnUndoEndsIt) {
+  manager->performInGroup([&] {
+    cell->setNumber(1);
+    manager->registerUndo("clear", manager, [](NSUndoManager& it) { it.removeAllActions(); });
+    other->setNumber(1);
+  });
+  manager->undo();
+  expectNumbers(1, 0);
+  EXPECT_FALSE(manager->canUndo());
+  EXPECT_FALSE(manager->canRedo());
+  EXPECT_FALSE(manager->isUndoingOrRedoing());
+}
+
+TEST_F(UndoTest, TheManagerMayDieOfWhatItReleases) {
+  auto holder = std::make_shared<Ref<NSUndoManager>>(make<NSUndoManager>());
+  NSUndoManager* dying = holder->get();
+  dying->registerUndo("die", cell, [holder](Cell&) { holder->reset(); });
+  dying->undo();
+  EXPECT_EQ(*holder, nullptr);
+
+  *holder = make<NSUndoManager>();
+  dying = holder->get();
+  const NotificationListener listener(NSUndoManagerWillCloseUndoGroupNotification, dying,
+                                      [&](const NSNotification&) { holder->reset(); });
+  dying->beginUndoGrouping();
+  dying->endUndoGrouping();
+  EXPECT_EQ(*holder, nullptr);
+}
+
+TEST_F(UndoTest, TheStacksCanBePrinted) {
+  cell->setNumber(1);
+  manager->beginUndoGrouping();
+  cell->setNumber(2);
+  manager->registerUndo("addStyle:", other, [](Cell&) {});
+  const std::string c = format("<NSObject %p>", cell.get()), o = format("<NSObject %p>", other.get());
+  EXPECT_EQ(manager->printableUndoStack(),
+            "open group\n  addStyle: " + o + "\n  setNumber: " + c + "\ngroup 1\n  setNumber: " + c + "\n");
+  EXPECT_EQ(manager->printableRedoStack(), "");
+  manager->undo();
+  EXPECT_EQ(manager->printableRedoStack(), "group 1\n  setNumber: " + c + "\n");
+}
+
+// Random use against a model that stores whole states.
+TEST_F(UndoTest, RandomUseAgreesWithAListOfStates) {
+  std::mt19937 random(7);
+  std::vector<int> past, future;
+  int levels = 0;
+  for (int step = 0; step < 20'000; ++step) {
+    switch (random() % 5) {
+      case 0:
+      case 1: {
+        past.push_back(cell->number);
+        future.clear();
+        const int changes = 1 + static_cast<int>(random() % 100);
+        manager->performInGroup([&] {
+          for (int each = 0; each < changes; ++each) {
+            if (each % 3 == 0) {
+              manager->performInGroup([&] { cell->setNumber(static_cast<int>(random() % 1000)); });
+            } else {
+              cell->setNumber(static_cast<int>(random() % 1000));
+            }
+          }
+        });
+        break;
+      }
+      case 2:
+        if (!past.empty()) {
+          future.push_back(cell->number);
+          manager->undo();
+          ASSERT_EQ(cell->number, past.back()) << step;
+          past.pop_back();
+        }
+        break;
+      case 3:
+        if (!future.empty()) {
+          past.push_back(cell->number);
+          manager->redo();
+          ASSERT_EQ(cell->number, future.back()) << step;
+          future.pop_back();
+        }
+        break;
+      default:
+        levels = 1 + static_cast<int>(random() % 20);
+        manager->setLevelsOfUndo(static_cast<std::size_t>(levels));
+    }
+    if (levels != 0) {
+      for (auto* states : {&past, &future}) {
+        if (states->size() > static_cast<std::size_t>(levels)) {
+          states->erase(states->begin(), states->end() - levels);
+        }
+      }
+    }
+    ASSERT_EQ(manager->undoGroupCount(), past.size()) << step;
+    ASSERT_EQ(manager->redoGroupCount(), future.size()) << step;
+    ASSERT_EQ(manager->undoBytes() == 0, past.empty());
+  }
+}
+
+}  // namespace
+}  // namespace zt
