@@ -38,7 +38,7 @@ class ZT_EXPORT NSNotificationName {
 /// information are borrowed from him for the duration of the call.
 struct NSNotification {
   NSNotificationName name;
-  NSObject* object = nullptr;                 ///< who it is about, or none
+  NSObject* object = nullptr;              ///< who it is about, or none
   const NSDictionary* userInfo = nullptr;  ///< further facts, or none
 
   /// An entry of the user information; none if there is no such entry or no user information.

@@ -4,12 +4,11 @@
 ///
 /// | In the text | Takes | Prints |
 /// |---|---|---|
-/// | `%@` | an object or a reference to one, a text, anything with `std::string describe(const T&)` beside it | its description; `(null)` for none and for an absent text |
-/// | `%s` | a text: `StringRef`, `std::string`, `std::string_view`, `const char*` | the text; `(null)` if absent |
-/// | `%p` | an address | `0x` and hexadecimal digits; `0x0` for none |
-/// | `%#x` | an address or an integer | the same |
-/// | `%d` | an integer or a boolean | decimal digits |
-/// | `%%` | nothing | `%` |
+/// | `%@` | an object or a reference to one, a text, anything with `std::string describe(const T&)` beside it | its
+/// description; `(null)` for none and for an absent text | | `%s` | a text: `StringRef`, `std::string`,
+/// `std::string_view`, `const char*` | the text; `(null)` if absent | | `%p` | an address | `0x` and hexadecimal
+/// digits; `0x0` for none | | `%#x` | an address or an integer | the same | | `%d` | an integer or a boolean | decimal
+/// digits | | `%%` | nothing | `%` |
 ///
 /// Number and kinds of the arguments are checked by the compiler. The locale plays no part.
 
@@ -101,7 +100,8 @@ class ZT_EXPORT FormatArgument {
   template <class T>
   FormatArgument(const T& value) {  // NOLINT(google-explicit-constructor)
     constexpr unsigned accepts = formatting::acceptsOf<T>();
-    static_assert(accepts != formatting::nothing, "a value of this type cannot be printed: give it a describe(const T&)");
+    static_assert(accepts != formatting::nothing,
+                  "a value of this type cannot be printed: give it a describe(const T&)");
     mAccepts = accepts;
     if constexpr (std::is_same_v<T, StringRef>) {
       setText(value.view(), value.isPresent());
@@ -161,7 +161,7 @@ template <class... Arguments>
 class FormatString {
  public:
   template <class Text>
-    requires std::convertible_to<const Text&, std::string_view>
+  requires std::convertible_to<const Text&, std::string_view>
   consteval FormatString(const Text& text) : mText(text) {  // NOLINT(google-explicit-constructor)
     constexpr unsigned accepts[] = {formatting::acceptsOf<Arguments>()..., formatting::nothing};
     std::size_t used = 0;

@@ -71,8 +71,8 @@ class UndoAction {
   };
 
   template <class Closure>
-  static constexpr bool isInline = sizeof(Closure) <= kInlineBytes && alignof(Closure) <= alignof(void*) &&
-                                   std::is_nothrow_move_constructible_v<Closure>;
+  static constexpr bool isInline = sizeof(Closure) <= kInlineBytes &&
+                                   alignof(Closure) <= alignof(void*) && std::is_nothrow_move_constructible_v<Closure>;
 
   template <class Closure>
   static constexpr Operations kInline = {
@@ -84,9 +84,7 @@ class UndoAction {
   template <class Closure>
   static constexpr Operations kOnHeap = {
       [](void* at) { (*static_cast<Closure**>(at))->run(); },
-      [](void* from, void* to) noexcept {
-        ::new (to) Closure*(std::exchange(*static_cast<Closure**>(from), nullptr));
-      },
+      [](void* from, void* to) noexcept { ::new (to) Closure*(std::exchange(*static_cast<Closure**>(from), nullptr)); },
       [](void* at) noexcept { delete *static_cast<Closure**>(at); },
       [](const void* at) noexcept -> const NSObject* {
         const Closure* closure = *static_cast<Closure* const*>(at);
@@ -158,8 +156,8 @@ class ZT_EXPORT UndoStack {
   template <class Target, class Call>
   void emplace(const char* keyword, Ref<Target>&& target, Call&& call) {
     if (mEnd == mRoomEnd) addChunk();
-    const auto* action = ::new (static_cast<void*>(slot(mEnd)))
-        UndoAction(keyword, std::move(target), std::forward<Call>(call));
+    const auto* action =
+        ::new (static_cast<void*>(slot(mEnd))) UndoAction(keyword, std::move(target), std::forward<Call>(call));
     ++mEnd;
     mHeapBytes += action->heapBytes();
   }

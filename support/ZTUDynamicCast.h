@@ -20,7 +20,7 @@ const T* ZTUDynamicCast(const NSObject* object) noexcept {
 
 /// The same for a reference; the answer shares ownership.
 template <class T, class Object>
-  requires std::is_base_of_v<NSObject, T> && std::is_base_of_v<NSObject, Object>
+requires std::is_base_of_v<NSObject, T> && std::is_base_of_v<NSObject, Object>
 auto ZTUDynamicCast(const Ref<Object>& object) noexcept {
   using Result = std::conditional_t<std::is_const_v<Object>, const T, T>;
   return Ref<Result>(dynamic_cast<Result*>(object.get()));

@@ -25,9 +25,9 @@ TEST(DictionaryTest, EqualityAndHashIgnoreTheOrderAndNothingElse) {
   const auto same = NSDictionary::make({{"b", text("2")}, {"a", text("1")}});
   EXPECT_TRUE(one->isEqual(same.get()));
   EXPECT_EQ(one->hash(), same->hash());
-  const Ref<NSDictionary> others[] = {
-      NSDictionary::make({}), NSDictionary::make("a", text("1")), NSDictionary::make({{"a", text("2")}, {"b", text("1")}}),
-      NSDictionary::make({{"a", text("1")}, {"c", text("2")}})};
+  const Ref<NSDictionary> others[] = {NSDictionary::make({}), NSDictionary::make("a", text("1")),
+                                      NSDictionary::make({{"a", text("2")}, {"b", text("1")}}),
+                                      NSDictionary::make({{"a", text("1")}, {"c", text("2")}})};
   for (const auto& other : others) {
     EXPECT_FALSE(one->isEqual(other.get())) << other->description();
     EXPECT_NE(one->hash(), other->hash()) << other->description();

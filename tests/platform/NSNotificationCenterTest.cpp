@@ -134,9 +134,8 @@ TEST_F(NotificationTest, ListenersMayComeAndGoWhileTheyAreTold) {
 TEST_F(NotificationTest, TheObjectLivesUntilItsNotificationIsOver) {
   Ref<Thing> dying = make<Thing>();
   const NotificationListener first(changed, nullptr, [&](const NSNotification&) { dying.reset(); });
-  const NotificationListener second(changed, nullptr, [&](const NSNotification& told) {
-    EXPECT_EQ(told.object->referenceCount(), 1u);
-  });
+  const NotificationListener second(changed, nullptr,
+                                    [&](const NSNotification& told) { EXPECT_EQ(told.object->referenceCount(), 1u); });
   center.post(changed, dying.get());
 }
 
@@ -147,8 +146,10 @@ TEST_F(NotificationTest, AnObjectThatDiesTakesItsListenersAlong) {
     const Ref<Thing> filter = make<Thing>();
     EXPECT_FALSE(filter->hasListeners());
     center.post(changed, filter.get());
-    center.addObserver(&owner, [witness, this](const NSNotification&) { log.emplace_back("stale"); }, changed, filter.get());
-    center.addObserver(this, [witness](const NSNotification&) {}, removed, filter.get());
+    center.addObserver(
+        &owner, [witness, this](const NSNotification&) { log.emplace_back("stale"); }, changed, filter.get());
+    center.addObserver(
+        this, [witness](const NSNotification&) {}, removed, filter.get());
   }
   EXPECT_EQ(takeLog(), Log{});
   EXPECT_EQ(witness.use_count(), 1);

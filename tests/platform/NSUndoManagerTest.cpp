@@ -2,6 +2,7 @@
 
 #include <platform/NSException.h>
 #include <platform/NSUndoManager.h>
+#include <platform/ZTFormat.h>
 
 #include <array>
 #include <random>
@@ -33,6 +34,8 @@ class UndoTest : public testing::Test {
   const Ref<NSUndoManager> manager = make<NSUndoManager>();
   const Ref<Cell> cell = make<Cell>(*manager);
   const Ref<Cell> other = make<Cell>(*manager);
+
+  ~UndoTest() override { manager->removeAllActions(); }  // some actions hold the manager
 
   // Sets both cells in one group.
   void set(int number) {
@@ -98,11 +101,13 @@ TEST_F(UndoTest, WithoutAGroupEachActionIsAGroupAndNothingIsPosted) {
 
 TEST_F(UndoTest, WhatIsRegisteredWhenAGroupIsAboutToCloseBelongsToIt) {
   std::vector<std::size_t> levels;
-  const NotificationListener listener(NSUndoManagerWillCloseUndoGroupNotification, manager.get(), [&](const NSNotification& told) {
-    EXPECT_EQ(told.object, manager.get());
-    levels.push_back(manager->groupingLevel());
-    if (manager->groupingLevel() == 1 && !manager->isUndoingOrRedoing()) other->setNumber(7);
-  });
+  const NotificationListener listener(NSUndoManagerWillCloseUndoGroupNotification, manager.get(),
+                                      [&](const NSNotification& told) {
+                                        EXPECT_EQ(told.object, manager.get());
+                                        levels.push_back(manager->groupingLevel());
+                                        if (manager->groupingLevel() == 1 && !manager->isUndoingOrRedoing())
+                                          other->setNumber(7);
+                                      });
   manager->performInGroup([&] { set(1); });
   EXPECT_EQ(levels, (std::vector<std::size_t>{2, 1}));
   EXPECT_EQ(manager->undoGroupCount(), 1u);
@@ -130,7 +135,8 @@ TEST_F(UndoTest, UndoClosesTheOneOpenGroupFirst) {
 TEST_F(UndoTest, WhileUndoingTheLevelIsOneAndTheStateCanBeAsked) {
   std::vector<std::string> seen;
   const auto look = [&](NSUndoManager& it) {
-    seen.push_back(std::to_string(it.groupingLevel()) + (it.isUndoing() ? " undoing" : "") + (it.isRedoing() ? " redoing" : ""));
+    seen.push_back(std::to_string(it.groupingLevel()) + (it.isUndoing() ? " undoing" : "") +
+                   (it.isRedoing() ? " redoing" : ""));
     EXPECT_TRUE(it.isUndoingOrRedoing());
     EXPECT_THROW(it.undo(), NSInternalInconsistencyException);
     EXPECT_THROW(it.redo(), NSInternalInconsistencyException);
@@ -169,7 +175,8 @@ TEST_F(UndoTest, WrongNestingIsRefusedAndChangesNothing) {
 
 TEST_F(UndoTest, ListenersThatMisuseAClosingGroupDoNotBreakIt) {
   const auto closing = [&](NSNotificationCenter::Callback callback) {
-    const NotificationListener listener(NSUndoManagerWillCloseUndoGroupNotification, manager.get(), std::move(callback));
+    const NotificationListener listener(NSUndoManagerWillCloseUndoGroupNotification, manager.get(),
+                                        std::move(callback));
     manager->beginUndoGrouping();
     cell->setNumber(cell->number + 1);
     manager->endUndoGrouping();
@@ -379,9 +386,7 @@ TEST_F(UndoTest, RandomUseAgreesWithAListOfStates) {
           future.pop_back();
         }
         break;
-      default:
-        levels = 1 + static_cast<int>(random() % 20);
-        manager->setLevelsOfUndo(static_cast<std::size_t>(levels));
+      default: levels = 1 + static_cast<int>(random() % 20); manager->setLevelsOfUndo(static_cast<std::size_t>(levels));
     }
     if (levels != 0) {
       for (auto* states : {&past, &future}) {
