@@ -1,13 +1,17 @@
-#include <cstdio>
-#include <cstring>
+#include <app/cli/Tool.h>
 
-#include <platform/ZTVersion.h>
+#include <cstdio>
+#include <exception>
+#include <string>
+#include <vector>
 
 int main(int argc, char** argv) {
-  if (argc == 2 && std::strcmp(argv[1], "--version") == 0) {
-    std::printf("ztstyles %s\n", zt::versionString());
-    return 0;
+  try {
+    return zt::runTool(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc), zt::processConsole());
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "ztstyles: %s\n", error.what());
+  } catch (...) {
+    std::fputs("ztstyles: unknown failure\n", stderr);
   }
-  std::fputs("usage: ztstyles --version\n", stderr);
-  return 2;
+  return 3;
 }

@@ -1,0 +1,14 @@
+#include <app/cli/Commands.h>
+
+namespace zt {
+
+// A new command adds its maker here and its name to the list below.
+std::unique_ptr<Command> makeStatsCommand();
+
+std::vector<std::unique_ptr<Command>> makeCommands() {
+  std::vector<std::unique_ptr<Command>> commands;
+  for (auto* make : {makeStatsCommand}) commands.push_back(make());
+  return commands;
+}
+
+}  // namespace zt

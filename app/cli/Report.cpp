@@ -1,0 +1,36 @@
+#include <app/cli/Report.h>
+
+#include <ostream>
+
+namespace zt {
+
+void printFindings(const std::vector<Finding>& findings, const Console& console) {
+  for (const Finding& finding : findings) {
+    console.err << severityName(finding.severity) << ": " << finding.place.text() << ": ";
+    if (!finding.style.empty()) console.err << finding.style << ": ";
+    console.err << finding.message << '\n';
+  }
+}
+
+nlohmann::ordered_json findingsAsJson(const std::vector<Finding>& findings) {
+  auto json = nlohmann::ordered_json::array();
+  for (const Finding& finding : findings) {
+    json.push_back({{"severity", severityName(finding.severity)},
+                    {"code", finding.code},
+                    {"file", finding.place.file},
+                    {"line", finding.place.line},
+                    {"style", finding.style},
+                    {"message", finding.message}});
+  }
+  return json;
+}
+
+void printJson(const nlohmann::ordered_json& json, const Console& console) {
+  console.out << json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
+}
+
+ExitCode codeFor(const std::vector<Finding>& findings) {
+  return findings.empty() ? ExitCode::done : ExitCode::findings;
+}
+
+}  // namespace zt

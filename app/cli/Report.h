@@ -1,0 +1,24 @@
+#pragma once
+
+#include <app/cli/Command.h>
+#include <app/odf/Finding.h>
+
+#include <nlohmann/json.hpp>
+
+#include <vector>
+
+namespace zt {
+
+/// One line for each finding on the console's error stream.
+void printFindings(const std::vector<Finding>& findings, const Console& console);
+
+/// The findings as an array of objects with severity, code, file, line, style and message.
+nlohmann::ordered_json findingsAsJson(const std::vector<Finding>& findings);
+
+/// Prints JSON, indented, with a newline at the end. Text that is no UTF-8 is replaced, not refused.
+void printJson(const nlohmann::ordered_json& json, const Console& console);
+
+/// `findings` if there are any, else `done`.
+ExitCode codeFor(const std::vector<Finding>& findings);
+
+}  // namespace zt

@@ -1,0 +1,45 @@
+#include <app/cli/Commands.h>
+#include <app/cli/Report.h>
+#include <app/odf/Stats.h>
+
+#include <ostream>
+
+namespace zt {
+
+namespace {
+
+class StatsCommand : public Command {
+ public:
+  CLI::App* addTo(CLI::App& tool) override {
+    CLI::App* command = tool.add_subcommand("stats", "Count the styles of a document and what is redundant or unused");
+    command->add_option("FILE", mFile, "The document")->required();
+    command->add_flag("--json", mAsJson, "Write all counts as one JSON object");
+    command->footer("Examples:\n"
+                    "  ztstyles stats letter.odt\n"
+                    "  ztstyles stats --json letter.fodt | jq .automatic_redundant");
+    return command;
+  }
+
+  ExitCode run(const Console& console) override {
+    const RawDocument document = RawDocument::read(Package::read(mFile));
+    nlohmann::ordered_json statistics = styleStatistics(document);
+    if (mAsJson) {
+      statistics["findings"] = findingsAsJson(document.findings);
+      printJson(statistics, console);
+    } else {
+      console.out << statisticsAsText(statistics);
+    }
+    printFindings(document.findings, console);
+    return codeFor(document.findings);
+  }
+
+ private:
+  std::string mFile;
+  bool mAsJson = false;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> makeStatsCommand() { return std::make_unique<StatsCommand>(); }
+
+}  // namespace zt
