@@ -14,9 +14,10 @@ class StatsCommand : public Command {
     CLI::App* command = tool.add_subcommand("stats", "Count the styles of a document and what is redundant or unused");
     command->add_option("FILE", mFile, "The document")->required();
     command->add_flag("--json", mAsJson, "Write all counts as one JSON object");
-    command->footer("Examples:\n"
-                    "  ztstyles stats letter.odt\n"
-                    "  ztstyles stats --json letter.fodt | jq .automatic_redundant");
+    command->footer(
+        "Examples:\n"
+        "  ztstyles stats letter.odt\n"
+        "  ztstyles stats --json letter.fodt | jq .automatic_redundant");
     return command;
   }
 

@@ -24,19 +24,26 @@ int fail(const Console& console, ExitCode code, const std::string& message) {
 }
 
 int parseAndRun(std::vector<std::string> arguments, const Console& console) {
-  CLI::App tool("Shows, explains and checks the styles of OpenDocument texts (.odt, .ott, .fodt, or a folder that\n"
-                "holds styles.xml and content.xml).",
-                "ztstyles");
+  CLI::App tool(
+      "Shows, explains and checks the styles of OpenDocument texts (.odt, .ott, .fodt, or a folder that\n"
+      "holds styles.xml and content.xml).",
+      "ztstyles");
   tool.set_version_flag("--version", std::string("ztstyles ") + versionString());
   tool.set_help_flag("-h,--help", "Say what can be done and leave");
   tool.require_subcommand(1);
-  tool.footer("Exit codes: 0 done, 1 done with findings, 2 wrong use, 3 unreadable input.\n"
-              "`ztstyles COMMAND --help` tells more about a command, with examples.");
+  tool.footer(
+      "Exit codes: 0 done, 1 done with findings, 2 wrong use, 3 unreadable input.\n"
+      "`ztstyles COMMAND --help` tells more about a command, with examples.");
 
   const auto commands = makeCommands();
   std::vector<CLI::App*> subcommands;
   for (const auto& command : commands) subcommands.push_back(command->addTo(tool));
 
+  if (!arguments.empty() && !arguments.front().empty() && arguments.front().front() != '-' &&
+      std::none_of(subcommands.begin(), subcommands.end(),
+                   [&](CLI::App* command) { return command->check_name(arguments.front()); })) {
+    throw UsageError("there is no command '" + arguments.front() + "'; try `ztstyles --help`");
+  }
   std::reverse(arguments.begin(), arguments.end());  // the parser takes them from the back
   try {
     tool.parse(arguments);
@@ -76,7 +83,8 @@ int runTool(const std::vector<std::string>& arguments, const Console& console) {
 Console processConsole() {
   const char* noColour = std::getenv("NO_COLOR");
   const char* terminal = std::getenv("TERM");
-  const bool isPlain = (noColour != nullptr && *noColour != '\0') || terminal == nullptr || std::string(terminal) == "dumb";
+  const bool isPlain =
+      (noColour != nullptr && *noColour != '\0') || terminal == nullptr || std::string(terminal) == "dumb";
   return {std::cout, std::cerr, !isPlain && isatty(STDOUT_FILENO) == 1, isatty(STDERR_FILENO) == 1};
 }
 

@@ -13,11 +13,12 @@ bool isOneOf(std::string_view name, std::initializer_list<std::string_view> name
 
 // text:style-name means another family on nearly every element.
 std::string_view familyOfTextStyleName(std::string_view element) {
-  if (isOneOf(element, {"p", "h", "index-source-style", "index-title-template"}) || element.ends_with("-entry-template")) {
+  if (isOneOf(element, {"p", "h", "index-source-style", "index-title-template"}) ||
+      element.ends_with("-entry-template")) {
     return "paragraph";
   }
-  if (isOneOf(element, {"section", "index-title", "table-of-content", "illustration-index", "table-index", "object-index",
-                        "user-index", "alphabetical-index", "bibliography"})) {
+  if (isOneOf(element, {"section", "index-title", "table-of-content", "illustration-index", "table-index",
+                        "object-index", "user-index", "alphabetical-index", "bibliography"})) {
     return "section";
   }
   if (isOneOf(element, {"list", "numbered-paragraph", "list-item", "list-header"})) return "list";
@@ -38,7 +39,8 @@ std::string_view referredFamily(const XmlElement& element, const XmlAttribute& a
   const auto [prefix, name, value] = attribute;
   if (prefix == "text") {
     if (name == "style-name") return familyOfTextStyleName(element.name);
-    if (isOneOf(name, {"visited-style-name", "main-entry-style-name", "citation-style-name", "citation-body-style-name"})) {
+    if (isOneOf(name,
+                {"visited-style-name", "main-entry-style-name", "citation-style-name", "citation-body-style-name"})) {
       return "text";
     }
     if (isOneOf(name, {"cond-style-name", "default-style-name"})) return "paragraph";

@@ -90,8 +90,7 @@ std::optional<std::string> readEntry(zip_t& archive, const char* name, const std
   if ((entry.valid & ZIP_STAT_SIZE) != 0 && entry.size > limit) {
     throw ReadError({shown}, fmt::format("inflates to more than {} bytes; refused", limit));
   }
-  const std::unique_ptr<zip_file_t, EntryCloser> file(
-      zip_fopen_index(&archive, static_cast<zip_uint64_t>(index), 0));
+  const std::unique_ptr<zip_file_t, EntryCloser> file(zip_fopen_index(&archive, static_cast<zip_uint64_t>(index), 0));
   if (file == nullptr) throw ReadError({shown}, fmt::format("damaged package: {}", zip_strerror(&archive)));
 
   std::string bytes;
@@ -168,7 +167,10 @@ Package Package::readZip(const std::filesystem::path& path, const PackageLimits&
   try {
     if (const auto mimetype = readEntry(*archive, kMimetype, shownPart(kMimetype), 1024);
         mimetype && !mimetype->starts_with("application/vnd.oasis.opendocument")) {
-      package.mFindings.push_back({Finding::Severity::warning, "unknown-type", {shownPart(kMimetype)}, {},
+      package.mFindings.push_back({Finding::Severity::warning,
+                                   "unknown-type",
+                                   {shownPart(kMimetype)},
+                                   {},
                                    "not the type of an OpenDocument package; read nevertheless"});
     }
     // The encryption of OpenDocument is told in the manifest: the entries themselves look like any others.

@@ -78,8 +78,8 @@ class PartReader : public XmlHandler {
   void startRoot(const XmlElement& element) {
     const std::string_view wanted = expectedRoot(mDocument.parts[mPart].name);
     if (!element.is("office", wanted)) {
-      throw ReadError(mDocument.place(mPart, element.line),
-                      fmt::format("the root element is {}:{}, expected office:{}", element.prefix, element.name, wanted));
+      throw ReadError(mDocument.place(mPart, element.line), fmt::format("the root element is {}:{}, expected office:{}",
+                                                                        element.prefix, element.name, wanted));
     }
     mSawRoot = true;
   }
@@ -116,7 +116,7 @@ class PartReader : public XmlHandler {
     if (isDefault || element.is("style", "style")) {
       mScene = Scene::style;
       mStyle = {};
-      mStyle.kind = isDefault                          ? RawStyle::Kind::defaultStyle
+      mStyle.kind = isDefault                        ? RawStyle::Kind::defaultStyle
                     : mSection == Section::automatic ? RawStyle::Kind::automatic
                                                      : RawStyle::Kind::named;
       mStyle.part = mPart;
@@ -186,7 +186,8 @@ class PartReader : public XmlHandler {
     } else if (mScene == Scene::style) {
       mStyle.children.push_back({mOpaquePrefix, mOpaqueName, std::move(text), mOpaqueLine});
     } else if (mScene == Scene::listStyle && !mListStyle.levels.empty()) {
-      mListStyle.levels.back().properties.push_back({{}, mOpaquePrefix, mOpaqueName, std::move(text), true, mOpaqueLine});
+      mListStyle.levels.back().properties.push_back(
+          {{}, mOpaquePrefix, mOpaqueName, std::move(text), true, mOpaqueLine});
     }
   }
 
@@ -215,7 +216,7 @@ class PartReader : public XmlHandler {
   RawStyle mStyle;
   RawListStyle mListStyle;
   std::string mGroup;
-  std::size_t mGroupDepth = 0;  // depth of the open property element, 0 outside
+  std::size_t mGroupDepth = 0;                      // depth of the open property element, 0 outside
   std::vector<RawProperty>* mProperties = nullptr;  // where its entries go
   OpaqueText mOpaque;
   std::string mOpaquePrefix;
@@ -251,7 +252,10 @@ RawDocument RawDocument::read(Package package) {
       readXml(part, reader, document.findings);
     } catch (const ReadError& error) {
       if (!firstError) firstError = error;
-      document.findings.push_back({Finding::Severity::error, "unreadable-part", error.place(), {},
+      document.findings.push_back({Finding::Severity::error,
+                                   "unreadable-part",
+                                   error.place(),
+                                   {},
                                    error.message() + (reader.sawRoot() ? "; kept what stands before" : "; left out")});
     }
     sawAny |= reader.sawRoot();

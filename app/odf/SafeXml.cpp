@@ -72,9 +72,7 @@ class Reader {
     xmlStopParser(mParser.get());
   }
 
-  void fail(const std::string& message) {
-    stop(std::make_exception_ptr(ReadError({mPart.shown, line()}, message)));
-  }
+  void fail(const std::string& message) { stop(std::make_exception_ptr(ReadError({mPart.shown, line()}, message))); }
 
   template <class Call>
   void guarded(const Call& call) noexcept {
@@ -93,8 +91,8 @@ class Reader {
     return found->second;
   }
 
-  static void startElement(void* self, const xmlChar* name, const xmlChar*, const xmlChar* address, int declarationCount,
-                           const xmlChar**, int attributeCount, int, const xmlChar** attributes) {
+  static void startElement(void* self, const xmlChar* name, const xmlChar*, const xmlChar* address,
+                           int declarationCount, const xmlChar**, int attributeCount, int, const xmlChar** attributes) {
     Reader& reader = from(self);
     reader.guarded([&] {
       reader.mOpenNamespaces += static_cast<std::size_t>(declarationCount);
@@ -108,9 +106,10 @@ class Reader {
       reader.mAttributes.clear();
       for (int index = 0; index < attributeCount; ++index) {
         const xmlChar** fields = attributes + std::ptrdiff_t{5} * index;  // name, prefix, address, value, its end
-        reader.mAttributes.push_back({reader.prefixOf(fields[2]), view(fields[0]),
-                                      {reinterpret_cast<const char*>(fields[3]),
-                                       static_cast<std::size_t>(fields[4] - fields[3])}});
+        reader.mAttributes.push_back(
+            {reader.prefixOf(fields[2]),
+             view(fields[0]),
+             {reinterpret_cast<const char*>(fields[3]), static_cast<std::size_t>(fields[4] - fields[3])}});
       }
       reader.mHandler.startElement({reader.prefixOf(address), view(name), reader.mAttributes, reader.line()});
     });
@@ -159,7 +158,8 @@ class Reader {
 
 }  // namespace
 
-std::optional<std::string_view> XmlElement::attribute(std::string_view wantedPrefix, std::string_view wantedName) const {
+std::optional<std::string_view> XmlElement::attribute(std::string_view wantedPrefix,
+                                                      std::string_view wantedName) const {
   for (const XmlAttribute& candidate : attributes) {
     if (candidate.is(wantedPrefix, wantedName)) return candidate.value;
   }

@@ -183,7 +183,8 @@ class Statistics {
       json["empty"] = std::count(counts.begin(), counts.end(), std::size_t{0});
       return json;
     };
-    mJson["properties_per_style"] = {{"named", summary(mIndex.allNamed())}, {"automatic", summary(mIndex.allAutomatic())}};
+    mJson["properties_per_style"] = {{"named", summary(mIndex.allNamed())},
+                                     {"automatic", summary(mIndex.allAutomatic())}};
 
     std::unordered_set<std::string> names;
     for (const auto& [style, entries] : mEntries.all()) {
@@ -199,7 +200,8 @@ class Statistics {
   static std::string fingerprint(const RawStyle& style, std::vector<std::string> parts) {
     std::sort(parts.begin(), parts.end());
     std::string text = style.family + '\n' + (style.parent ? '=' + *style.parent : std::string("-"));
-    for (const std::string& part : parts) text.append(1, '\n').append(std::to_string(part.size())).append(1, ' ').append(part);
+    for (const std::string& part : parts)
+      text.append(1, '\n').append(std::to_string(part.size())).append(1, ' ').append(part);
     return text;
   }
 

@@ -22,12 +22,13 @@ std::string statisticsAsText(const Json& statistics) {
   const auto number = [&statistics](const char* key) { return statistics[key].dump(); };
   std::string text = fmt::format("{}\n", statistics["document"].get<std::string>());
   const auto line = [&text](std::string_view label, const std::string& value) {
-    text += fmt::format("  {:<26}{}\n", label, value);
+    text += fmt::format("  {:<28}{}\n", label, value);
   };
   line("named styles", fmt::format("{}  ({})", number("named_total"), join(statistics["named"])));
   line("automatic styles", fmt::format("{}  ({})", number("automatic_total"), join(statistics["automatic"])));
   std::string defaults;
-  for (const auto& family : statistics["default_styles"]) defaults += (defaults.empty() ? "" : ", ") + family.get<std::string>();
+  for (const auto& family : statistics["default_styles"])
+    defaults += (defaults.empty() ? "" : ", ") + family.get<std::string>();
   line("default styles", defaults.empty() ? "none" : defaults);
   line("list styles", join(statistics["list_styles"]));
   line("chain lengths, named", join(statistics["named_chain_length"]));

@@ -18,7 +18,8 @@ constexpr std::string_view kOwnReferences[] = {"list-style-name", "master-page-n
 std::vector<StyleEntry> entriesOf(const RawStyle& style) {
   std::vector<StyleEntry> entries;
   entries.reserve(style.properties.size() + style.attributes.size());
-  const auto add = [&entries](const std::string& group, const std::string& name, const std::string& value, bool isText) {
+  const auto add = [&entries](const std::string& group, const std::string& name, const std::string& value,
+                              bool isText) {
     entries.push_back({group + '|' + name, name, value, isText});
   };
   for (const RawProperty& property : style.properties) {
@@ -28,7 +29,8 @@ std::vector<StyleEntry> entriesOf(const RawStyle& style) {
     if (child.isMap()) add("map", "style:map", child.text, false);
   }
   for (const std::string_view name : kOwnReferences) {
-    if (const std::string* value = style.attribute("style", name)) add("style", "style:" + std::string(name), *value, true);
+    if (const std::string* value = style.attribute("style", name))
+      add("style", "style:" + std::string(name), *value, true);
   }
   return entries;
 }
@@ -84,7 +86,8 @@ class Walk {
     mSeen.insert(&style);
     for (StyleEntry& entry : mEntries.at(&style)) {
       const auto values = mValues.find(entry.key);
-      entry.equalsInherited = values != mValues.end() && !values->second.empty() && *values->second.back() == entry.value;
+      entry.equalsInherited =
+          values != mValues.end() && !values->second.empty() && *values->second.back() == entry.value;
     }
     push(style);
     way.push_back({&style, 0});

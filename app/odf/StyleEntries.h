@@ -14,8 +14,8 @@ struct StyleEntry {
   std::string key;   ///< "text|fo:color"
   std::string name;  ///< "fo:color"
   std::string value;
-  bool isText = true;              ///< an attribute, not an element
-  bool equalsInherited = false;    ///< the value is textually what the style would inherit
+  bool isText = true;            ///< an attribute, not an element
+  bool equalsInherited = false;  ///< the value is textually what the style would inherit
 };
 
 /// The entries of all styles that count, each compared with what its style inherits from named

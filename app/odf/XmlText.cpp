@@ -83,7 +83,8 @@ std::size_t characterLength(std::string_view text, std::size_t at) {
 // Most text is plain: a loop without branches over blocks lets the slow look at single characters wait.
 bool isPlain(std::string_view text) {
   bool plain = true;
-  for (const char byte : text) plain &= static_cast<unsigned char>(byte) >= 0x20 && static_cast<unsigned char>(byte) < 0x80;
+  for (const char byte : text)
+    plain &= static_cast<unsigned char>(byte) >= 0x20 && static_cast<unsigned char>(byte) < 0x80;
   return plain;
 }
 
@@ -141,7 +142,10 @@ void repair(XmlText& prepared, const PackagePart& part, std::vector<Finding>& fi
   repaired.append(prepared.text, from);
   prepared.converted = std::move(repaired);
   prepared.text = prepared.converted;
-  findings.push_back({Finding::Severity::warning, "invalid-text", {part.shown, line}, {},
+  findings.push_back({Finding::Severity::warning,
+                      "invalid-text",
+                      {part.shown, line},
+                      {},
                       fmt::format("{} byte{} no text; replaced by U+FFFD", count, count == 1 ? " is" : "s are")});
 }
 
@@ -154,9 +158,10 @@ XmlText prepareXmlText(const PackagePart& part, std::vector<Finding>& findings) 
   const auto startsWith = [&](std::string_view mark) { return bytes.starts_with(mark); };
   using namespace std::string_view_literals;
 
-  if (startsWith("\xFF\xFE\0\0"sv) || startsWith("\0\0\xFE\xFF"sv) || startsWith("\0\0\0<"sv) || startsWith("<\0\0\0"sv) ||
-      startsWith("\x4C\x6F\xA7\x94"sv)) {
-    throw ReadError({part.shown, 1}, "written in an encoding that OpenDocument does not know; expected UTF-8 or UTF-16");
+  if (startsWith("\xFF\xFE\0\0"sv) || startsWith("\0\0\xFE\xFF"sv) || startsWith("\0\0\0<"sv) ||
+      startsWith("<\0\0\0"sv) || startsWith("\x4C\x6F\xA7\x94"sv)) {
+    throw ReadError({part.shown, 1},
+                    "written in an encoding that OpenDocument does not know; expected UTF-8 or UTF-16");
   }
   const bool isBigEndian = startsWith("\xFE\xFF"sv) || startsWith("\0<"sv);
   const bool isLittleEndian = startsWith("\xFF\xFE"sv) || startsWith("<\0"sv);
@@ -175,8 +180,10 @@ XmlText prepareXmlText(const PackagePart& part, std::vector<Finding>& findings) 
     prepared.isUtf8 = true;
     repair(prepared, part, findings);
   } else if (!is("iso-8859-") && !is("windows-125") && !is("cp125") && !is("koi8-")) {
-    throw ReadError({part.shown, 1}, fmt::format("written in the encoding '{}', which is not supported; expected UTF-8 or "
-                                                 "UTF-16", encoding));
+    throw ReadError({part.shown, 1},
+                    fmt::format("written in the encoding '{}', which is not supported; expected UTF-8 or "
+                                "UTF-16",
+                                encoding));
   }
   return prepared;
 }
@@ -199,9 +206,10 @@ void checkTags(std::string_view text, const std::string& shown, const XmlLimits&
       const std::size_t start = at;
       while ((at = text.find_first_of("[>\"'", at)) != std::string_view::npos && text[at] != '>') {
         if (text[at] == '[') {
-          throw ReadError({shown, lineOf(text, start)},
-                          "a document type with declarations of its own (entities, ...), which OpenDocument does not use; "
-                          "refused");
+          throw ReadError(
+              {shown, lineOf(text, start)},
+              "a document type with declarations of its own (entities, ...), which OpenDocument does not use; "
+              "refused");
         }
         at = skipTo(text.substr(at, 1), at + 1);
       }
