@@ -97,17 +97,6 @@ const ZTSStyleClass& ZTSAggregateStyle::styleClass() { return ZTSStyle::styleCla
 const ZTSStyleClass& ZTSAggregateStyle::classObject() const { return styleClass(); }
 ZTSAggregateStyle* asAggregateStyle(NSObject* object) noexcept { return dynamic_cast<ZTSAggregateStyle*>(object); }
 
-// ---- check: ZTSStyleValidation.cpp, ZTSStylesheetValidation.cpp
-void ZTSStyle::validate() const { ZT_PENDING; }
-void ZTSStyle::appSpecificValidate() const {}
-void ZTSStylesheet::validate() const { ZT_PENDING; }
-void ZTSStylesheet::appSpecificValidate() const {}
-// ---- check: ZTSStylesheetComparison.cpp
-Ref<NSObject> ZTSStylesheet::copy() const { ZT_PENDING; }
-bool ZTSStylesheet::isEqual(const NSObject* other) const { return this == other; }
-std::size_t ZTSStylesheet::hash() const { return NSObject::hash(); }
-std::string ZTSStylesheet::description() const { return NSObject::description(); }
-
 // ---- archive: ZTAXMLCoding.cpp
 Ref<ZTAError> ZTAErrorHandler::handleError(Ref<ZTAError>) { ZT_PENDING; }
 Ref<NSObject> ZTAXMLCoding::initMoreWithXMLUnarchiver(ZTAXMLUnarchiver&, _xmlNode*) { return Ref<NSObject>(this); }

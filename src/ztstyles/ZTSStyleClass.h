@@ -56,7 +56,8 @@ class ZT_EXPORT ZTSStyleClass : public ZTClass {
     plainTelling = 2,    ///< stylePropertiesChanged and what it consults
     plainCounting = 4,   ///< the four counting operations
     plainMatching = 8,   ///< overridePropertyMap
-    plainResolving = 16  ///< updateParent
+    plainResolving = 16,  ///< updateParent
+    plainComparing = 32   ///< isEqual, isEqualCompareNames
   };
   [[nodiscard]] std::uint8_t plainGroups() const noexcept { return mPlainGroups; }
 

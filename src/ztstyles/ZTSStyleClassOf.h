@@ -73,6 +73,12 @@ class ZTSStyleClassOf : public ZTSStyleClass {
     if constexpr (requires { &T::updateParent; }) {
       if (kSameOperation<decltype(&T::updateParent), decltype(&ZTSStyle::updateParent)>) all |= plainResolving;
     }
+    if constexpr (requires { &T::isEqual; &T::isEqualCompareNames; }) {
+      if (kSameOperation<decltype(&T::isEqual), decltype(&ZTSStyle::isEqual)> &&
+          kSameOperation<decltype(&T::isEqualCompareNames), decltype(&ZTSStyle::isEqualCompareNames)>) {
+        all |= plainComparing;
+      }
+    }
     return all;
   }
 

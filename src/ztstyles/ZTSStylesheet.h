@@ -297,6 +297,17 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   void tellStyleRemoved(ZTSStyle& style);
   void tellParentChanged();
 
+  // What equality asks of a style before anything else, as a number: class, lock, identifiers and name. Styles
+  // that differ in it are unequal, unless their class compares in a way of its own. ZTSStylesheetComparison.cpp.
+  static std::size_t shapeOf(const ZTSStyle& style);
+  // The same with the own values; none where a class that compares in a way of its own is involved.
+  static std::optional<std::size_t> shapeWithValuesOf(const ZTSStyle& style);
+  static bool comparesPlainly(const ZTSStyle& style) noexcept;
+  [[nodiscard]] bool isEqualApartFromParents(const ZTSStylesheet& other) const;
+  [[nodiscard]] bool isReferencedByDoomedStyleAlone(const ZTSStyle& referenced) const;
+  class Copying;
+  class RegistryIndex;
+
   enum class Tracker : std::uint8_t { none, host, document };
 
   Ref<ZTSStylesheet> mParent;
