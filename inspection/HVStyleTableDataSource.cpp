@@ -4,7 +4,8 @@
 namespace zt {
 
 const ZTClass& HVStyleTableDataSource::dataSourceClass() {
-  static const auto* object = new ZTClassOf<HVStyleTableDataSource>("HVStyleTableDataSource", NSObject::nsObjectClass());
+  static const auto* object =
+      new ZTClassOf<HVStyleTableDataSource>("HVStyleTableDataSource", NSObject::nsObjectClass());
   return *object;
 }
 
@@ -36,7 +37,8 @@ ZTSStyle* HVStyleTableDataSource::styleAtIndex(std::size_t index) const noexcept
 
 std::size_t HVStyleTableDataSource::numberOfRowsInTableView(const NSTableView*) { return mStyles.size(); }
 
-Ref<NSObject> HVStyleTableDataSource::tableViewObjectValueForTableColumnRow(const NSTableView*, const NSTableColumn& column,
+Ref<NSObject> HVStyleTableDataSource::tableViewObjectValueForTableColumnRow(const NSTableView*,
+                                                                            const NSTableColumn& column,
                                                                             std::size_t row) {
   const Ref<ZTSStyle> style(styleAtIndex(row));
   if (!style) return {};

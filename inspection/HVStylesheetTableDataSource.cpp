@@ -13,7 +13,8 @@ const ZTClass& HVStylesheetTableDataSource::classObject() const { return dataSou
 
 std::size_t HVStylesheetTableDataSource::numberOfRowsInTableView(const NSTableView*) { return 1; }
 
-Ref<NSObject> HVStylesheetTableDataSource::tableViewObjectValueForTableColumnRow(const NSTableView*, const NSTableColumn& column,
+Ref<NSObject> HVStylesheetTableDataSource::tableViewObjectValueForTableColumnRow(const NSTableView*,
+                                                                                 const NSTableColumn& column,
                                                                                  std::size_t) {
   const std::string_view identifier = column.identifier().view();
   if (identifier == "address") return NSString::make(format("%p", mStylesheet));

@@ -38,7 +38,8 @@ void ZTSStyle::validate() const {
       ZT_REPORT("validate", this, kSourceFile, "%@ -- Style is not the child of it's parent!", shortDescription());
     }
     if (mStylesheet == nullptr) {
-      ZT_REPORT("validate", this, kSourceFile, "%@ -- Parented style is not contained in a stylesheet!", shortDescription());
+      ZT_REPORT("validate", this, kSourceFile, "%@ -- Parented style is not contained in a stylesheet!",
+                shortDescription());
     }
     if (resolvedParent(*this) != parent) {
       ZT_REPORT("validate", this, kSourceFile, "%@ -- Style's parent is not reachable from style's stylesheet!",
@@ -51,7 +52,8 @@ void ZTSStyle::validate() const {
       ZT_REPORT("validate", this, kSourceFile, "%@ -- Anonymous style has children!", shortDescription());
     }
     if (mStylesheet == nullptr) {
-      ZT_REPORT("validate", this, kSourceFile, "%@ -- Parent style is not contained in a stylesheet!", shortDescription());
+      ZT_REPORT("validate", this, kSourceFile, "%@ -- Parent style is not contained in a stylesheet!",
+                shortDescription());
     }
   }
 
@@ -67,10 +69,12 @@ void ZTSStyle::validate() const {
       ZT_REPORT("validate", this, kSourceFile, "%@ -- Style is not the parent of it's child!", shortDescription());
     }
     if (child->stylesheet() == nullptr) {
-      ZT_REPORT("validate", this, kSourceFile, "%@ -- Child style is not contained in a stylesheet!", shortDescription());
+      ZT_REPORT("validate", this, kSourceFile, "%@ -- Child style is not contained in a stylesheet!",
+                shortDescription());
     }
     if (resolvedParent(*child) != this) {
-      ZT_REPORT("validate", this, kSourceFile, "%@ -- Style not reachable from child's stylesheet!", shortDescription());
+      ZT_REPORT("validate", this, kSourceFile, "%@ -- Style not reachable from child's stylesheet!",
+                shortDescription());
     }
   }
 

@@ -99,7 +99,9 @@ Ref<NSObject> ZTSStylesheet::copy() const {
   return copied;
 }
 
-bool ZTSStylesheet::comparesPlainly(const ZTSStyle& style) noexcept { return style.isPlain(ZTSStyleClass::plainComparing); }
+bool ZTSStylesheet::comparesPlainly(const ZTSStyle& style) noexcept {
+  return style.isPlain(ZTSStyleClass::plainComparing);
+}
 
 std::size_t ZTSStylesheet::shapeOf(const ZTSStyle& style) {
   std::size_t shape = reinterpret_cast<std::uintptr_t>(&style.classObject());
@@ -117,7 +119,8 @@ std::optional<std::size_t> ZTSStylesheet::shapeWithValuesOf(const ZTSStyle& styl
     // A style's own stable hash tells nothing, since its equality follows its state; no state changes here.
     const ZTSStyle* referenced = asStyle(entry.value.get());
     if (referenced != nullptr && !comparesPlainly(*referenced)) return {};
-    shape += combineHashes(entry.key.ordinal(), referenced != nullptr ? shapeOf(*referenced) : entry.value->stableHash());
+    shape +=
+        combineHashes(entry.key.ordinal(), referenced != nullptr ? shapeOf(*referenced) : entry.value->stableHash());
   }
   return shape;
 }
@@ -167,13 +170,13 @@ std::string ZTSStylesheet::description() const {
   std::string text = format("ZTSStylesheet: %#x\nIdentified Styles: %d\n", this, mIdentifiedStyles.count());
   for (const ZTSStyleDictionary::Entry& entry : mIdentifiedStyles) {
     const ZTSStyle& style = *entry.style;
-    text += format("\t%#x   %@    %@    id: %@    parent id:%@    usage:%d\n", &style, style.classObject().name(), style.name(),
-                   style.identifier(), style.parentIdentifier(), style.usageCount());
+    text += format("\t%#x   %@    %@    id: %@    parent id:%@    usage:%d\n", &style, style.classObject().name(),
+                   style.name(), style.identifier(), style.parentIdentifier(), style.usageCount());
   }
   text += format("Anonymous Styles: %d\n", mAnonymousStyles.count());
   for (const ZTSStyle* style : mAnonymousStyles) {
-    text += format("\t%#x   %@    %@    id: %@    parent id:%@    usage :%d\n", style, style->classObject().name(), style->name(),
-                   style->identifier(), style->parentIdentifier(), style->usageCount());
+    text += format("\t%#x   %@    %@    id: %@    parent id:%@    usage :%d\n", style, style->classObject().name(),
+                   style->name(), style->identifier(), style->parentIdentifier(), style->usageCount());
   }
   return text;
 }

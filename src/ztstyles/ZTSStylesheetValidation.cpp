@@ -70,7 +70,8 @@ class ZTSStylesheet::RegistryIndex {
       if (entry.style->isEqual(&style) && holding.keys++ == 0) holding.firstKey = entry.key;
     };
     const std::size_t shape = shapeOf(style);
-    for (std::uint32_t position = mByShape.first(shape); position != Buckets::kNone; position = mByShape.next(position)) {
+    for (std::uint32_t position = mByShape.first(shape); position != Buckets::kNone;
+         position = mByShape.next(position)) {
       if (mShapes[position] == shape) ask(position);
     }
     for (const std::uint32_t position : mSpecial) ask(position);
@@ -141,22 +142,27 @@ void ZTSStylesheet::validate() const {
     const RegistryIndex::Holding holding = registry.holdingOf(*style);
     if (!style->isIdentified()) {
       if (!mAnonymousStyles.containsObject(style)) {
-        ZT_REPORT("validate", this, kSourceFile, "%@ -- Anonymous style missing from mAnonymousStyles!", style->shortDescription());
+        ZT_REPORT("validate", this, kSourceFile, "%@ -- Anonymous style missing from mAnonymousStyles!",
+                  style->shortDescription());
       }
       if (holding.keys != 0) {
-        ZT_REPORT("validate", this, kSourceFile, "%@ -- Anonymous style in mIdentifiedStyles!", style->shortDescription());
+        ZT_REPORT("validate", this, kSourceFile, "%@ -- Anonymous style in mIdentifiedStyles!",
+                  style->shortDescription());
       }
     } else {
       if (holding.keys == 0) {
-        ZT_REPORT("validate", this, kSourceFile, "%@ -- Identified style missing from mIdentifiedStyles.", style->shortDescription());
+        ZT_REPORT("validate", this, kSourceFile, "%@ -- Identified style missing from mIdentifiedStyles.",
+                  style->shortDescription());
       } else if (holding.keys > 1) {
-        ZT_REPORT("validate", this, kSourceFile, "%@ -- Style in mIdentifiedStyles more than once!", style->shortDescription());
+        ZT_REPORT("validate", this, kSourceFile, "%@ -- Style in mIdentifiedStyles more than once!",
+                  style->shortDescription());
       } else if (!equalTexts(style->identifier(), holding.firstKey)) {
         ZT_REPORT("validate", this, kSourceFile, "%@ -- Style identifier differs from key \"%@\" in mIdentifiedStyles!",
                   style->shortDescription(), holding.firstKey);
       }
       if (mAnonymousStyles.containsObject(style)) {
-        ZT_REPORT("validate", this, kSourceFile, "%@ -- Identified style in mAnonymousStyles!", style->shortDescription());
+        ZT_REPORT("validate", this, kSourceFile, "%@ -- Identified style in mAnonymousStyles!",
+                  style->shortDescription());
       }
       registry.forEachNamesake(*style, [&](const ZTSStyle& other) {
         if (equalTexts(other.identifier(), style->identifier())) {
@@ -177,11 +183,12 @@ void ZTSStylesheet::validate() const {
   for (ZTSStyle* style : referenced) {
     if (all.containsObject(style)) continue;
     if (isDescendantOfStylesheet(style->stylesheet())) {
-      ZTULog_Fn(kZTULogNotice, kSourceFile, "%@ -- Referenced style is contained in ancestor stylesheet of referencing style!",
+      ZTULog_Fn(kZTULogNotice, kSourceFile,
+                "%@ -- Referenced style is contained in ancestor stylesheet of referencing style!",
                 style->shortDescription());
     } else if (!isReferencedByDoomedStyleAlone(*style)) {
-      ZT_REPORT("validate", this, kSourceFile, "%@ -- Referenced style not contained in stylesheet of referencing style!",
-                style->shortDescription());
+      ZT_REPORT("validate", this, kSourceFile,
+                "%@ -- Referenced style not contained in stylesheet of referencing style!", style->shortDescription());
     }
   }
 
