@@ -11,11 +11,11 @@
 
 #include <boost/container/small_vector.hpp>
 #include <boost/intrusive/list.hpp>
+#include <boost/unordered/unordered_flat_map.hpp>
 
 #include <map>
 #include <memory>
 #include <mutex>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -47,6 +47,23 @@ struct NSNotificationCenter::Registration final : Counted<Registration>, TargetH
 
 namespace {
 
+// Locks unless the process has one thread, which remains so while the guard lives: what it guards
+// runs no code of others.
+class Guard {
+ public:
+  explicit Guard(std::mutex& lock) : mLock(__libc_single_threaded ? nullptr : &lock) {
+    if (mLock != nullptr) mLock->lock();
+  }
+  ~Guard() {
+    if (mLock != nullptr) mLock->unlock();
+  }
+  Guard(const Guard&) = delete;
+  Guard& operator=(const Guard&) = delete;
+
+ private:
+  std::mutex* const mLock;
+};
+
 // For the lists, which know registrations by their hooks alone.
 template <class Registration>
 using TargetListOf =
@@ -69,8 +86,8 @@ struct NSNotificationCenter::Registry {
 
   std::mutex lock;
   std::map<std::string, NameRecord, std::less<>> names;  // nodes stay where they are
-  std::unordered_map<const NSObject*, TargetList> byObject;
-  std::unordered_map<const void*, OwnerList> byOwner;
+  boost::unordered_flat_map<const NSObject*, TargetList> byObject;
+  boost::unordered_flat_map<const void*, OwnerList> byOwner;
   std::uint64_t nextNumber = 0;
 
   static Registry& shared() {
@@ -117,7 +134,7 @@ struct NSNotificationCenter::Registry {
 
 NSNotificationName::NSNotificationName(std::string_view text) {
   NSNotificationCenter::Registry& registry = NSNotificationCenter::Registry::shared();
-  const std::lock_guard guard(registry.lock);
+  const Guard guard(registry.lock);
   auto found = registry.names.find(text);
   if (found == registry.names.end()) found = registry.names.try_emplace(std::string(text), text).first;
   mRecord = &found->second;
@@ -134,7 +151,7 @@ void NSNotificationCenter::addObserver(const void* owner, Callback callback, NSN
                                        const NSObject* object) {
   if (!callback)
     throw NSInvalidArgumentException("addObserver:selector:name:object: -- nothing to call for " + name.text());
-  const std::lock_guard guard(mRegistry->lock);
+  const Guard guard(mRegistry->lock);
   mRegistry->link(
       Ref<Registration>(new Registration(owner, std::move(callback), name.mRecord, object, mRegistry->nextNumber++)));
 }
@@ -142,7 +159,7 @@ void NSNotificationCenter::addObserver(const void* owner, Callback callback, NSN
 template <class Matches>
 void NSNotificationCenter::removeMatching(const void* owner, const Matches& matches) {
   Registry::Removed removed;  // released after the lock
-  const std::lock_guard guard(mRegistry->lock);
+  const Guard guard(mRegistry->lock);
   const auto found = mRegistry->byOwner.find(owner);
   if (found == mRegistry->byOwner.end()) return;
   Registry::OwnerList& owned = found->second;
@@ -176,7 +193,7 @@ void NSNotificationCenter::objectDies(const NSObject& object) noexcept {
   Registry& registry = Registry::shared();
   for (bool more = true; more;) {
     Ref<Registration> removed;  // released after the lock, one by one: nothing to allocate in a destructor
-    const std::lock_guard guard(registry.lock);
+    const Guard guard(registry.lock);
     const auto found = registry.byObject.find(&object);
     if (found == registry.byObject.end()) return;
     Registration& registration = found->second.front();
@@ -188,14 +205,12 @@ void NSNotificationCenter::objectDies(const NSObject& object) noexcept {
   }
 }
 
-void NSNotificationCenter::post(NSNotificationName name, NSObject* object, const Ref<NSDictionary>& userInfo) {
-  if (!anyoneListens(name, object)) return;
+void NSNotificationCenter::tell(NSNotificationName name, NSObject* object, Ref<NSDictionary> userInfo) {
   const NestingGuard nesting("postNotificationName:object:userInfo:");
   const Ref<NSObject> keptObject = retainIfAlive(object);
-  const Ref<NSDictionary> keptInfo = userInfo;
   boost::container::small_vector<Ref<Registration>, 16> told;
   {
-    const std::lock_guard guard(mRegistry->lock);
+    const Guard guard(mRegistry->lock);
     const auto& unfiltered = static_cast<NameRecord*>(name.mRecord)->registrations;
     auto any = unfiltered.begin();
     const auto tellAnyBefore = [&](std::uint64_t number) {
@@ -214,7 +229,7 @@ void NSNotificationCenter::post(NSNotificationName name, NSObject* object, const
     }
     tellAnyBefore(mRegistry->nextNumber);
   }
-  const NSNotification notification{name, object, keptInfo.get()};
+  const NSNotification notification{name, object, userInfo.get()};
   for (const Ref<Registration>& each : told) {
     if (each->isActive.load(std::memory_order_acquire)) each->callback(notification);
   }

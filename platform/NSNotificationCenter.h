@@ -7,6 +7,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace zt {
 
@@ -98,13 +99,15 @@ class ZT_EXPORT NSNotificationCenter {
 
   /// Tells the listeners of the name. Keeps `object` alive meanwhile, unless its destruction has
   /// begun already. Allocates nothing for up to 16 listeners.
-  void post(NSNotificationName name, NSObject* object, const Ref<NSDictionary>& userInfo = {});
+  void post(NSNotificationName name, NSObject* object, Ref<NSDictionary> userInfo = {}) {
+    if (anyoneListens(name, object)) tell(name, object, std::move(userInfo));
+  }
 
   /// The same with user information that is only made if somebody may hear it:
   /// `makeUserInfo()` answers a `Ref<NSDictionary>`.
   template <class MakeUserInfo>
   void postIfHeard(NSNotificationName name, NSObject* object, MakeUserInfo&& makeUserInfo) {
-    if (anyoneListens(name, object)) post(name, object, makeUserInfo());
+    if (anyoneListens(name, object)) tell(name, object, makeUserInfo());
   }
   /// @}
 
@@ -116,6 +119,8 @@ class ZT_EXPORT NSNotificationCenter {
   struct NameRecord;
 
   NSNotificationCenter();
+
+  void tell(NSNotificationName name, NSObject* object, Ref<NSDictionary> userInfo);
 
   /// Called by an object's destructor if it has listeners: a new object at the same address must
   /// not inherit them.

@@ -34,6 +34,7 @@ inline bool decrement(std::uint32_t& count) noexcept {
 /// Takes a reference unless the last one is gone already. For walks over sets that do not own
 /// their members: an object whose destruction has begun must not be revived.
 inline bool incrementUnlessZero(std::uint32_t& count) noexcept {
+  if (__libc_single_threaded) return count != 0 && ++count != 0;
   std::uint32_t seen = __atomic_load_n(&count, __ATOMIC_RELAXED);
   while (seen != 0) {
     if (__atomic_compare_exchange_n(&count, &seen, seen + 1, true, __ATOMIC_ACQ_REL, __ATOMIC_RELAXED)) return true;
