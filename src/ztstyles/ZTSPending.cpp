@@ -4,7 +4,10 @@
 #include <platform/NSException.h>
 #include <ztstyles/ZTSAggregateStyle.h>
 #include <ztstyles/ZTSStyleChangeInfo.h>
+#include <ztstyles/ZTSReferenceGroups.h>
 #include <ztstyles/ZTSStylesheet.h>
+#include <ztstyles/ZTSUnusedStyles.h>
+#include <ztstyles/ZTSVariationIndex.h>
 
 namespace zt {
 
@@ -92,6 +95,18 @@ void ZTSStylesheet::enableUnusedStyleCleanup() { ZT_PENDING; }
 void ZTSStylesheet::disableUnusedStyleCleanup() { ZT_PENDING; }
 void ZTSStylesheet::cleanupUnusedStyles() { ZT_PENDING; }
 
+// ---- vary: ZTSVariationIndex.cpp, ZTSUnusedStyles.cpp
+void ZTSStyle::matchingChanged() {}
+void ZTSVariationIndexes::childWasAdded(ZTSStyle&, ZTSStyle&) {}
+void ZTSVariationIndexes::dropIndexOf(ZTSStyle&) noexcept {}
+bool ZTSVariationIndexes::check(const ZTSStylesheet&) const { return true; }
+void ZTSUnusedStyles::useChanged(ZTSStyle&) {}
+void ZTSUnusedStyles::styleEntered(ZTSStyle&) {}
+void ZTSUnusedStyles::styleLeft(ZTSStyle&) noexcept {}
+bool ZTSUnusedStyles::check(const ZTSStylesheet&) const { return true; }
+
+// ---- refs: ZTSReferenceGroups.cpp
+void freeReferenceGroups(std::vector<Ref<ZTSStyle>>&&) {}
 // ---- refs: ZTSAggregateStyle*.cpp
 const ZTSStyleClass& ZTSAggregateStyle::styleClass() { return ZTSStyle::styleClass(); }
 const ZTSStyleClass& ZTSAggregateStyle::classObject() const { return styleClass(); }

@@ -391,6 +391,8 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// What a search for a variation compares has changed: own entries, lock, identifier, stylesheet.
   void matchingChanged();
   void storeStylesheet(ZTSStylesheet* stylesheet);
+  /// A style that names a parent and has none is to be tried at the next retry.
+  void fileAsUntried();
   /// Whether a change that comes from the parent ends here unseen: a plain, unlocked style without children
   /// and observers about which nobody listens. Then no record is made and the style is not called.
   [[nodiscard]] bool isQuietLeaf() const;

@@ -308,6 +308,16 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   class Copying;
   class RegistryIndex;
 
+  // Steps of adding and removing, see ZTSStylesheetRegistry.cpp.
+  bool mayAdd(const ZTSStyle& style);
+  Ref<ZTSStyle> hold(const Ref<ZTSStyle>& style);
+  void release(const ZTSStyle& style) noexcept;
+  void resolveParentsAfterAdding(ZTSStyle& style, ZTSStyle* displaced);
+  /// The identifier was not findable here and is now: whoever found it above, or missed it, looks again.
+  void resolveParentsAfterIdentifying(const StringRef& identifier);
+  void sortByRegistry(std::vector<Ref<ZTSStyle>>& styles) const;
+  ZTSOrphanIndex& orphans();
+
   enum class Tracker : std::uint8_t { none, host, document };
 
   Ref<ZTSStylesheet> mParent;
@@ -323,6 +333,7 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
 
   // Indexes beside the data; each class says in its header what it must always equal.
   std::unique_ptr<ZTSOrphanIndex> mOrphans;
+  const StringRef* mRetriedIdentifier = nullptr;  // during a retry: the one identifier that became findable
   std::unique_ptr<ZTSVariationIndexes> mVariations;
   std::unique_ptr<ZTSUnusedStyles> mUnused;  // while cleanup is enabled
 };

@@ -1,0 +1,325 @@
+// Identity, links and the private setters.
+
+#include <platform/NSException.h>
+#include <platform/NSUndoManager.h>
+#include <support/ZTUAssertionHandler.h>
+#include <support/ZTULog.h>
+#include <ztstyles/ZTSOrphanIndex.h>
+#include <ztstyles/ZTSStyleChangeInfo.h>
+#include <ztstyles/ZTSStyleClassOf.h>
+#include <ztstyles/ZTSStylesheet.h>
+#include <ztstyles/ZTSUnusedStyles.h>
+#include <ztstyles/ZTSVariationIndex.h>
+
+#include <atomic>
+
+namespace zt {
+
+const NSNotificationName ZTSStylePropertiesChangedNotification("ZTSStylePropertiesChangedNotification");
+const NSNotificationName ZTSStyleNameChangedNotification("ZTSStyleNameChangedNotification");
+
+namespace {
+
+constexpr const char* kSourceFile = "src/ztstyles/ZTSStyle";
+
+// The styles of the process whose parent was refused. While it is 0, which is as good as always, no link
+// change looks for one that could be tried again.
+std::atomic<std::size_t> sRefusedStyles = 0;
+
+/// The style above which the walk over parents ends.
+ZTSStyle* rootOf(ZTSStyle* style) {
+  while (style != nullptr && style->parent() != nullptr) style = style->parent();
+  return style;
+}
+
+bool descendsFrom(const ZTSStyle* style, const ZTSStyle& ancestor) {
+  while (style != nullptr && style != &ancestor) style = style->parent();
+  return style != nullptr;
+}
+
+/// The undo manager if it takes registrations now.
+NSUndoManager* registeringUndoManager(const ZTSStyle& style) {
+  NSUndoManager* undoManager = style.undoManager();
+  return undoManager != nullptr && undoManager->isUndoRegistrationEnabled() ? undoManager : nullptr;
+}
+
+}  // namespace
+
+ZTSStyle* asStyle(NSObject* object) noexcept {
+  return object == nullptr || object->isPlainValue() ? nullptr : dynamic_cast<ZTSStyle*>(object);
+}
+
+const ZTSStyleClass& ZTSStyle::styleClass() {
+  static const auto* object = new ZTSStyleClassOf<ZTSStyle>("ZTSStyle", nsObjectClass());
+  return *object;
+}
+
+const ZTSStyleClass& ZTSStyle::classObject() const { return styleClass(); }
+
+ZTSStyle::ZTSStyle() = default;
+
+ZTSStyle::~ZTSStyle() {
+  intrusive_ptr_add_ref(this);  // whoever is handed this style by what follows must not end it again
+  storeStylesheet(nullptr);
+  if (hasState(kRefused)) --sRefusedStyles;
+  if (mParent) {
+    try {
+      mParent->p_removeChild(*this);
+    } catch (...) {
+      // The parent's own counting failed; the children are right, and a destructor cannot say more.
+    }
+  }
+}
+
+bool ZTSStyle::initWithName(const ZTSStyleFields& fields) {
+  if (fields.overridePropertyMap != nullptr && !classObject().areValidProperties(*fields.overridePropertyMap->keySet())) {
+    constexpr const char* operation = "initWithName:identifier:parentIdentifier:overridePropertyMap:isLocked:";
+    ZT_REPORT(operation, this, kSourceFile, "%@ Attempt to initialize a style with an override of an unsupported property.",
+              operation);
+    return false;
+  }
+  mName = fields.name;
+  mIdentifier = fields.identifier;
+  mParentIdentifier = fields.parentIdentifier;
+  setState(kLocked, fields.isLocked);
+  if (fields.overridePropertyMap != nullptr && !fields.overridePropertyMap->isEmpty()) {
+    p_setPropertyMap(fields.overridePropertyMap->copy());
+  }
+  return true;
+}
+
+// ---- Identity
+
+void ZTSStyle::setName(StringRef name) {
+  if (name == mName) return;
+  const Ref<ZTSStyle> self(this);
+  if (NSUndoManager* undo = registeringUndoManager(*this)) {
+    undo->registerUndo("setName:", self, [before = mName](ZTSStyle& style) { style.setName(before); });
+  }
+  p_setName(std::move(name));
+  NSNotificationCenter::defaultCenter().postIfHeard(ZTSStyleNameChangedNotification, this, [] { return Ref<NSDictionary>(); });
+}
+
+void ZTSStyle::setIdentifier(StringRef identifier) {
+  if (identifier == mIdentifier) return;
+  if (mStylesheet != nullptr) {
+    ZT_REPORT("setIdentifier:", this, kSourceFile, "Attempt to set identifier of style <%p> which has a non-nil stylesheet.",
+              address(this));
+    return;
+  }
+  if (NSUndoManager* undo = registeringUndoManager(*this)) {
+    undo->registerUndo("setIdentifier:", Ref<ZTSStyle>(this),
+                       [before = mIdentifier](ZTSStyle& style) { style.setIdentifier(before); });
+  }
+  p_setIdentifier(std::move(identifier));
+}
+
+void ZTSStyle::setParentIdentifier(StringRef parentIdentifier) {
+  if (parentIdentifier == mParentIdentifier) return;
+  const Ref<ZTSStyle> self(this);
+  if (NSUndoManager* undo = registeringUndoManager(*this)) {
+    undo->registerUndo("setParentIdentifier:", self,
+                       [before = mParentIdentifier](ZTSStyle& style) { style.setParentIdentifier(before); });
+  }
+  p_setParentIdentifier(std::move(parentIdentifier));
+  if (mParent && equalTexts(mParent->identifier(), mParentIdentifier)) return;
+  updateParent();
+}
+
+void ZTSStyle::setIsLocked(bool locked) {
+  if (locked == isLocked()) return;
+  if (NSUndoManager* undo = registeringUndoManager(*this)) {
+    undo->registerUndo("setIsLocked:", Ref<ZTSStyle>(this),
+                       [before = isLocked()](ZTSStyle& style) { style.setIsLocked(before); });
+  }
+  p_setIsLocked(locked);
+}
+
+// ---- Links
+
+void ZTSStyle::setStylesheet(ZTSStylesheet* stylesheet) {
+  if (stylesheet == mStylesheet) return;
+  const Ref<ZTSStyle> self(this);
+  storeStylesheet(stylesheet);
+  // A class that resolves parents in its own way may never come to p_updateParent, which files orphans.
+  if (!isPlain(ZTSStyleClass::plainResolving)) fileAsUntried();
+  updateParent();
+}
+
+void ZTSStyle::cleanup() { storeStylesheet(nullptr); }
+
+void ZTSStyle::updateParent() {
+  const Ref<ZTSStyle> self(this);
+  const Ref<ZTSStyle> oldParent = mParent;
+  if (!p_updateParent()) return;
+  if (!isPlain(ZTSStyleClass::plainTelling) ||
+      (mStylesheet != nullptr && mStylesheet->isChangeCommunicationEnabled() && !isQuietLeaf())) {
+    const Ref<PropertyMap> oldValues = oldParent ? oldParent->propertyMap() : Ref<PropertyMap>();
+    stylePropertiesChanged(
+        *ZTSStyleChangeInfo::withStyleChangedProperties(mParent.get(), inspectableProperties(), oldValues.get()));
+  }
+  // A style whose parent was refused stands at the top of the chain that its parent would have closed.
+  // This style has left a chain: if the refused one was at its top, the loop is gone.
+  if (sRefusedStyles.load(std::memory_order_relaxed) == 0) return;
+  if (const Ref<ZTSStyle> refused(rootOf(oldParent.get())); refused && refused != self && refused->hasState(kRefused)) {
+    refused->updateParent();
+  }
+}
+
+ZTSStylesheet* ZTSStyle::p_reachStylesheet() const noexcept {
+  // A style that shares its identifier with its parent specialises the style of that identifier above.
+  if (mStylesheet != nullptr && equalTexts(mIdentifier, mParentIdentifier)) return mStylesheet->parent();
+  return mStylesheet;
+}
+
+bool ZTSStyle::p_updateParent() {
+  const ZTSStylesheet* reach = p_reachStylesheet();
+  Ref<ZTSStyle> found(reach != nullptr ? reach->cascadedStyleWithIdentifier(mParentIdentifier) : nullptr);
+  if (found == mParent && found) return false;
+  if (found == this) {
+    fileAsUntried();
+    ZT_RAISE("p_updateParent", this, kSourceFile, "-[ZTSStyle (%p) setParent:] tried to set ourself as our parent.", address(this));
+  }
+  bool isRefused = false;
+  // Only a style that has children can close a loop.
+  if (found && !mChildren.isEmpty() && descendsFrom(found.get(), *this)) {
+    ZTULog_Fn(kZTULogFailure, kSourceFile, "Style <%p> with identifier '%@' cannot inherit from style <%p> with identifier '%@', which inherits from it.",
+              address(this), mIdentifier, address(found.get()), found->identifier());
+    found.reset();
+    isRefused = true;
+  }
+  if (isRefused != hasState(kRefused)) {
+    setState(kRefused, isRefused);
+    sRefusedStyles += isRefused ? 1 : static_cast<std::size_t>(-1);
+  }
+  const Ref<ZTSStyle> old = mParent;
+  if (old) {
+    try {
+      old->p_removeChild(*this);
+    } catch (...) {
+      mParent.reset();  // as the old parent's children say
+      fileAsUntried();
+      throw;
+    }
+  }
+  mParent = found;
+  if (mStylesheet != nullptr && mParentIdentifier) {
+    if (!found) {
+      mStylesheet->orphans().file(*this);
+    } else if (hasState(kFiledAsOrphan | kUntried)) {
+      mStylesheet->orphans().unfile(*this);
+    }
+  }
+  if (found) found->p_addChild(*this);
+  return old != found;
+}
+
+void ZTSStyle::p_addChild(ZTSStyle& child) {
+  if (&child == this) {
+    ZT_RAISE("p_addChild:", this, kSourceFile, "-[%@ %@] -- attempted to add self (%p) as own child.", classObject().name(),
+             "p_addChild:", address(this));
+  }
+  if (!mChildren.addObject(&child)) return;
+  if (hasState(kHasVariationIndex)) ZTSVariationIndexes::childWasAdded(*this, child);
+  if (child.usageCount() != 0) incrementUsageCount();
+  if (child.orphanCount() != 0) incrementOrphanCount();
+}
+
+void ZTSStyle::p_removeChild(ZTSStyle& child) {
+  if (!mChildren.removeObject(&child)) return;
+  if (child.usageCount() != 0) decrementUsageCount();
+  if (child.orphanCount() != 0) decrementOrphanCount();
+}
+
+// ---- Document
+
+NSDocument* ZTSStyle::document() const { return mStylesheet != nullptr ? mStylesheet->document() : nullptr; }
+
+NSUndoManager* ZTSStyle::undoManager() const { return mStylesheet != nullptr ? mStylesheet->undoManager() : nullptr; }
+
+void ZTSStyle::willBeAddedToDocument(NSDocument*, NSObject*) {}
+void ZTSStyle::wasAddedToDocument(NSDocument*, NSObject*) {}
+void ZTSStyle::willBeRemovedFromDocument(NSDocument*) {}
+void ZTSStyle::wasRemovedFromDocument(NSDocument*) {}
+
+// ---- Private setters
+
+void ZTSStyle::p_setIdentifier(StringRef identifier) {
+  mIdentifier = std::move(identifier);
+  matchingChanged();
+}
+
+void ZTSStyle::p_setParentIdentifier(StringRef parentIdentifier) {
+  if (hasState(kFiledAsOrphan | kUntried)) mStylesheet->orphans().unfile(*this);
+  mParentIdentifier = std::move(parentIdentifier);
+  fileAsUntried();
+  matchingChanged();
+}
+
+void ZTSStyle::p_setParent(Ref<ZTSStyle> parent) {
+  if (hasState(kFiledAsOrphan | kUntried)) mStylesheet->orphans().unfile(*this);
+  mParent = std::move(parent);
+  fileAsUntried();
+}
+
+void ZTSStyle::p_setIsLocked(bool isLocked) {
+  setState(kLocked, isLocked);
+  matchingChanged();
+}
+
+void ZTSStyle::p_setPropertyMap(Ref<PropertyMap> map) {
+  mLocalPropertyMap.swap(map);
+  mKeyMask = mLocalPropertyMap ? mLocalPropertyMap->keyMask() : 0;
+  matchingChanged();
+}
+
+PropertyMap& ZTSStyle::ensureLocalPropertyMap() {
+  if (!mLocalPropertyMap) mLocalPropertyMap = PropertyMap::make(3);
+  return *mLocalPropertyMap;
+}
+
+void ZTSStyle::p_setValueForProperty(Ref<NSObject> value, PropertyKey key) {
+  ensureLocalPropertyMap().set(key, std::move(value));
+  mKeyMask |= key.bit();
+  matchingChanged();
+}
+
+void ZTSStyle::p_removeValueForProperty(PropertyKey key) {
+  if (!mLocalPropertyMap) return;
+  const Ref<NSObject> removed = mLocalPropertyMap->remove(key);
+  if (!removed) return;
+  mKeyMask = mLocalPropertyMap->keyMask();
+  matchingChanged();
+}
+
+void ZTSStyle::p_setStylesheet(ZTSStylesheet* stylesheet) {
+  if (stylesheet == mStylesheet) return;
+  storeStylesheet(stylesheet);
+  fileAsUntried();
+}
+
+void ZTSStyle::p_setUsageCount(std::uint32_t count) {
+  const bool wasUnused = mUsageCount == 0;
+  mUsageCount = count;
+  if (wasUnused != (count == 0) && mStylesheet != nullptr && mStylesheet->mUnused) {
+    mStylesheet->mUnused->useChanged(*this);
+  }
+}
+
+/// The link and every index that goes with it.
+void ZTSStyle::storeStylesheet(ZTSStylesheet* stylesheet) {
+  if (mStylesheet != nullptr) {
+    if (hasState(kFiledAsOrphan | kUntried)) mStylesheet->orphans().unfile(*this);
+    if (hasState(kHasVariationIndex)) ZTSVariationIndexes::dropIndexOf(*this);
+    if (mStylesheet->mUnused) mStylesheet->mUnused->styleLeft(*this);
+  }
+  mStylesheet = stylesheet;
+  if (mStylesheet != nullptr && mStylesheet->mUnused) mStylesheet->mUnused->styleEntered(*this);
+  matchingChanged();
+}
+
+void ZTSStyle::fileAsUntried() {
+  if (mStylesheet != nullptr && !mParent && mParentIdentifier) mStylesheet->orphans().fileUntried(*this);
+}
+
+}  // namespace zt

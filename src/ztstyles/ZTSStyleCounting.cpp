@@ -1,0 +1,88 @@
+// Usage and orphan counts. Only the steps between 0 and 1 reach the parent, so that the chain above is walked
+// in a loop as long as the classes leave the counting alone.
+
+#include <platform/NSException.h>
+#include <platform/ZTNesting.h>
+#include <support/ZTUAssertionHandler.h>
+#include <ztstyles/ZTSStyle.h>
+
+#include <limits>
+
+namespace zt {
+
+namespace {
+
+constexpr const char* kSourceFile = "src/ztstyles/ZTSStyle";
+constexpr std::uint32_t kLargestCount = std::numeric_limits<std::uint32_t>::max();
+
+}  // namespace
+
+void ZTSStyle::incrementUsageCount() {
+  for (Ref<ZTSStyle> style(this);;) {
+    if (style->mUsageCount == kLargestCount) {
+      ZT_REPORT("incrementUsageCount", style.get(), kSourceFile, "Attempt to increment the usage count of style <%p> beyond its range.",
+                address(style.get()));
+      return;
+    }
+    style->p_setUsageCount(style->mUsageCount + 1);
+    if (style->mUsageCount != 1) return;
+    style = style->mParent;
+    if (!style) return;
+    if (!style->isPlain(ZTSStyleClass::plainCounting)) {
+      NestingGuard guard("incrementUsageCount", Nesting::counting);
+      return style->incrementUsageCount();
+    }
+  }
+}
+
+void ZTSStyle::decrementUsageCount() {
+  for (Ref<ZTSStyle> style(this);;) {
+    if (style->mUsageCount == 0) {
+      ZT_REPORT("decrementUsageCount", style.get(), kSourceFile, "Attempt to decrement the usage count of style <%p> whose usage count is 0.",
+                address(style.get()));
+      return;
+    }
+    style->p_setUsageCount(style->mUsageCount - 1);
+    if (style->mUsageCount != 0) return;
+    style = style->mParent;
+    if (!style) return;
+    if (!style->isPlain(ZTSStyleClass::plainCounting)) {
+      NestingGuard guard("decrementUsageCount", Nesting::counting);
+      return style->decrementUsageCount();
+    }
+  }
+}
+
+void ZTSStyle::incrementOrphanCount() {
+  for (Ref<ZTSStyle> style(this);;) {
+    if (style->mOrphanCount == kLargestCount) {
+      ZT_REPORT("incrementOrphanCount", style.get(), kSourceFile, "Attempt to increment the orphan count of style <%p> beyond its range.",
+                address(style.get()));
+      return;
+    }
+    if (++style->mOrphanCount != 1) return;
+    style = style->mParent;
+    if (!style) return;
+    if (!style->isPlain(ZTSStyleClass::plainCounting)) {
+      NestingGuard guard("incrementOrphanCount", Nesting::counting);
+      return style->incrementOrphanCount();
+    }
+  }
+}
+
+void ZTSStyle::decrementOrphanCount() {
+  for (Ref<ZTSStyle> style(this);;) {
+    if (style->mOrphanCount == 0) {
+      throw NSInternalInconsistencyException("Attempt to decrement the orphan count of a style whose orphan count is 0.");
+    }
+    if (--style->mOrphanCount != 0) return;
+    style = style->mParent;
+    if (!style) return;
+    if (!style->isPlain(ZTSStyleClass::plainCounting)) {
+      NestingGuard guard("decrementOrphanCount", Nesting::counting);
+      return style->decrementOrphanCount();
+    }
+  }
+}
+
+}  // namespace zt

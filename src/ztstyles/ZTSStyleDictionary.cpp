@@ -1,0 +1,18 @@
+#include <ztstyles/ZTSStyleDictionary.h>
+
+namespace zt {
+
+Ref<ZTSStyle> ZTSStyleDictionary::set(StringRef identifier, Ref<ZTSStyle> style) {
+  auto [entry, isNew] = mTable.insert(Entry{std::move(identifier), style});
+  if (isNew) return {};
+  entry->style.swap(style);
+  return style;
+}
+
+ZTSStyleDictionary::Table::Slot ZTSStyleDictionary::slotOf(const ZTSStyle& style) const noexcept {
+  if (!style.isIdentified()) return Table::kNoSlot;
+  const Table::Slot slot = mTable.slotOf(style.identifier());
+  return slot != Table::kNoSlot && mTable.atSlot(slot)->style.get() == &style ? slot : Table::kNoSlot;
+}
+
+}  // namespace zt

@@ -1,0 +1,7 @@
+#pragma once
+
+namespace zt {
+
+class ZTSAnonymousStyleOrderingMap {};
+
+}  // namespace zt
