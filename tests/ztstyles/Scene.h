@@ -1,0 +1,169 @@
+#pragma once
+
+#include <platform/NSColor.h>
+#include <platform/NSNull.h>
+#include <platform/NSNumber.h>
+#include <platform/NSString.h>
+#include <platform/NSUndoManager.h>
+#include <support/ZTUAssertionHandler.h>
+#include <support/ZTULog.h>
+#include <ztstyles/ZTSStyleClassOf.h>
+#include <ztstyles/ZTSStylesheet.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <string>
+#include <vector>
+
+/// The scene that the tests of the style model play in: style classes with a small registry, a host with a
+/// document and an undo manager, a stylesheet, and a log of what was called.
+namespace zt::testing {
+
+inline const PropertyKey size{"size"};
+inline const PropertyKey weight{"weight"};
+inline const PropertyKey colour{"colour"};
+inline const PropertyKey list{"list"};    // an aggregate's referenced style
+inline const PropertyKey label{"label"};  // another one
+
+/// `3`, `2.5`, `true`, `"text"` and styles as property values.
+struct Value {
+  Value(int integer) : object(NSNumber::withInteger(integer)) {}
+  Value(double real) : object(NSNumber::withReal(real)) {}
+  Value(bool boolean) : object(NSNumber::withBool(boolean)) {}
+  Value(const char* text) : object(NSString::make(text)) {}
+  Value(ZTSStyle& style) : object(&style) {}
+  Value(NSNull* null) : object(null) {}
+  Value(Ref<NSObject> any) : object(std::move(any)) {}
+  operator Ref<NSObject>() const { return object; }
+  Ref<NSObject> object;
+};
+
+inline Ref<PropertyMap> mapOf(std::initializer_list<std::pair<PropertyKey, Value>> entries) {
+  Ref<PropertyMap> map = PropertyMap::make(entries.size());
+  for (const auto& [key, value] : entries) map->set(key, value.object);
+  return map;
+}
+
+/// Accepts every value but negative numbers.
+inline bool acceptsValue(const NSObject* value) {
+  const NSNumber* number = NSNumber::from(value);
+  return number == nullptr || number->isBool() || number->realValue() >= 0;
+}
+
+class TestStyle : public ZTSStyle {
+ public:
+  static const ZTSStyleClass& styleClass();
+  const ZTSStyleClass& classObject() const override { return styleClass(); }
+  bool validateValueForProperty(NSObject* value, PropertyKey) const override { return acceptsValue(value); }
+};
+
+class TestAggregate : public ZTSAggregateStyle {
+ public:
+  static const ZTSStyleClass& styleClass();
+  const ZTSStyleClass& classObject() const override { return styleClass(); }
+  bool validateValueForProperty(NSObject* value, PropertyKey) const override { return acceptsValue(value); }
+  const std::vector<PropertyKey>& referencedStyleProperties() const override {
+    static const std::vector<PropertyKey> keys{list, label};
+    return keys;
+  }
+};
+
+/// The class object of a test's own style class, with the scene's registry.
+template <class T>
+class TestClassOf : public ZTSStyleClassOf<T> {
+ public:
+  using ZTSStyleClassOf<T>::ZTSStyleClassOf;
+  const PropertySet& properties() const override {
+    static const Ref<PropertySet> keys = PropertySet::with({size, weight, colour, list, label});
+    return *keys;
+  }
+};
+
+inline const ZTSStyleClass& TestStyle::styleClass() {
+  static const auto* object = new TestClassOf<TestStyle>("TestStyle", ZTSStyle::styleClass());
+  return *object;
+}
+inline const ZTSStyleClass& TestAggregate::styleClass() {
+  static const auto* object = new TestClassOf<TestAggregate>("TestAggregate", ZTSAggregateStyle::styleClass());
+  return *object;
+}
+
+using Log = std::vector<std::string>;
+
+class TestDocument : public NSDocument {};
+
+class TestHost : public ZTSStylesheetHost {
+ public:
+  NSUndoManager* undoManager() const override { return undo.get(); }
+  NSDocument* document() const override { return hasDocument ? theDocument.get() : nullptr; }
+  bool willRemoveUnusedStyle(ZTSStyle& style) override { return removesUnused && !(keepsIdentified && style.isIdentified()); }
+  void didRemoveUnusedStyles() override { ++cleanups; }
+
+  Ref<NSUndoManager> undo = make<NSUndoManager>();
+  Ref<TestDocument> theDocument = make<TestDocument>();
+  bool hasDocument = true;
+  bool removesUnused = true;
+  bool keepsIdentified = false;
+  int cleanups = 0;
+};
+
+/// Notes which styles of a stylesheet and its ancestors come and go.
+class SheetRecorder : public ZTSStylesheetObserver {
+ public:
+  explicit SheetRecorder(Log& log, std::string name = "observer") : mLog(log), mName(std::move(name)) {}
+  void addedStyleToStylesheet(ZTSStyle& style, ZTSStylesheet&) override { mLog.push_back(mName + " added " + style.identifier().text()); }
+  void removedStyleFromStylesheet(ZTSStyle& style, ZTSStylesheet&) override { mLog.push_back(mName + " removed " + style.identifier().text()); }
+  void changedParentOfStylesheet(ZTSStylesheet&) override { mLog.push_back(mName + " parent"); }
+
+ private:
+  Log& mLog;
+  std::string mName;
+};
+
+/// One document: `scene.style("h1", "body", {{size, 18}})`. Styles stay alive with the scene.
+class Scene {
+ public:
+  explicit Scene(ZTSStylesheet* parent = nullptr) {
+    if (parent != nullptr) sheet->setParent(Ref<ZTSStylesheet>(parent));
+    host.undo->removeAllActions();
+  }
+
+  /// A new style in the stylesheet; `identifier` and `parent` absent for none.
+  template <class T = TestStyle>
+  T& style(StringRef identifier, StringRef parent = {}, std::initializer_list<std::pair<PropertyKey, Value>> values = {},
+           bool locked = false) {
+    T& made = detached<T>(std::move(identifier), std::move(parent), values, locked);
+    host.undo->disableUndoRegistration();
+    sheet->addStyle(Ref<ZTSStyle>(&made));
+    host.undo->enableUndoRegistration();
+    return made;
+  }
+  template <class T = TestStyle>
+  T& detached(StringRef identifier = {}, StringRef parent = {}, std::initializer_list<std::pair<PropertyKey, Value>> values = {},
+              bool locked = false) {
+    const Ref<PropertyMap> map = mapOf(values);
+    Ref<T> made = make<T>({.identifier = std::move(identifier), .parentIdentifier = std::move(parent), .overridePropertyMap = map.get(), .isLocked = locked});
+    mKept.push_back(made);
+    return *made;
+  }
+  void undo() { host.undo->undo(); }
+  void redo() { host.undo->redo(); }
+
+  TestHost host;
+  Ref<ZTSStylesheet> sheet = ZTSStylesheet::withHost(&host);
+  Log log;
+
+ private:
+  std::deque<Ref<ZTSStyle>> mKept;
+};
+
+/// The effective value of a key as an integer; -1 for none.
+inline int valueOf(const ZTSStyle& style, PropertyKey key) {
+  const Ref<NSObject> value = style.valueForProperty(key);
+  const NSNumber* number = NSNumber::from(value.get());
+  return number != nullptr ? static_cast<int>(number->integerValue()) : -1;
+}
+
+}  // namespace zt::testing
