@@ -65,7 +65,7 @@ void NSUndoManager::refuseTarget(const char* keyword) {
 void NSUndoManager::didRegister() {
   const Ref<NSUndoManager> keptSelf = retainIfAlive(this);
   if (mGroupingLevel == 0) mUndo.closeGroup();
-  if (!isUndoingOrRedoing()) mRedo.clear();
+  mRedo.clear();  // not while undoing or redoing: nobody calls then
   if (mGroupingLevel == 0) keepBudgets(mUndo);
 }
 
