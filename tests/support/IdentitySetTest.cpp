@@ -1,0 +1,164 @@
+// Identity sets and dictionaries: identity as the test, insertion order, snapshots, and a model for comparison.
+
+#include <platform/NSNumber.h>
+#include <support/ZTUCountedPointerSet.h>
+#include <support/ZTUMutablePointerSet.h>
+#include <support/ZTUMutableRetainedPointerSet.h>
+#include <support/ZTUPair.h>
+#include <support/ZTUPointerKeyDictionary.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+
+namespace zt {
+namespace {
+
+std::vector<Ref<NSNumber>> numbers(int count) {
+  std::vector<Ref<NSNumber>> all;
+  for (int number = 0; number < count; ++number) all.push_back(NSNumber::withInteger(number));
+  return all;
+}
+
+TEST(IdentitySetTest, TellsEqualObjectsApartAndHoldsOnlyIfItSaysSo) {
+  const Ref<NSNumber> one = NSNumber::withInteger(1);
+  Ref<NSNumber> equal = NSNumber::withInteger(1);
+  ZTUMutablePointerSet<NSObject> set;
+  EXPECT_TRUE(set.addObject(one.get()));
+  EXPECT_FALSE(set.addObject(one.get()));
+  set.addObject(equal.get());
+  set.addObject(nullptr);
+  EXPECT_EQ(set.count(), 2u);
+  EXPECT_EQ(equal->referenceCount(), 1u);
+  set.removeObject(one.get());
+  EXPECT_TRUE(set.containsObject(equal.get()));
+  EXPECT_EQ(set.anyObject(), equal.get());
+
+  ZTUMutableRetainedPointerSet<NSObject> holding;
+  holding.addObject(equal.get());
+  EXPECT_EQ(equal->referenceCount(), 2u);
+  EXPECT_EQ(sizeof set, 8u);
+}
+
+TEST(IdentitySetTest, AgreesWithASlowModelInContentsAndOrder) {
+  std::mt19937 random(7);
+  const auto pool = numbers(400);
+  ZTUMutablePointerSet<NSNumber> set;
+  std::vector<NSNumber*> model;
+  for (int step = 0; step < 60'000; ++step) {
+    // The set swells and shrinks, so that it passes the walked sizes, grows and compacts.
+    const std::size_t span = step / 10'000 % 2 == 0 ? 400 : 12;
+    NSNumber* number = pool[random() % span].get();
+    const auto found = std::find(model.begin(), model.end(), number);
+    EXPECT_EQ(set.containsObject(number), found != model.end());
+    if (random() % 2 == 0) {
+      EXPECT_EQ(set.addObject(number), found == model.end());
+      if (found == model.end()) model.push_back(number);
+    } else {
+      EXPECT_EQ(set.removeObject(number), found != model.end());
+      if (found != model.end()) model.erase(found);
+    }
+    ASSERT_EQ(set.count(), model.size());
+    if (step % 101 == 0) {
+      ASSERT_EQ(set.allObjects(), model);
+    }
+  }
+}
+
+TEST(IdentitySetTest, DoesSetAlgebraByIdentity) {
+  const auto n = numbers(6);
+  const auto setOf = [&](std::initializer_list<int> places) {
+    ZTUMutablePointerSet<NSNumber> set;
+    for (int place : places) set.addObject(n[static_cast<std::size_t>(place)].get());
+    return set;
+  };
+  auto set = setOf({0, 1, 2, 3});
+  const auto snapshot = ZTUMutablePointerSet<NSNumber>::setWithSet(set);
+  set.minusSet(setOf({1}));
+  set.intersectSet(setOf({0, 2, 5}));
+  set.unionSet(setOf({4, 0}));
+  EXPECT_EQ(set.allObjects(), setOf({0, 2, 4}).allObjects());
+  EXPECT_EQ(snapshot.count(), 4u);
+  EXPECT_TRUE(setOf({2, 0}).isSubsetOfSet(set));
+  EXPECT_TRUE(setOf({4, 2, 0}).isEqualToSet(set));
+  EXPECT_FALSE(setOf({4, 2}).isEqualToSet(set));
+  set.setSet(set);
+  EXPECT_EQ(set.count(), 3u);
+  set.setSet(setOf({5}));
+  EXPECT_EQ(set.allObjects(), setOf({5}).allObjects());
+}
+
+TEST(IdentitySetTest, ComparesContentsByEqualityInBothDirections) {
+  const auto a = numbers(3);
+  const auto b = numbers(3);
+  ZTUMutablePointerSet<NSNumber> left;
+  ZTUMutablePointerSet<NSNumber> right;
+  for (const auto& number : a) left.addObject(number.get());
+  for (auto number = b.rbegin(); number != b.rend(); ++number) right.addObject(number->get());
+  EXPECT_TRUE(left.isEqualToContentsOfSet(right));
+  right.removeObject(b[1].get());
+  EXPECT_FALSE(left.isEqualToContentsOfSet(right));
+  const Ref<NSNumber> twin = NSNumber::withInteger(0);
+  right.addObject(twin.get());  // {2, 0, 0}: as many members, each with an equal one on the left, but 1 has none
+  EXPECT_FALSE(left.isEqualToContentsOfSet(right));
+}
+
+TEST(IdentitySetTest, SurvivesChangesWhileItIsWalked) {
+  struct Leaver : NSObject {
+    explicit Leaver(ZTUMutableRetainedPointerSet<Leaver>& set) : home(set) {}
+    ~Leaver() override {
+      if (next) home.removeObject(next);
+    }
+    ZTUMutableRetainedPointerSet<Leaver>& home;
+    Leaver* next = nullptr;
+  };
+  ZTUMutableRetainedPointerSet<Leaver> set;
+  for (int member = 0; member < 20; ++member) set.addObject(new Leaver(set));
+  const auto members = set.allObjects();
+  for (std::size_t member = 0; member + 1 < members.size(); ++member) members[member]->next = members[member + 1];
+  set.removeObject(members[0]);  // each one's end removes the next
+  EXPECT_TRUE(set.isEmpty());
+
+  int calls = 0;
+  for (int member = 0; member < 5; ++member) set.addObject(new Leaver(set));
+  set.makeObjectsPerform([&](Leaver&) {
+    ++calls;
+    set.removeAllObjects();
+  });
+  EXPECT_EQ(calls, 5);
+}
+
+TEST(CountedPointerSetTest, KeepsAMemberWhileItsCountIsAboveZero) {
+  const auto n = numbers(40);
+  ZTUCountedPointerSet<NSNumber> set;
+  for (const auto& number : n) set.addObject(number.get());
+  set.addObject(n[3].get());
+  set.removeObject(n[3].get());
+  EXPECT_TRUE(set.containsObject(n[3].get()));
+  set.removeObject(n[3].get());
+  set.removeObject(n[3].get());
+  EXPECT_FALSE(set.containsObject(n[3].get()));
+  EXPECT_EQ(set.count(), 39u);
+}
+
+TEST(PointerKeyDictionaryTest, FindsByIdentityAndHoldsBoth) {
+  const Ref<NSNumber> key = NSNumber::withInteger(1);
+  const Ref<NSNumber> equalKey = NSNumber::withInteger(1);
+  const auto dictionary = make<ZTUPointerKeyDictionary>();
+  dictionary->setObjectForKey(key, key);
+  dictionary->setObjectForKey(equalKey, key);
+  dictionary->setObjectForKey({}, key);
+  EXPECT_EQ(dictionary->count(), 1u);
+  EXPECT_EQ(dictionary->objectForKey(key.get()), equalKey.get());
+  EXPECT_EQ(dictionary->objectForKey(equalKey.get()), nullptr);
+  dictionary->removeObjectForKey(key.get());
+  EXPECT_EQ(key->referenceCount(), 1u);
+
+  const auto pair = ZTUPair::pairWithFirstSecond(key, {});
+  EXPECT_TRUE(pair->isEqual(ZTUPair::pairWithFirstSecond(equalKey, {}).get()));
+  EXPECT_EQ(pair->second(), nullptr);
+}
+
+}  // namespace
+}  // namespace zt
