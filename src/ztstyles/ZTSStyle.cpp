@@ -11,6 +11,7 @@
 #include <ztstyles/ZTSUnusedStyles.h>
 #include <ztstyles/ZTSVariationIndex.h>
 
+#include <algorithm>
 #include <atomic>
 
 namespace zt {
@@ -35,6 +36,11 @@ ZTSStyle* rootOf(ZTSStyle* style) {
 bool descendsFrom(const ZTSStyle* style, const ZTSStyle& ancestor) {
   while (style != nullptr && style != &ancestor) style = style->parent();
   return style != nullptr;
+}
+
+/// Whether the registry has all keys of the map; a set of them need not be made for that.
+bool supportsKeysOf(const PropertyMap& map, const PropertySet& registry) {
+  return std::all_of(map.begin(), map.end(), [&](const PropertyMap::Entry& entry) { return registry.contains(entry.key); });
 }
 
 /// The undo manager if it takes registrations now.
@@ -72,7 +78,7 @@ ZTSStyle::~ZTSStyle() {
 }
 
 bool ZTSStyle::initWithName(const ZTSStyleFields& fields) {
-  if (fields.overridePropertyMap != nullptr && !classObject().areValidProperties(*fields.overridePropertyMap->keySet())) {
+  if (fields.overridePropertyMap != nullptr && !supportsKeysOf(*fields.overridePropertyMap, classObject().properties())) {
     constexpr const char* operation = "initWithName:identifier:parentIdentifier:overridePropertyMap:isLocked:";
     ZT_REPORT(operation, this, kSourceFile, "%@ Attempt to initialize a style with an override of an unsupported property.",
               operation);

@@ -1,0 +1,86 @@
+// Reading styles: effective values, flattened maps, chains of a million levels.
+
+#include "BenchStyles.h"
+#include "BenchSupport.h"
+
+#include <boost/unordered/unordered_flat_map.hpp>
+
+namespace zt::bench {
+namespace {
+
+struct Chain {
+  explicit Chain(std::size_t depth) : style(chain(*sheet, depth)) {}
+  Ref<ZTSStylesheet> sheet = ZTSStylesheet::withHost();
+  Ref<ZTSStyle> style;
+};
+
+/// The yardstick: one lookup of an interned key in the fastest hash map at hand.
+void HashLookup(benchmark::State& state) {
+  boost::unordered_flat_map<const void*, Ref<NSObject>> map;
+  for (PropertyKey key : keys()) map.emplace(key.string().object(), NSNumber::withInteger(1));
+  const void* key = keys()[0].string().object();
+  for (auto each : state) {
+    Ref<NSObject> value = map.find(key)->second;
+    benchmark::DoNotOptimize(value);
+  }
+}
+BENCHMARK(HashLookup);
+
+void ValueAtDepth(benchmark::State& state) {
+  const Chain made(static_cast<std::size_t>(state.range(0)));
+  for (auto each : state) {
+    Ref<NSObject> value = made.style->valueForProperty(keys()[0]);
+    benchmark::DoNotOptimize(value);
+  }
+}
+BENCHMARK(ValueAtDepth)->Arg(1)->Arg(3)->Arg(6)->Arg(20);
+
+void MissAtDepth(benchmark::State& state) {
+  const Chain made(static_cast<std::size_t>(state.range(0)));
+  for (auto each : state) {
+    Ref<NSObject> value = made.style->valueForProperty(keys()[159]);
+    benchmark::DoNotOptimize(value);
+  }
+}
+BENCHMARK(MissAtDepth)->Arg(6);
+
+void Flatten150With50Own(benchmark::State& state) {
+  const Ref<ZTSStylesheet> sheet = ZTSStylesheet::withHost();
+  const Ref<PropertyMap> above = mapOf(0, 100);
+  const Ref<PropertyMap> own = mapOf(100, 50);
+  sheet->addStyle(make<PlainStyle>({.identifier = "above", .overridePropertyMap = above.get()}));
+  const Ref<ZTSStyle> style = make<PlainStyle>({.parentIdentifier = "above", .overridePropertyMap = own.get()});
+  sheet->addStyle(style);
+  for (auto each : state) benchmark::DoNotOptimize(style->propertyMap());
+  state.counters["per_entry"] = benchmark::Counter(150, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+}
+BENCHMARK(Flatten150With50Own);
+
+void ChainOfAMillion(benchmark::State& state) {
+  constexpr std::size_t kDepth = 1'000'000;
+  for (auto each : state) {
+    Chain made(kDepth);
+    benchmark::DoNotOptimize(made.style->valueForProperty(keys()[0]));
+    benchmark::DoNotOptimize(made.style->propertyMap());
+  }
+  state.counters["per_level"] = benchmark::Counter(kDepth, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+}
+BENCHMARK(ChainOfAMillion)->Unit(benchmark::kMillisecond)->Iterations(1);
+
+const bool kFlat1 = compare({"ValueAtDepth/1", "HashLookup"});
+const bool kFlat6 = compare({"ValueAtDepth/6", "HashLookup"});
+const bool kMiss6 = compare({"MissAtDepth/6", "HashLookup"});
+const bool kDeep = compare({"ValueAtDepth/20", "ValueAtDepth/6"});
+
+std::function<void()> lookup(std::size_t depth, std::size_t key) {
+  return [made = std::make_shared<Chain>(depth), key] {
+    Ref<NSObject> value = made->style->valueForProperty(keys()[key]);
+    benchmark::DoNotOptimize(value);
+  };
+}
+const bool kOwn = countInstructions({"valueForProperty:, own entry among 3", [] { return lookup(1, 2); }, 1000, 60});
+const bool kTen = countInstructions({"valueForProperty:, 10 levels above", [] { return lookup(10, 0); }, 1000, 60 + 10 * 15});
+const bool kTwenty = countInstructions({"valueForProperty:, 20 levels above", [] { return lookup(20, 0); }, 1000, 60 + 20 * 15});
+
+}  // namespace
+}  // namespace zt::bench

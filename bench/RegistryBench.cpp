@@ -1,0 +1,175 @@
+// Adding and removing styles, orphans, re-parenting, memory.
+
+#include "BenchStyles.h"
+#include "BenchSupport.h"
+
+namespace zt::bench {
+namespace {
+
+void TwoMallocs(benchmark::State& state) {
+  for (auto each : state) {
+    void* first = ::operator new(104);
+    void* second = ::operator new(72);
+    benchmark::DoNotOptimize(first);
+    benchmark::DoNotOptimize(second);
+    ::operator delete(second);
+    ::operator delete(first);
+  }
+}
+BENCHMARK(TwoMallocs);
+
+/// One anonymous style with three values under a base, made and added with undo; the batch is released untimed.
+void CreateAndAddAnonymous(benchmark::State& state) {
+  constexpr int kBatch = 4096;
+  const Ref<PropertyMap> map = mapOf(4, 3);
+  const StringRef base("base");
+  Host host;
+  while (state.KeepRunningBatch(kBatch)) {
+    state.PauseTiming();
+    Ref<ZTSStylesheet> sheet = ZTSStylesheet::withHost(&host);
+    sheet->addStyle(make<PlainStyle>({.identifier = base}));
+    host.undo->beginUndoGrouping();
+    state.ResumeTiming();
+    for (int style = 0; style < kBatch; ++style) {
+      sheet->addStyle(make<PlainStyle>({.parentIdentifier = base, .overridePropertyMap = map.get()}));
+    }
+    state.PauseTiming();
+    host.undo->endUndoGrouping();
+    host.undo->removeAllActions();
+    sheet.reset();
+    state.ResumeTiming();
+  }
+}
+BENCHMARK(CreateAndAddAnonymous);
+
+enum Order : std::int64_t { unrelated, childrenAfter, childrenBefore };
+
+std::vector<Ref<ZTSStyle>> family(std::size_t count, Order order) {
+  std::vector<Ref<ZTSStyle>> styles;
+  styles.reserve(count);
+  for (std::size_t style = 0; style < count; ++style) {
+    const std::size_t group = style / 9;
+    const bool isParent = order == childrenBefore ? style % 9 == 8 : style % 9 == 0;
+    StringRef parent;
+    if (order != unrelated && !isParent) parent = StringRef("parent" + std::to_string(group));
+    styles.push_back(make<PlainStyle>(
+        {.identifier = StringRef((isParent && order != unrelated ? "parent" + std::to_string(group) : "style" + std::to_string(style))),
+         .parentIdentifier = parent}));
+  }
+  return styles;
+}
+
+void AddIdentified(benchmark::State& state) {
+  const auto count = static_cast<std::size_t>(state.range(0));
+  const auto order = static_cast<Order>(state.range(1));
+  for (auto each : state) {
+    state.PauseTiming();
+    const auto styles = family(count, order);
+    Ref<ZTSStylesheet> sheet = ZTSStylesheet::withHost();
+    for (std::int64_t orphan = 0; orphan < state.range(2); ++orphan) {
+      sheet->addStyle(make<PlainStyle>({.identifier = "orphan" + std::to_string(orphan), .parentIdentifier = "missing" + std::to_string(orphan)}));
+    }
+    state.ResumeTiming();
+    for (const auto& style : styles) sheet->addStyle(style);
+    state.PauseTiming();
+    sheet.reset();
+    state.ResumeTiming();
+  }
+}
+BENCHMARK(AddIdentified)
+    ->Unit(benchmark::kMillisecond)
+    ->Args({10'000, unrelated, 0})
+    ->Args({100'000, unrelated, 0})
+    ->Args({100'000, unrelated, 1000})
+    ->Args({10'000, childrenAfter, 0})
+    ->Args({100'000, childrenAfter, 0})
+    ->Args({10'000, childrenBefore, 0})
+    ->Args({100'000, childrenBefore, 0});
+
+void RemoveIdentified(benchmark::State& state) {
+  const auto count = static_cast<std::size_t>(state.range(0));
+  for (auto each : state) {
+    state.PauseTiming();
+    const auto styles = family(count, childrenAfter);
+    const Ref<ZTSStylesheet> sheet = ZTSStylesheet::withHost();
+    for (const auto& style : styles) sheet->addStyle(style);
+    state.ResumeTiming();
+    for (const auto& style : styles) sheet->removeStyle(style);
+  }
+}
+BENCHMARK(RemoveIdentified)->Unit(benchmark::kMillisecond)->Arg(10'000)->Arg(100'000);
+
+void ReparentAbove(benchmark::State& state) {
+  const Ref<ZTSStylesheet> one = ZTSStylesheet::withHost();
+  const Ref<ZTSStylesheet> two = ZTSStylesheet::withHost();
+  const Ref<ZTSStylesheet> sheet = ZTSStylesheet::withHost();
+  for (const auto& above : {one, two}) above->addStyle(make<PlainStyle>({.identifier = "base"}));
+  sheet->setParent(one);
+  for (std::int64_t style = 0; style < state.range(0); ++style) {
+    sheet->addStyle(make<PlainStyle>({.identifier = "s" + std::to_string(style), .parentIdentifier = "base"}));
+  }
+  bool turn = false;
+  for (auto each : state) sheet->setParent((turn = !turn) ? two : one);
+}
+BENCHMARK(ReparentAbove)->Unit(benchmark::kMillisecond)->Arg(10'000)->Arg(100'000);
+
+void CreateStylesheet(benchmark::State& state) {
+  for (auto each : state) {
+    Ref<ZTSStylesheet> sheet = ZTSStylesheet::withHost();
+    const Ref<PropertyMap> map = mapOf(4, 3);
+    sheet->addStyle(make<PlainStyle>({.identifier = "base"}));
+    for (int style = 1; style < 100'000; ++style) {
+      sheet->addStyle(make<PlainStyle>({.parentIdentifier = "base", .overridePropertyMap = map.get()}));
+    }
+    state.PauseTiming();
+    sheet.reset();
+    state.ResumeTiming();
+  }
+}
+BENCHMARK(CreateStylesheet)->Unit(benchmark::kMillisecond);
+
+void DestroyStylesheet(benchmark::State& state) {
+  for (auto each : state) {
+    state.PauseTiming();
+    Ref<ZTSStylesheet> sheet = ZTSStylesheet::withHost();
+    const Ref<PropertyMap> map = mapOf(4, 3);
+    sheet->addStyle(make<PlainStyle>({.identifier = "base"}));
+    for (int style = 1; style < 100'000; ++style) {
+      sheet->addStyle(make<PlainStyle>({.parentIdentifier = "base", .overridePropertyMap = map.get()}));
+    }
+    state.ResumeTiming();
+    sheet.reset();
+  }
+}
+BENCHMARK(DestroyStylesheet)->Unit(benchmark::kMillisecond);
+
+/// Bytes of heap for an anonymous style with three shared values, held by the stylesheet and listed by its parent.
+void BytesOfAnonymousStyle(benchmark::State& state) {
+  constexpr std::size_t kCount = 1 << 17;
+  double bytes = 0;
+  for (auto each : state) {
+    const Ref<ZTSStylesheet> sheet = ZTSStylesheet::withHost();
+    sheet->addStyle(make<PlainStyle>({.identifier = "base"}));
+    const Ref<PropertyMap> map = mapOf(4, 3);
+    const StringRef base("base");
+    const std::size_t before = heapInUse();
+    for (std::size_t style = 0; style < kCount; ++style) {
+      sheet->addStyle(make<PlainStyle>({.parentIdentifier = base, .overridePropertyMap = map.get()}));
+    }
+    bytes = static_cast<double>(heapInUse() - before) / kCount;
+  }
+  state.counters["bytes"] = bytes;
+}
+BENCHMARK(BytesOfAnonymousStyle)->Iterations(1);
+
+const bool kAdd = compare({"CreateAndAddAnonymous", "TwoMallocs", 4});
+const bool kLinear = compare({"AddIdentified/100000/0/0", "AddIdentified/10000/0/0", 15});
+const bool kOrphans = compare({"AddIdentified/100000/0/1000", "AddIdentified/100000/0/0", 1.3});
+const bool kAfter = compare({"AddIdentified/100000/1/0", "AddIdentified/10000/1/0", 15});
+const bool kBefore = compare({"AddIdentified/100000/2/0", "AddIdentified/10000/2/0", 15});
+const bool kRemove = compare({"RemoveIdentified/100000", "RemoveIdentified/10000", 15});
+const bool kReparent = compare({"ReparentAbove/100000", "ReparentAbove/10000", 15});
+const bool kDestroy = compare({"DestroyStylesheet", "CreateStylesheet", 2});
+
+}  // namespace
+}  // namespace zt::bench
