@@ -23,7 +23,8 @@ namespace zt {
 /// an address: adding and removing while one is in use is safe, and an entry added meanwhile is met.
 /// (After a compaction the walk may meet an entry again or miss one: where that matters, walk a snapshot.)
 ///
-/// `Policy` says what the key of an entry is, how it is hashed and compared, and what a hole looks like.
+/// `Policy` says what the key of an entry is, how keys and entries are hashed and compared, and what a hole looks
+/// like. `hashOf(entry)` must not be dearer than a look at the entry: growing asks it of every entry.
 template <class Entry, class Policy>
 class OrderedTable {
  public:
@@ -53,7 +54,7 @@ class OrderedTable {
     if (!mBlock->hasTable()) {
       for (Slot slot = 0; slot < mBlock->used; ++slot) {
         const Entry& entry = mBlock->entries()[slot];
-        if (!Policy::isHole(entry) && Policy::equal(Policy::keyOf(entry), key)) return slot;
+        if (!Policy::isHole(entry) && Policy::matches(entry, key)) return slot;
       }
       return kNoSlot;
     }
@@ -61,7 +62,7 @@ class OrderedTable {
     const Slot mask = mBlock->tableSize() - 1;
     for (Slot place = static_cast<Slot>(Policy::hash(key)) & mask; table[place] != 0; place = (place + 1) & mask) {
       const Entry& entry = mBlock->entries()[table[place] - 1];
-      if (Policy::equal(Policy::keyOf(entry), key)) return table[place] - 1;
+      if (Policy::matches(entry, key)) return table[place] - 1;
     }
     return kNoSlot;
   }
@@ -213,7 +214,7 @@ class OrderedTable {
   }
 
   [[nodiscard]] Slot homeOf(Slot slot) const noexcept {
-    return static_cast<Slot>(Policy::hash(Policy::keyOf(mBlock->entries()[slot])));
+    return static_cast<Slot>(Policy::hashOf(mBlock->entries()[slot]));
   }
 
   /// Linear probing without tombstones: entries behind the gap that may stand nearer to home move up.
@@ -262,7 +263,8 @@ struct PointerPolicy {
   static bool isHole(T* entry) noexcept { return entry == nullptr; }
   static T* hole() noexcept { return nullptr; }
   static std::size_t hash(const void* key) noexcept { return mixBits(reinterpret_cast<std::uintptr_t>(key)); }
-  static bool equal(const void* left, const void* right) noexcept { return left == right; }
+  static std::size_t hashOf(T* entry) noexcept { return hash(entry); }
+  static bool matches(T* entry, const void* key) noexcept { return entry == key; }
 };
 
 /// Entries that are counted references, compared by address.
@@ -273,7 +275,8 @@ struct RefPolicy {
   static bool isHole(const Ref<T>& entry) noexcept { return entry == nullptr; }
   static Ref<T> hole() noexcept { return {}; }
   static std::size_t hash(const void* key) noexcept { return mixBits(reinterpret_cast<std::uintptr_t>(key)); }
-  static bool equal(const void* left, const void* right) noexcept { return left == right; }
+  static std::size_t hashOf(const Ref<T>& entry) noexcept { return hash(entry.get()); }
+  static bool matches(const Ref<T>& entry, const void* key) noexcept { return entry.get() == key; }
 };
 
 }  // namespace zt

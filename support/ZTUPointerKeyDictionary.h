@@ -51,7 +51,8 @@ class ZTUPointerKeyDictionaryOf final : public NSObject {
     static bool isHole(const Entry& entry) noexcept { return entry.key == nullptr; }
     static Entry hole() noexcept { return {}; }
     static std::size_t hash(const void* key) noexcept { return mixBits(reinterpret_cast<std::uintptr_t>(key)); }
-    static bool equal(const void* left, const void* right) noexcept { return left == right; }
+    static std::size_t hashOf(const Entry& entry) noexcept { return hash(entry.key.get()); }
+    static bool matches(const Entry& entry, const void* key) noexcept { return entry.key.get() == key; }
   };
 
   OrderedTable<Entry, Policy> mTable;

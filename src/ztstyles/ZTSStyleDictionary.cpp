@@ -3,7 +3,8 @@
 namespace zt {
 
 Ref<ZTSStyle> ZTSStyleDictionary::set(StringRef identifier, Ref<ZTSStyle> style) {
-  auto [entry, isNew] = mTable.insert(Entry{std::move(identifier), style});
+  const std::size_t hash = identifier.hash();
+  auto [entry, isNew] = mTable.insert(Entry{std::move(identifier), style, hash});
   if (isNew) return {};
   entry->style.swap(style);
   return style;

@@ -13,6 +13,7 @@ class ZTSStyleDictionary {
   struct Entry {
     StringRef key;
     Ref<ZTSStyle> style;
+    std::size_t hash = 0;  // of the key: growing and probing read no text
   };
   struct Policy {
     using Key = StringRef;
@@ -20,7 +21,10 @@ class ZTSStyleDictionary {
     static bool isHole(const Entry& entry) noexcept { return entry.style == nullptr; }
     static Entry hole() noexcept { return {}; }
     static std::size_t hash(const StringRef& key) noexcept { return key.hash(); }
-    static bool equal(const StringRef& left, const StringRef& right) noexcept { return equalTexts(left, right); }
+    static std::size_t hashOf(const Entry& entry) noexcept { return entry.hash; }
+    static bool matches(const Entry& entry, const StringRef& key) noexcept {
+      return entry.hash == key.hash() && equalTexts(entry.key, key);
+    }
   };
   using Table = OrderedTable<Entry, Policy>;
 
