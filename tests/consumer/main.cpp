@@ -54,7 +54,7 @@ int main() {
   const NSNumber* effective = NSNumber::from(quote->valueForProperty(size).get());
   if (effective == nullptr || effective->integerValue() != 12) return 1;
 
-  // Exceptions have to be recognised across the library's edge.
+  // The types of exceptions live in the library; they have to be recognised on this side of its edge.
   try {
     throw NSInternalInconsistencyException("caught by name");
   } catch (const NSException& exception) {
