@@ -13,63 +13,6 @@ namespace zt {
 
 #define ZT_PENDING throw NSGenericException(std::string(__func__) + " is not written yet")
 
-// ---- change: ZTSStyleMutation.cpp
-void ZTSStyle::setValueForProperty(Ref<NSObject>, PropertyKey) { ZT_PENDING; }
-void ZTSStyle::setValueForPropertyWithScope(Ref<NSObject>, PropertyKey, NSObject*) { ZT_PENDING; }
-void ZTSStyle::setValuesForProperties(const PropertyMap&) { ZT_PENDING; }
-void ZTSStyle::setValuesForPropertiesWithScope(const PropertyMap&, NSObject*) { ZT_PENDING; }
-void ZTSStyle::removeValueForProperty(PropertyKey) { ZT_PENDING; }
-void ZTSStyle::removeValuesForProperties(const PropertySet&) { ZT_PENDING; }
-void ZTSStyle::lockedStyleSetValuesForProperties(const PropertyMap&, std::int32_t) { ZT_PENDING; }
-void ZTSStyle::lockedStyleRemoveValuesForProperties(const PropertySet&, std::int32_t) { ZT_PENDING; }
-bool ZTSStyle::validateValueForProperty(NSObject*, PropertyKey) const { return false; }
-bool ZTSStyle::canMutateViaAction(const StringRef&) const { return false; }
-void ZTSStyle::mutateViaActionArguments(const StringRef&, NSObject*) { ZT_PENDING; }
-// ---- change: ZTSStylePropagation.cpp
-void ZTSStyle::stylePropertiesChanged(const ZTSStyleChangeInfo&) {}
-bool ZTSStyle::isQuietLeaf() const { return true; }
-void ZTSStyle::addObserver(ZTSStyleObserver* observer) { mObservers.addObject(observer); }
-void ZTSStyle::removeObserver(ZTSStyleObserver* observer) { mObservers.removeObject(observer); }
-// ---- change: ZTSStyleComparison.cpp
-Ref<NSObject> ZTSStyle::copy() const { ZT_PENDING; }
-bool ZTSStyle::isEqual(const NSObject* other) const { return this == other; }
-bool ZTSStyle::isEqualCompareNames(const ZTSStyle*, CompareNames) const { ZT_PENDING; }
-std::size_t ZTSStyle::hash() const { return identifier().hash(); }
-std::size_t ZTSStyle::stableHash() const { return 1; }
-int ZTSStyle::compareByName(const ZTSStyle*) const { ZT_PENDING; }
-std::string ZTSStyle::description() const { return NSObject::description(); }
-std::string ZTSStyle::shortDescription() const { return NSObject::description(); }
-std::size_t ZTSStyle::comparisonsInProgress() { return 0; }
-// ---- change: ZTSStyleChangeInfo.cpp
-ZTSStyleChangeInfo::ZTSStyleChangeInfo() = default;
-ZTSStyleChangeInfo::~ZTSStyleChangeInfo() = default;
-Ref<ZTSStyleChangeInfo> ZTSStyleChangeInfo::withStyleChangedProperties(ZTSStyle*, const PropertySet&, const PropertyMap*) {
-  return Ref<ZTSStyleChangeInfo>(new ZTSStyleChangeInfo);
-}
-const ZTClass& ZTSStyleChangeInfo::classObject() const { return nsObjectClass(); }
-std::string ZTSStyleChangeInfo::description() const { ZT_PENDING; }
-// ---- change: ZTSStylesheetObservers.cpp (ZTSStyleObserver and ZTSStylesheetObserver too)
-void ZTSStyleObserver::stylePropertiesChanged(const ZTSStyleChangeInfo&) {}
-void ZTSStyleObserver::didReplaceStyleWithStyle(ZTSStyle*, ZTSStyle*) {}
-ZTSStyleObserver::~ZTSStyleObserver() = default;
-void ZTSStylesheetObserver::addedStyleToStylesheet(ZTSStyle&, ZTSStylesheet&) {}
-void ZTSStylesheetObserver::removedStyleFromStylesheet(ZTSStyle&, ZTSStylesheet&) {}
-void ZTSStylesheetObserver::changedParentOfStylesheet(ZTSStylesheet&) {}
-ZTSStylesheetObserver::~ZTSStylesheetObserver() = default;
-bool ZTSStylesheet::isTrackingChanges() const { return false; }
-NSObject* ZTSStylesheet::currentChangeTrackingSession() const { return nullptr; }
-bool ZTSStylesheet::changeTrackingHasChanges() const { return false; }
-NSObject* ZTSStylesheet::changeTrackingChanges() const { return nullptr; }
-void ZTSStylesheet::acceptAllChanges() {}
-void ZTSStylesheet::rejectAllChanges() {}
-void ZTSStylesheet::willBeAddedToDocument(NSDocument*, NSObject*) {}
-void ZTSStylesheet::wasAddedToDocument(NSDocument*, NSObject*) {}
-void ZTSStylesheet::willBeRemovedFromDocument(NSDocument*) {}
-void ZTSStylesheet::wasRemovedFromDocument(NSDocument*) {}
-void ZTSStylesheet::tellStyleAdded(ZTSStyle&) {}
-void ZTSStylesheet::tellStyleRemoved(ZTSStyle&) {}
-void ZTSStylesheet::tellParentChanged() {}
-
 // ---- vary: ZTSStyleOverrides.cpp
 Ref<PropertyMap> ZTSStyle::overridePropertyMapWithPropertyMap(const PropertyMap*, const PropertyMap*, bool) const { ZT_PENDING; }
 void ZTSStyle::collapseOverriddenPropertyValues() { ZT_PENDING; }

@@ -396,6 +396,15 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// Whether a change that comes from the parent ends here unseen: a plain, unlocked style without children
   /// and observers about which nobody listens. Then no record is made and the style is not called.
   [[nodiscard]] bool isQuietLeaf() const;
+  /// Whether a change of this style's own values ends here unseen: the same for a locked one too, and for any
+  /// plain style that tells nobody at all.
+  [[nodiscard]] bool isUnheard() const;
+  [[nodiscard]] bool isHeard() const;  // whether anyone listens for the notification of this style's changes
+  [[nodiscard]] Ref<const PropertySet> unhiddenProperties(const PropertySet& changed) const;
+  void keepLook(const ZTSStyleChangeInfo& change, const PropertySet& arrived);
+  void tellObservers(const ZTSStyleChangeInfo& change);
+  class Telling;     // a style and the children that it has yet to tell; in ZTSStylePropagation.cpp
+  class Comparison;  // the comparisons under way; in ZTSStyleComparison.cpp
 
   StringRef mName;
   StringRef mIdentifier;

@@ -319,6 +319,7 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   ZTSOrphanIndex& orphans();
 
   enum class Tracker : std::uint8_t { none, host, document };
+  [[nodiscard]] const ZTYTrackable* changeTracker() const;  // who answers now, or none
 
   Ref<ZTSStylesheet> mParent;
   ZTUMutablePointerSet<ZTSStylesheet> mChildren;  // each leaves when it is re-parented or destroyed
