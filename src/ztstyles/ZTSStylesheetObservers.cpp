@@ -14,7 +14,7 @@ namespace {
 
 struct Told {
   Ref<ZTSStylesheet> stylesheet;
-  Ref<ZTSStylesheetObserver> observer;
+  ZTSStylesheetObserver* observer;  // not held, and possibly gone: called only while it is still registered
 };
 using ToldList = boost::container::small_vector<Told, 8>;
 
@@ -38,8 +38,7 @@ ToldList observersBelow(ZTSStylesheet& stylesheet) {
       continue;
     }
     for (ZTSStylesheetObserver* observer : level.stylesheet->observers()) {
-      Told each{retainIfAlive(level.stylesheet), retainIfAlive(observer)};
-      if (each.stylesheet && each.observer) told.push_back(std::move(each));
+      if (Ref<ZTSStylesheet> held = retainIfAlive(level.stylesheet)) told.push_back({std::move(held), observer});
     }
     levels.pop_back();
   }
@@ -49,8 +48,7 @@ ToldList observersBelow(ZTSStylesheet& stylesheet) {
 template <class Call>
 void invokeOnObservers(ZTSStylesheet& stylesheet, Call call) {
   for (const Told& each : observersBelow(stylesheet)) {
-    // One that has left since then is not called.
-    if (each.stylesheet->observers().containsObject(each.observer.get())) call(*each.observer);
+    if (each.stylesheet->observers().containsObject(each.observer)) call(*each.observer);
   }
 }
 
