@@ -93,9 +93,9 @@ class ZT_EXPORT ZTSAggregateStyle : public ZTSStyle {
   /// @name Private operations
   /// @{
 
-  /// The style that the own value of the property is; none if it is not a style or the property holds
-  /// none. Borrowed. Raises where the stored value is neither a style nor the null sentinel.
-  ZTSStyle* p_referencedStyleForProperty(PropertyKey key) const;
+  /// The style that the own value of a referenced-style property is; none for any other property and where the
+  /// value is absent or the null sentinel. Raises `NSInternalInconsistencyException` for any other value.
+  Ref<ZTSStyle> p_referencedStyleForProperty(PropertyKey key) const;
   void p_beginObservingReferencedStyleForProperty(PropertyKey key);
   void p_endObservingReferencedStyleForProperty(PropertyKey key);
   void p_beginObservingAllReferencedStyles();
@@ -104,7 +104,7 @@ class ZT_EXPORT ZTSAggregateStyle : public ZTSStyle {
 
  protected:
   ZTSAggregateStyle() = default;
-  ~ZTSAggregateStyle() override = default;
+  ~ZTSAggregateStyle() override;
 };
 
 /// The object as an aggregate style, or none.

@@ -2,9 +2,7 @@
 
 #include <archiving/ZTAXMLCoding.h>
 #include <platform/NSException.h>
-#include <ztstyles/ZTSAggregateStyle.h>
 #include <ztstyles/ZTSStyleChangeInfo.h>
-#include <ztstyles/ZTSReferenceGroups.h>
 #include <ztstyles/ZTSStylesheet.h>
 #include <ztstyles/ZTSUnusedStyles.h>
 #include <ztstyles/ZTSVariationIndex.h>
@@ -47,44 +45,6 @@ void ZTSUnusedStyles::useChanged(ZTSStyle&) {}
 void ZTSUnusedStyles::styleEntered(ZTSStyle&) {}
 void ZTSUnusedStyles::styleLeft(ZTSStyle&) noexcept {}
 bool ZTSUnusedStyles::check(const ZTSStylesheet&) const { return true; }
-
-// ---- refs: ZTSReferenceGroups.cpp
-void freeReferenceGroups(std::vector<Ref<ZTSStyle>>&&) {}
-// ---- refs: ZTSAggregateStyle*.cpp
-const ZTSStyleClass& ZTSAggregateStyle::styleClass() { return ZTSStyle::styleClass(); }
-const ZTSStyleClass& ZTSAggregateStyle::classObject() const { return styleClass(); }
-const std::vector<PropertyKey>& ZTSAggregateStyle::referencedStyleProperties() const { ZT_PENDING; }
-const std::vector<PropertyKey>& ZTSAggregateStyle::strongReferencedStyleProperties() const { ZT_PENDING; }
-const std::vector<PropertyKey>& ZTSAggregateStyle::weakReferencedStyleProperties() const { ZT_PENDING; }
-Ref<NSObject> ZTSAggregateStyle::defaultValueForNilStyleProperty(PropertyKey) const { return {}; }
-bool ZTSAggregateStyle::isReferencedStyleProperty(PropertyKey) const { return false; }
-Ref<NSObject> ZTSAggregateStyle::valueForProperty(PropertyKey key) const { return ZTSStyle::valueForProperty(key); }
-std::optional<ZTSStyleSet> ZTSAggregateStyle::referencedStyles() const { return ZTSStyleSet(); }
-std::optional<ZTSStyleSet> ZTSAggregateStyle::implicitlyReferencedStyles() const { return {}; }
-std::optional<ZTSStyleSet> ZTSAggregateStyle::recursivelyReferencedStyles() const { return ZTSStyleSet(); }
-void ZTSAggregateStyle::setValueForProperty(Ref<NSObject> value, PropertyKey key) { ZTSStyle::setValueForProperty(value, key); }
-void ZTSAggregateStyle::setValuesForProperties(const PropertyMap& values) { ZTSStyle::setValuesForProperties(values); }
-void ZTSAggregateStyle::removeValueForProperty(PropertyKey key) { ZTSStyle::removeValueForProperty(key); }
-void ZTSAggregateStyle::removeValuesForProperties(const PropertySet& keys) { ZTSStyle::removeValuesForProperties(keys); }
-void ZTSAggregateStyle::lockedStyleSetValuesForProperties(const PropertyMap& values, std::int32_t flags) {
-  ZTSStyle::lockedStyleSetValuesForProperties(values, flags);
-}
-void ZTSAggregateStyle::lockedStyleRemoveValuesForProperties(const PropertySet& keys, std::int32_t flags) {
-  ZTSStyle::lockedStyleRemoveValuesForProperties(keys, flags);
-}
-void ZTSAggregateStyle::setStylesheet(ZTSStylesheet* stylesheet) { ZTSStyle::setStylesheet(stylesheet); }
-void ZTSAggregateStyle::archivingSetStylesheet(ZTSStylesheet* stylesheet) { ZTSStyle::archivingSetStylesheet(stylesheet); }
-void ZTSAggregateStyle::cleanup() { ZTSStyle::cleanup(); }
-void ZTSAggregateStyle::incrementUsageCount() { ZTSStyle::incrementUsageCount(); }
-void ZTSAggregateStyle::decrementUsageCount() { ZTSStyle::decrementUsageCount(); }
-void ZTSAggregateStyle::incrementOrphanCount() { ZTSStyle::incrementOrphanCount(); }
-void ZTSAggregateStyle::decrementOrphanCount() { ZTSStyle::decrementOrphanCount(); }
-std::string ZTSAggregateStyle::description() const { return ZTSStyle::description(); }
-void ZTSAggregateStyle::replaceReferencedStylesUsingStyleMap(const ZTSStyleMap&) { ZT_PENDING; }
-void ZTSAggregateStyle::didReplaceStyleWithStyle(ZTSStyle*, ZTSStyle*) {}
-bool ZTSAggregateStyle::overridesAnyNonReferencedStyleProperty() const { ZT_PENDING; }
-bool ZTSAggregateStyle::overridesAnyNonReferencedStylePropertyIgnoringStyles(const ZTUMutablePointerSet<ZTSStyle>&) const { ZT_PENDING; }
-ZTSAggregateStyle* asAggregateStyle(NSObject* object) noexcept { return dynamic_cast<ZTSAggregateStyle*>(object); }
 
 // ---- archive: ZTAXMLCoding.cpp
 Ref<ZTAError> ZTAErrorHandler::handleError(Ref<ZTAError>) { ZT_PENDING; }

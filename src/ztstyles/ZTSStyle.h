@@ -368,6 +368,10 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   void setIsAdjustingUsageCount(bool adjusting) noexcept { setState(kAdjustingUsageCount, adjusting); }
 
  private:
+  friend class ZTSAggregateStyle;
+  friend class ZTSCountingWalk;
+  friend class ZTSDeepCopy;
+  friend class ZTSReferenceGroups;
   friend class ZTSStyleClass;
   friend class ZTSStylesheet;
   friend class ZTSOrphanIndex;

@@ -57,7 +57,10 @@ class ZT_EXPORT ZTSStyleClass : public ZTClass {
     plainCounting = 4,   ///< the four counting operations
     plainMatching = 8,   ///< overridePropertyMap
     plainResolving = 16,  ///< updateParent
-    plainComparing = 32   ///< isEqual, isEqualCompareNames
+    plainComparing = 32,  ///< isEqual, isEqualCompareNames
+    // These hold for aggregates too: each operation is the one of `ZTSStyle` or of `ZTSAggregateStyle`.
+    libraryCounting = 64,  ///< the four counting operations
+    libraryReading = 128   ///< valueForProperty, and what follows references: referencedStyles and the like
   };
   [[nodiscard]] std::uint8_t plainGroups() const noexcept { return mPlainGroups; }
 

@@ -64,7 +64,21 @@ class ZTSStyleClassOf : public ZTSStyleClass {
           kSameOperation<decltype(&T::decrementUsageCount), decltype(&ZTSStyle::decrementUsageCount)> &&
           kSameOperation<decltype(&T::incrementOrphanCount), decltype(&ZTSStyle::incrementOrphanCount)> &&
           kSameOperation<decltype(&T::decrementOrphanCount), decltype(&ZTSStyle::decrementOrphanCount)>) {
-        all |= plainCounting;
+        all |= plainCounting | libraryCounting;
+      }
+      if (kSameOperation<decltype(&T::incrementUsageCount), decltype(&ZTSAggregateStyle::incrementUsageCount)> &&
+          kSameOperation<decltype(&T::decrementUsageCount), decltype(&ZTSAggregateStyle::decrementUsageCount)> &&
+          kSameOperation<decltype(&T::incrementOrphanCount), decltype(&ZTSAggregateStyle::incrementOrphanCount)> &&
+          kSameOperation<decltype(&T::decrementOrphanCount), decltype(&ZTSAggregateStyle::decrementOrphanCount)>) {
+        all |= libraryCounting;
+      }
+    }
+    if constexpr (requires { &T::valueForProperty; &T::referencedStyles; &T::recursivelyReferencedStyles; }) {
+      if ((kSameOperation<decltype(&T::valueForProperty), decltype(&ZTSStyle::valueForProperty)> &&
+           kSameOperation<decltype(&T::referencedStyles), decltype(&ZTSStyle::referencedStyles)> &&
+           kSameOperation<decltype(&T::recursivelyReferencedStyles), decltype(&ZTSStyle::recursivelyReferencedStyles)>) ||
+          refersLikeAggregate()) {
+        all |= libraryReading;
       }
     }
     if constexpr (requires { &T::overridePropertyMap; }) {
@@ -80,6 +94,19 @@ class ZTSStyleClassOf : public ZTSStyleClass {
       }
     }
     return all;
+  }
+
+  static constexpr bool refersLikeAggregate() {
+    using Aggregate = ZTSAggregateStyle;
+    if constexpr (requires { &T::overridesAnyNonReferencedStylePropertyIgnoringStyles; }) {
+      return kSameOperation<decltype(&T::valueForProperty), decltype(&Aggregate::valueForProperty)> &&
+             kSameOperation<decltype(&T::referencedStyles), decltype(&Aggregate::referencedStyles)> &&
+             kSameOperation<decltype(&T::recursivelyReferencedStyles), decltype(&Aggregate::recursivelyReferencedStyles)> &&
+             kSameOperation<decltype(&T::overridesAnyNonReferencedStylePropertyIgnoringStyles),
+                            decltype(&Aggregate::overridesAnyNonReferencedStylePropertyIgnoringStyles)>;
+    } else {
+      return false;
+    }
   }
 
   /// An aggregate whose default-value hook is the library's answers what a plain style answers.
