@@ -12,14 +12,14 @@ namespace zt {
 ///       const ZTSStyleClass& classObject() const override { return styleClass(); }
 ///       bool validateValueForProperty(NSObject* value, PropertyKey key) const override;
 ///     };
-///     struct HeadingStyleClass : ZTSStyleClassOf<HeadingStyle> {
-///       using ZTSStyleClassOf::ZTSStyleClassOf;
-///       const PropertySet& properties() const override { ... }
-///     };
 ///     const ZTSStyleClass& HeadingStyle::styleClass() {
-///       static const auto* object = new HeadingStyleClass("HeadingStyle", ZTSAggregateStyle::styleClass());
+///       static const auto* object = new ZTSStyleClassOf<HeadingStyle>(
+///           "HeadingStyle", ZTSAggregateStyle::styleClass(), PropertySet::with({"size", "weight"}));
 ///       return *object;
 ///     }
+///
+/// A class whose notification name, key prefix or registry is decided otherwise derives from this template and
+/// overrides what differs.
 ///
 /// The style class needs a default constructor that this template may call. A class object is immortal:
 /// make it with `new` and keep the pointer.
@@ -29,6 +29,13 @@ class ZTSStyleClassOf : public ZTSStyleClass {
   ZTSStyleClassOf(std::string_view name, const ZTClass& base) : ZTSStyleClass(name, &base, &typeid(T)) {
     setPlainGroups(groups());
   }
+  /// With the class's registry, where it is known at once and need not be overridden.
+  ZTSStyleClassOf(std::string_view name, const ZTClass& base, Ref<const PropertySet> registry)
+      : ZTSStyleClassOf(name, base) {
+    mRegistry = std::move(registry);
+  }
+
+  const PropertySet& properties() const override { return mRegistry ? *mRegistry : ZTSStyleClass::properties(); }
 
   Ref<NSObject> allocate() const override {
     auto* style = new Bare;
@@ -37,6 +44,8 @@ class ZTSStyleClassOf : public ZTSStyleClass {
   }
 
  private:
+  Ref<const PropertySet> mRegistry;
+
   // A style class may keep its constructor and destructor protected. The type that is made is then this
   // one, which adds nothing; its class object is T's.
   struct Bare final : T {};

@@ -1,0 +1,36 @@
+// A style class, a stylesheet with three styles, and what they look like.
+
+#include <platform/NSNumber.h>
+#include <platform/PropertyMap.h>
+#include <ztstyles/ZTSStyleClassOf.h>
+#include <ztstyles/ZTSStylesheet.h>
+
+#include <iostream>
+
+using namespace zt;
+
+const PropertyKey kSize("size"), kBold("bold");
+
+class TextStyle : public ZTSStyle {
+ public:
+  static const ZTSStyleClass& styleClass() {
+    static const auto* object =
+        new ZTSStyleClassOf<TextStyle>("TextStyle", ZTSStyle::styleClass(), PropertySet::with({kSize, kBold}));
+    return *object;
+  }
+  const ZTSStyleClass& classObject() const override { return styleClass(); }
+  bool validateValueForProperty(NSObject* value, PropertyKey) const override { return NSNumber::from(value) != nullptr; }
+};
+
+int main() {
+  const Ref<ZTSStylesheet> sheet = ZTSStylesheet::withHost();
+  const Ref<PropertyMap> plain = PropertyMap::with({{kSize, NSNumber::withInteger(10)}, {kBold, NSNumber::withBool(false)}});
+  sheet->addStyle(make<TextStyle>({.identifier = "body", .overridePropertyMap = plain.get()}));
+  sheet->addStyle(make<TextStyle>({.identifier = "heading", .parentIdentifier = "body"}));
+  ZTSStyle& heading = *sheet->styleWithIdentifier("heading");
+
+  heading.setValueForProperty(NSNumber::withBool(true), kBold);
+  sheet->styleWithIdentifier("body")->setValueForProperty(NSNumber::withInteger(12), kSize);
+  std::cout << "heading: size " << heading.valueForProperty(kSize)->description() << ", bold "
+            << heading.valueForProperty(kBold)->description() << '\n';  // heading: size 12, bold YES
+}

@@ -1,0 +1,52 @@
+// Who hears of a change, and in which order: descendants first, then observers, then the notification centre.
+
+#include <platform/NSNumber.h>
+#include <platform/PropertyMap.h>
+#include <ztstyles/ZTSStyleChangeInfo.h>
+#include <ztstyles/ZTSStyleClassOf.h>
+#include <ztstyles/ZTSStyleObserver.h>
+#include <ztstyles/ZTSStylesheet.h>
+
+#include <iostream>
+
+using namespace zt;
+
+const PropertyKey kSize("size");
+
+class TextStyle : public ZTSStyle {
+ public:
+  static const ZTSStyleClass& styleClass() {
+    static const auto* object =
+        new ZTSStyleClassOf<TextStyle>("TextStyle", ZTSStyle::styleClass(), PropertySet::with({kSize}));
+    return *object;
+  }
+  const ZTSStyleClass& classObject() const override { return styleClass(); }
+  bool validateValueForProperty(NSObject*, PropertyKey) const override { return true; }
+};
+
+/// A view that lays its text out again when the style that it shows changes.
+struct View : ZTSStyleObserver {
+  void stylePropertiesChanged(const ZTSStyleChangeInfo& change) override {
+    const Ref<PropertyMap> old = change.unchangedPropertyMapForProperties(*change.changedProperties());
+    std::cout << "view of " << change.style()->identifier().view() << ": size was " << old->find(kSize)->description() << '\n';
+  }
+};
+
+int main() {
+  const Ref<ZTSStylesheet> sheet = ZTSStylesheet::withHost();
+  const Ref<PropertyMap> ten = PropertyMap::with({{kSize, NSNumber::withInteger(10)}});
+  sheet->addStyle(make<TextStyle>({.identifier = "body", .overridePropertyMap = ten.get()}));
+  sheet->addStyle(make<TextStyle>({.identifier = "heading", .parentIdentifier = "body"}));
+  sheet->addStyle(make<TextStyle>({.identifier = "frozen", .parentIdentifier = "body", .isLocked = true}));
+
+  View view;
+  sheet->styleWithIdentifier("heading")->addObserver(&view);
+  const NotificationListener listener(ZTSStylePropertiesChangedNotification, nullptr, [](const NSNotification& note) {
+    std::cout << "posted for " << static_cast<ZTSStyle*>(note.object)->identifier().view() << '\n';
+  });
+
+  sheet->styleWithIdentifier("body")->setValueForProperty(NSNumber::withInteger(12), kSize);
+  // A locked style keeps its look.
+  std::cout << "frozen: " << sheet->styleWithIdentifier("frozen")->valueForProperty(kSize)->description() << '\n';
+  sheet->styleWithIdentifier("heading")->removeObserver(&view);
+}
