@@ -92,8 +92,8 @@ const bool kMiss6 = compare({"MissAtDepth/6", "HashLookup"});
 const bool kDeep = compare({"ValueAtDepth/20", "ValueAtDepth/6"});
 
 std::function<void()> lookup(std::size_t depth, std::size_t key) {
-  return [made = std::make_shared<Chain>(depth), key] {
-    Ref<NSObject> value = made->style->valueForProperty(keys()[key]);
+  return [made = std::make_shared<Chain>(depth), key = keys()[key]] {
+    Ref<NSObject> value = made->style->valueForProperty(key);
     benchmark::DoNotOptimize(value);
   };
 }

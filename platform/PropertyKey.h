@@ -15,6 +15,7 @@ class ZT_EXPORT PropertyKey {
  public:
   struct Record {
     StringRef text;
+    std::uint64_t bit;
     std::uint32_t ordinal;
   };
 
@@ -32,7 +33,7 @@ class ZT_EXPORT PropertyKey {
   /// The ordinal of a key that is there.
   [[nodiscard]] std::uint32_t ordinal() const noexcept { return mRecord->ordinal; }
   /// One of 64 bits: a map whose mask lacks it has no entry for the key. No bit for no key.
-  [[nodiscard]] std::uint64_t bit() const noexcept { return mRecord != nullptr ? std::uint64_t{1} << (mRecord->ordinal & 63u) : 0; }
+  [[nodiscard]] std::uint64_t bit() const noexcept { return mRecord != nullptr ? mRecord->bit : 0; }
 
   friend bool operator==(PropertyKey left, PropertyKey right) noexcept { return left.mRecord == right.mRecord; }
 

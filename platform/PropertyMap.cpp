@@ -66,7 +66,7 @@ NSObject* PropertyMap::findInTable(PropertyKey key) const noexcept {
 }
 
 std::uint32_t PropertyMap::indexOf(PropertyKey key) const noexcept {
-  if (mCapacity <= kWalked) {
+  if (!hasTable()) {
     for (std::uint32_t index = 0; index < mCount; ++index) {
       if (mEntries[index].key == key) return index;
     }
@@ -82,7 +82,7 @@ std::uint32_t PropertyMap::indexOf(PropertyKey key) const noexcept {
 }
 
 void PropertyMap::enterInTable(PropertyKey key, std::uint32_t index) noexcept {
-  if (mCapacity <= kWalked) return;
+  if (!hasTable()) return;
   std::uint32_t* slots = table();
   const std::uint32_t mask = tableSizeFor(mCapacity) - 1;
   std::uint32_t slot = slotHash(key) & mask;
@@ -91,7 +91,7 @@ void PropertyMap::enterInTable(PropertyKey key, std::uint32_t index) noexcept {
 }
 
 void PropertyMap::rebuildTable() noexcept {
-  if (mCapacity <= kWalked) return;
+  if (!hasTable()) return;
   std::memset(static_cast<void*>(table()), 0, tableSizeFor(mCapacity) * sizeof(std::uint32_t));
   for (std::uint32_t index = 0; index < mCount; ++index) enterInTable(mEntries[index].key, index);
 }

@@ -32,14 +32,18 @@ class ZT_EXPORT PropertyMap final : public Counted<PropertyMap> {
   [[nodiscard]] bool isEmpty() const noexcept { return mCount == 0; }
 
   /// The value, borrowed until the map changes; none without an entry.
-  [[nodiscard]] NSObject* find(PropertyKey key) const noexcept {
-    if (mCapacity > kWalked) return findInTable(key);
+  [[nodiscard]] NSObject* find(PropertyKey key) const noexcept { return hasTable() ? findInTable(key) : findByWalking(key); }
+  [[nodiscard]] bool contains(PropertyKey key) const noexcept { return find(key) != nullptr; }
+
+  /// Whether the map has outgrown being walked. For code that must not call anything while it has not.
+  [[nodiscard]] bool hasTable() const noexcept { return mCapacity > kWalked; }
+  /// `find` for a map without a table.
+  [[nodiscard]] NSObject* findByWalking(PropertyKey key) const noexcept {
     for (const Entry *entry = mEntries, *end = mEntries + mCount; entry != end; ++entry) {
       if (entry->key == key) return entry->value.get();
     }
     return nullptr;
   }
-  [[nodiscard]] bool contains(PropertyKey key) const noexcept { return find(key) != nullptr; }
 
   /// Stores the value, which must be present, under the key, which must be one. The replaced value
   /// is released when the map is whole again.

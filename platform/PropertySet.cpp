@@ -42,6 +42,7 @@ PropertyKey::PropertyKey(std::string_view text) {
   if (chunk.load(std::memory_order_relaxed) == nullptr) chunk.store(new Record[kChunk], std::memory_order_release);
   Record& record = chunk.load(std::memory_order_relaxed)[ordinal % kChunk];
   record.text = StringRef(text);
+  record.bit = std::uint64_t{1} << (ordinal % 64);
   record.ordinal = ordinal;
   all.byText.emplace(record.text.view(), &record);
   ++all.count;

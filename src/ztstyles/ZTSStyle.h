@@ -397,6 +397,7 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   void storeStylesheet(ZTSStylesheet* stylesheet);
   /// A style that names a parent and has none is to be tried at the next retry.
   void fileAsUntried();
+  [[gnu::noinline]] Ref<NSObject> valueThroughTables(PropertyKey key) const;
   /// Whether a change that comes from the parent ends here unseen: a plain, unlocked style without children
   /// and observers about which nobody listens. Then no record is made and the style is not called.
   [[nodiscard]] bool isQuietLeaf() const;

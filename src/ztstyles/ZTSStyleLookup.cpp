@@ -9,19 +9,41 @@
 
 namespace zt {
 
+namespace {
+
+/// What an entry means to a reader: the null sentinel is no value.
+Ref<NSObject> effective(NSObject* entry) { return Ref<NSObject>(isNull(entry) ? nullptr : entry); }
+
+[[gnu::noinline]] Ref<NSObject> valueOfOverriding(const ZTSStyle& style, PropertyKey key) {
+  NestingGuard guard("valueForProperty:", Nesting::lookup);
+  return style.valueForProperty(key);
+}
+
+}  // namespace
+
+// Two loops: the first one calls nothing before its last step, so that it needs no room on the stack and a hit in a
+// small map costs a few dozen instructions. The first large map that may have the key ends it.
 Ref<NSObject> ZTSStyle::valueForProperty(PropertyKey key) const {
   const std::uint64_t bit = key.bit();
-  const ZTSStyle* style = this;
-  for (;;) {
+  for (const ZTSStyle* style = this;;) {
     if ((style->mKeyMask & bit) != 0) {
-      if (NSObject* own = style->mLocalPropertyMap->find(key)) return isNull(own) ? Ref<NSObject>() : Ref<NSObject>(own);
+      const PropertyMap& own = *style->mLocalPropertyMap;
+      if (own.hasTable()) return style->valueThroughTables(key);
+      if (NSObject* entry = own.findByWalking(key)) return effective(entry);
     }
     style = style->mParent.get();
     if (style == nullptr) return {};
-    if (!style->isPlain(ZTSStyleClass::plainReading)) break;
+    if (!style->isPlain(ZTSStyleClass::plainReading)) return valueOfOverriding(*style, key);
   }
-  NestingGuard guard("valueForProperty:", Nesting::lookup);
-  return style->valueForProperty(key);
+}
+
+Ref<NSObject> ZTSStyle::valueThroughTables(PropertyKey key) const {
+  for (const ZTSStyle* style = this;;) {
+    if (NSObject* entry = style->p_overrideValueForProperty(key)) return effective(entry);
+    style = style->mParent.get();
+    if (style == nullptr) return {};
+    if (!style->isPlain(ZTSStyleClass::plainReading)) return valueOfOverriding(*style, key);
+  }
 }
 
 NSObject* ZTSStyle::p_valueForProperty(PropertyKey key) const noexcept {
