@@ -4,47 +4,10 @@
 #include <platform/NSException.h>
 #include <ztstyles/ZTSStyleChangeInfo.h>
 #include <ztstyles/ZTSStylesheet.h>
-#include <ztstyles/ZTSUnusedStyles.h>
-#include <ztstyles/ZTSVariationIndex.h>
 
 namespace zt {
 
 #define ZT_PENDING throw NSGenericException(std::string(__func__) + " is not written yet")
-
-// ---- vary: ZTSStyleOverrides.cpp
-Ref<PropertyMap> ZTSStyle::overridePropertyMapWithPropertyMap(const PropertyMap*, const PropertyMap*, bool) const { ZT_PENDING; }
-void ZTSStyle::collapseOverriddenPropertyValues() { ZT_PENDING; }
-void ZTSStyle::clearOverriddenPropertyValues() { ZT_PENDING; }
-Ref<PropertySet> ZTSStyle::compareProperties(const ZTSStyle&) const { ZT_PENDING; }
-bool ZTSStyle::isEqualToStyleForProperty(const ZTSStyle&, PropertyKey) const { ZT_PENDING; }
-void ZTSStyle::replaceWithStyle(ZTSStyle*) { ZT_PENDING; }
-// ---- vary: ZTSStylesheetIdentify.cpp
-void ZTSStylesheet::identifyStyle(Ref<ZTSStyle>, StringRef) { ZT_PENDING; }
-void ZTSStylesheet::identifyStyleKeepingAllChildren(Ref<ZTSStyle>, StringRef, bool) { ZT_PENDING; }
-void ZTSStylesheet::identifyStyleKeepingChildren(Ref<ZTSStyle>, StringRef, const ZTUMutablePointerSet<ZTSStyle>*) { ZT_PENDING; }
-void ZTSStylesheet::anonymizeStyle(Ref<ZTSStyle>) { ZT_PENDING; }
-// ---- vary: ZTSStylesheetVariations.cpp
-Ref<ZTSStyle> ZTSStylesheet::variationOfStyle(ZTSStyle*, const StyleVariationRequest&) { ZT_PENDING; }
-Ref<ZTSStyle> ZTSStylesheet::anonymousChildOfStyle(ZTSStyle*, const PropertyMap*, bool) { ZT_PENDING; }
-Ref<ZTSStyle> ZTSStylesheet::anonymousStyleOfClass(const ZTSStyleClass&, const StringRef&, const PropertyMap*, bool) { ZT_PENDING; }
-Ref<ZTSStyle> ZTSStylesheet::createStyleOfClass(const ZTSStyleClass&, const ZTSStyleFields&) { ZT_PENDING; }
-void ZTSStylesheet::addStyleAndReferencedStyles(Ref<ZTSStyle>) { ZT_PENDING; }
-void ZTSStylesheet::addStyleAndReferencedStylesWithContext(Ref<ZTSStyle>, NSObject*) { ZT_PENDING; }
-void ZTSStylesheet::removeStyleAndReferencedStyles(Ref<ZTSStyle>) { ZT_PENDING; }
-// ---- vary: ZTSStylesheetCleanup.cpp
-void ZTSStylesheet::enableUnusedStyleCleanup() { ZT_PENDING; }
-void ZTSStylesheet::disableUnusedStyleCleanup() { ZT_PENDING; }
-void ZTSStylesheet::cleanupUnusedStyles() { ZT_PENDING; }
-
-// ---- vary: ZTSVariationIndex.cpp, ZTSUnusedStyles.cpp
-void ZTSStyle::matchingChanged() {}
-void ZTSVariationIndexes::childWasAdded(ZTSStyle&, ZTSStyle&) {}
-void ZTSVariationIndexes::dropIndexOf(ZTSStyle&) noexcept {}
-bool ZTSVariationIndexes::check(const ZTSStylesheet&) const { return true; }
-void ZTSUnusedStyles::useChanged(ZTSStyle&) {}
-void ZTSUnusedStyles::styleEntered(ZTSStyle&) {}
-void ZTSUnusedStyles::styleLeft(ZTSStyle&) noexcept {}
-bool ZTSUnusedStyles::check(const ZTSStylesheet&) const { return true; }
 
 // ---- archive: ZTAXMLCoding.cpp
 Ref<ZTAError> ZTAErrorHandler::handleError(Ref<ZTAError>) { ZT_PENDING; }

@@ -67,6 +67,7 @@ ZTSStyle::ZTSStyle() = default;
 ZTSStyle::~ZTSStyle() {
   intrusive_ptr_add_ref(this);  // whoever is handed this style by what follows must not end it again
   storeStylesheet(nullptr);
+  if (hasState(kIsIndexedValue)) ZTSVariationIndexes::valueDies(*this);
   if (hasState(kRefused)) --sRefusedStyles;
   if (mParent) {
     try {
@@ -314,6 +315,7 @@ void ZTSStyle::p_setUsageCount(std::uint32_t count) {
 
 /// The link and every index that goes with it.
 void ZTSStyle::storeStylesheet(ZTSStylesheet* stylesheet) {
+  ZTSStylesheet* const old = mStylesheet;
   if (mStylesheet != nullptr) {
     if (hasState(kFiledAsOrphan | kUntried)) mStylesheet->orphans().unfile(*this);
     if (hasState(kHasVariationIndex)) ZTSVariationIndexes::dropIndexOf(*this);
@@ -321,6 +323,7 @@ void ZTSStyle::storeStylesheet(ZTSStylesheet* stylesheet) {
   }
   mStylesheet = stylesheet;
   if (mStylesheet != nullptr && mStylesheet->mUnused) mStylesheet->mUnused->styleEntered(*this);
+  if (old != nullptr && old->mVariations) old->mVariations->anonymousStyleChanged(*this);
   matchingChanged();
 }
 

@@ -248,6 +248,8 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// only where they differ from the base's values. Either map may be none. A new map, possibly empty.
   virtual Ref<PropertyMap> overridePropertyMapWithPropertyMap(const PropertyMap* wanted, const PropertyMap* overrides,
                                                               bool canCollapse) const;
+  /// The same as this class computes it, put into an empty map of the caller's.
+  void p_collectOverrides(PropertyMap& result, const PropertyMap* wanted, const PropertyMap* overrides, bool canCollapse) const;
   /// Removes own values that equal the parent's, in one undoable step. Nothing if locked or without parent.
   virtual void collapseOverriddenPropertyValues();
   /// Removes all own values unless the style is locked.
@@ -385,7 +387,8 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
     kFiledAsOrphan = 4,      // listed in its stylesheet under the identifier it misses
     kUntried = 8,            // listed in its stylesheet as to be tried at every retry
     kAdjustingUsageCount = 16,  // an aggregate is passing its own usage count on
-    kHasVariationIndex = 32  // its stylesheet keeps an index over its children
+    kHasVariationIndex = 32,  // its stylesheet keeps an index over its children
+    kIsIndexedValue = 64      // an index has members that hold it as a value
   };
   [[nodiscard]] bool isPlain(std::uint8_t groups) const noexcept { return (mSmall[0] & groups) == groups; }
   void setState(State state, bool on) noexcept {

@@ -15,6 +15,8 @@ StringRef ZTSStyleClass::localizationKeyPrefix() const {
   return prefix;
 }
 
+StringRef ZTSStyleClass::defaultStyleIdentifier() const { return {}; }
+
 bool ZTSStyleClass::canConstructStyleFromIdentifier(const StringRef&) const { return false; }
 
 Ref<ZTSStyle> ZTSStyleClass::makeStyle(const ZTSStyleFields& fields) const {

@@ -42,6 +42,9 @@ class ZT_EXPORT ZTSStyleClass : public ZTClass {
 
   /// The prefix with which names of such styles are looked up for display when they are read: "STYLE_".
   virtual StringRef localizationKeyPrefix() const;
+  /// The identifier of the style that an application's style class falls back on; absent in the base. Asked of the
+  /// class named "ZTWPListStyle" alone, when a variation's base and the style reachable under its identifier differ.
+  virtual StringRef defaultStyleIdentifier() const;
   /// Whether a style of this class can be made from the identifier alone. The base answers false.
   virtual bool canConstructStyleFromIdentifier(const StringRef& identifier) const;
   /// @}
@@ -63,15 +66,21 @@ class ZT_EXPORT ZTSStyleClass : public ZTClass {
     libraryReading = 128   ///< valueForProperty, and what follows references: referencedStyles and the like
   };
   [[nodiscard]] std::uint8_t plainGroups() const noexcept { return mPlainGroups; }
+  /// The same for overridePropertyMapWithPropertyMap, of which styles carry no bit.
+  [[nodiscard]] bool isPlainVarying() const noexcept { return mIsPlainVarying; }
 
  protected:
-  void setPlainGroups(std::uint8_t groups) noexcept { mPlainGroups = groups; }
+  void setPlainGroups(std::uint8_t groups, bool isPlainVarying) noexcept {
+    mPlainGroups = groups;
+    mIsPlainVarying = isPlainVarying;
+  }
   /// Stamps a bare style with its class's plain groups. Styles made otherwise have none and always take
   /// the virtual path.
   void stamp(ZTSStyle& style) const noexcept;
 
  private:
   std::uint8_t mPlainGroups = 0;
+  bool mIsPlainVarying = false;
 };
 
 /// Whether two pointers to member functions belong to one declaration: false as soon as a class between

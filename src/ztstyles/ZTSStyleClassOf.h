@@ -27,7 +27,7 @@ template <class T>
 class ZTSStyleClassOf : public ZTSStyleClass {
  public:
   ZTSStyleClassOf(std::string_view name, const ZTClass& base) : ZTSStyleClass(name, &base, &typeid(T)) {
-    setPlainGroups(groups());
+    setPlainGroups(groups(), variesPlainly());
   }
   /// With the class's registry, where it is known at once and need not be overridden.
   ZTSStyleClassOf(std::string_view name, const ZTClass& base, Ref<const PropertySet> registry)
@@ -50,6 +50,13 @@ class ZTSStyleClassOf : public ZTSStyleClass {
   // one, which adds nothing; its class object is T's.
   struct Bare final : T {};
 
+  static constexpr bool variesPlainly() {
+    if constexpr (requires { &T::overridePropertyMapWithPropertyMap; }) {
+      return kSameOperation<decltype(&T::overridePropertyMapWithPropertyMap), decltype(&ZTSStyle::overridePropertyMapWithPropertyMap)>;
+    } else {
+      return false;
+    }
+  }
   static constexpr std::uint8_t groups() {
     std::uint8_t all = 0;
     if constexpr (requires { &T::valueForProperty; &T::definesProperty; &T::propertyMap; }) {

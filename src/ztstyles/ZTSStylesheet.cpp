@@ -41,6 +41,8 @@ bool ZTSStylesheet::initWithHost(ZTSStylesheetHost* host) {
 ZTSStylesheet::~ZTSStylesheet() {
   intrusive_ptr_add_ref(this);  // whoever is handed this stylesheet by what follows must not end it again
   NSNotificationCenter::defaultCenter().removeObserver(this);
+  mUnused.reset();  // ends the registration for the cleanup
+  mVariations.reset();
   // What the styles do on leaving may reach any other of them: all are held until all have left.
   std::vector<Ref<ZTSStyle>> held = styles().retainedSnapshot();
   bool hasReferences = false;

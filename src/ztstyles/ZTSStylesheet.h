@@ -315,6 +315,11 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   void resolveParentsAfterAdding(ZTSStyle& style, ZTSStyle* displaced);
   /// The identifier was not findable here and is now: whoever found it above, or missed it, looks again.
   void resolveParentsAfterIdentifying(const StringRef& identifier);
+  // Steps of identifying, see ZTSStylesheetIdentify.cpp, and of finding or creating a variation.
+  bool mayIdentify(const char* operation, const ZTSStyle* style) const;
+  std::pair<ZTSStyle*, ZTSStylesheet*> captorOfKeptChild(const ZTSStyleSet& kept, const StringRef& identifier) const;
+  Ref<ZTSStyle> variationOfStyleWithOverrides(ZTSStyle& style, const Ref<ZTSStyle>& base, const Ref<ZTSStyle>& reachable,
+                                              const StyleVariationRequest& request, const PropertyMap* wanted);
   void sortByRegistry(std::vector<Ref<ZTSStyle>>& styles) const;
   ZTSOrphanIndex& orphans();
 

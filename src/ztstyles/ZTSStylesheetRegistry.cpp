@@ -10,6 +10,8 @@
 #include <support/ZTUAssertionHandler.h>
 #include <ztstyles/ZTSOrphanIndex.h>
 #include <ztstyles/ZTSStylesheet.h>
+#include <ztstyles/ZTSUnusedStyles.h>
+#include <ztstyles/ZTSVariationIndex.h>
 
 #include <algorithm>
 #include <typeinfo>
@@ -104,13 +106,22 @@ void ZTSStylesheet::addStyleWithContext(Ref<ZTSStyle> style, NSObject* context) 
 
 /// Stores the style, and answers the one that it displaces.
 Ref<ZTSStyle> ZTSStylesheet::hold(const Ref<ZTSStyle>& style) {
-  if (style->isIdentified()) return mIdentifiedStyles.set(style->identifier(), style);
-  mAnonymousStyles.addObject(style.get());
-  return {};
+  if (mUnused) mUnused->willStore();
+  Ref<ZTSStyle> displaced;
+  if (style->isIdentified()) {
+    displaced = mIdentifiedStyles.set(style->identifier(), style);
+  } else {
+    mAnonymousStyles.addObject(style.get());
+    if (mVariations) mVariations->anonymousStyleChanged(*style);
+  }
+  // A style whose link named this stylesheet before will not be told that it enters.
+  if (mUnused && style->stylesheet() == this) mUnused->styleEntered(*style);
+  return displaced;
 }
 
 /// Drops the style if it is the one that is held.
 void ZTSStylesheet::release(const ZTSStyle& style) noexcept {
+  if (mUnused) mUnused->willRelease(style);
   if (style.isAnonymous()) {
     mAnonymousStyles.removeObject(&style);
   } else if (mIdentifiedStyles.find(style.identifier()) == &style) {

@@ -12,6 +12,7 @@
 #include <boost/container/small_vector.hpp>
 #include <boost/unordered/unordered_flat_set.hpp>
 
+#include <algorithm>
 #include <mutex>
 #include <optional>
 
@@ -107,7 +108,7 @@ struct ZTSVariationIndexes::Values {
         value = entry.value->stableHash();
       } else if (const ZTSStyle* style = asStyle(entry.value.get()); style == nullptr) {
         value = entry.value->stableHash();
-      } else if (style->isPlain(ZTSStyleClass::plainEquality)) {
+      } else if (style->isPlain(ZTSStyleClass::plainComparing)) {
         value = hashOfStyleValue(*style, style->mLocalPropertyMap.get());
       } else {
         return std::nullopt;
@@ -244,6 +245,7 @@ class ZTSVariationIndexes::Index {
   }
 
   void enterHoldersOfChangedValues() {
+    markStale();  // should memory run out on the way
     const auto changed = std::exchange(mChangedValues, {});
     std::vector<Slot> slots;
     for (const ZTSStyle* value : changed) {
@@ -255,6 +257,7 @@ class ZTSVariationIndexes::Index {
     for (const Slot slot : slots) {
       if (const ZTSStyle* member = mMembers.at(slot)) enterAt(slot, *member);
     }
+    mIsStale = false;
   }
 
   [[nodiscard]] bool holdsChangedValue(const ZTSStyle& member) const {
@@ -272,7 +275,7 @@ class ZTSVariationIndexes::Index {
     for (const auto& holder : mHolders) {
       const auto found = values.indexes.find(holder.first);
       if (found == values.indexes.end()) continue;
-      std::erase(found->second, this);
+      found->second.erase(std::remove(found->second.begin(), found->second.end(), this), found->second.end());
       if (!found->second.empty()) continue;
       const_cast<ZTSStyle*>(holder.first)->setState(ZTSStyle::kIsIndexedValue, false);
       values.indexes.erase(found);

@@ -1,0 +1,140 @@
+// Giving held styles an identifier, another one, or none.
+
+#include <platform/NSUndoManager.h>
+#include <support/ZTUAssertionHandler.h>
+#include <ztstyles/ZTSStylesheet.h>
+#include <ztstyles/ZTSUnusedStyles.h>
+#include <ztstyles/ZTSVariationIndex.h>
+
+namespace zt {
+
+namespace {
+
+constexpr const char* kSourceFile = "src/ztstyles/ZTSStylesheet";
+constexpr const char* kIdentify = "identifyStyle:withIdentifier:keepChildren:";
+
+void resolveParentsOfChildren(const ZTSStyle& style) {
+  style.makeChildrenPerform([](ZTSStyle& child) { child.updateParent(); });
+}
+
+}  // namespace
+
+/// Reports no style, and a style of elsewhere; false where there is no style.
+bool ZTSStylesheet::mayIdentify(const char* operation, const ZTSStyle* style) const {
+  if (style == nullptr) {
+    ZT_REPORT(operation, this, kSourceFile, "Stylesheet <%p> can't identify a nil style.", address(this));
+    return false;
+  }
+  if (style->stylesheet() != this) {
+    ZT_REPORT(operation, this, kSourceFile, "Stylesheet <%p> can't identify style <%@ %p> in stylesheet <%p>.", address(this),
+              style->classObject().name(), address(style), address(style->stylesheet()));
+  }
+  return true;
+}
+
+void ZTSStylesheet::identifyStyle(Ref<ZTSStyle> style, StringRef identifier) {
+  identifyStyleKeepingChildren(std::move(style), std::move(identifier), nullptr);
+}
+
+void ZTSStylesheet::identifyStyleKeepingAllChildren(Ref<ZTSStyle> style, StringRef identifier, bool keepAllChildren) {
+  const ZTUMutablePointerSet<ZTSStyle>* kept = style && keepAllChildren ? &style->children() : nullptr;
+  identifyStyleKeepingChildren(std::move(style), std::move(identifier), kept);
+}
+
+/// The style that a kept child would find in the place of the newly identified one, with the child's stylesheet; none
+/// if all would find the right one.
+std::pair<ZTSStyle*, ZTSStylesheet*> ZTSStylesheet::captorOfKeptChild(const ZTSStyleSet& kept, const StringRef& identifier) const {
+  ZTUMutablePointerSet<ZTSStylesheet> searched;
+  for (const ZTSStyle* child : kept) {
+    // A child that carries the identifier itself looks for its parent above its own stylesheet.
+    ZTSStylesheet* start = child->stylesheet();
+    if (start != nullptr && equalTexts(child->identifier(), identifier)) start = start->parent();
+    if (start == nullptr || start == this || !searched.addObject(start)) continue;
+    ZTSStyle* found = start->cascadedStyleWithIdentifier(identifier);
+    if (found != nullptr && found->stylesheet() != nullptr && found->stylesheet()->isDescendantOfStylesheet(this)) {
+      return {found, child->stylesheet()};
+    }
+  }
+  return {};
+}
+
+void ZTSStylesheet::identifyStyleKeepingChildren(Ref<ZTSStyle> style, StringRef identifier,
+                                                 const ZTUMutablePointerSet<ZTSStyle>* keptChildren) {
+  const bool hasStyle = mayIdentify(kIdentify, style.get());
+  if (hasStyle && !identifier) {
+    ZT_REPORT(kIdentify, this, kSourceFile, "Stylesheet <%p> can't identify style <%@ %p> with a nil identifier.", address(this),
+              style->classObject().name(), address(style.get()));
+  }
+  if (hasStyle && keptChildren != nullptr && !keptChildren->isSubsetOfSet(style->children())) {
+    ZT_REPORT(kIdentify, this, kSourceFile, "Children to keep are not a subset of the children of style <%@ %p>",
+              style->classObject().name(), address(style.get()));
+  }
+  if (!hasStyle || !identifier) return;  // nothing could be stored
+
+  // The live children change on the way; and the undo action needs the kept ones alive.
+  ZTSStyleSet kept;
+  if (keptChildren != nullptr) {
+    for (const Ref<ZTSStyle>& child : keptChildren->retainedSnapshot()) kept.addObject(child.get());
+  }
+  constexpr const char* taken = "Style <%@ %p> in stylesheet <%p> is already identified with identifier %@.";
+  if (const ZTSStyle* holder = mIdentifiedStyles.find(identifier)) {
+    ZT_REPORT(kIdentify, this, kSourceFile, taken, holder->classObject().name(), address(holder), address(this), identifier);
+    return;
+  }
+  if (const auto [captor, stylesheet] = captorOfKeptChild(kept, identifier); captor != nullptr) {
+    ZT_REPORT(kIdentify, this, kSourceFile, taken, captor->classObject().name(), address(captor), address(stylesheet), identifier);
+    return;
+  }
+
+  const Ref<ZTSStylesheet> self(this);
+  const StringRef old = style->identifier();
+  if (NSUndoManager* undo = undoManager()) {
+    if (old) {
+      undo->registerUndo(kIdentify, self, [style, old, kept, keeps = keptChildren != nullptr](ZTSStylesheet& stylesheet) {
+        ZTUMutablePointerSet<ZTSStyle> children;
+        children.unionSet(kept);
+        stylesheet.identifyStyleKeepingChildren(style, old, keeps ? &children : nullptr);
+      });
+    } else {
+      undo->registerUndo("anonymizeStyle:", self, [style](ZTSStylesheet& stylesheet) { stylesheet.anonymizeStyle(style); });
+    }
+  }
+
+  // The new entry is made first, so that the style stays held throughout.
+  if (mUnused) mUnused->willStore();
+  mIdentifiedStyles.set(identifier, style);
+  if (!old) {
+    mAnonymousStyles.removeObject(style.get());
+  } else if (mIdentifiedStyles.find(old) == style) {
+    mIdentifiedStyles.remove(old);
+  }
+  style->p_setIdentifier(identifier);
+  for (ZTSStyle* child : kept) child->p_setParentIdentifier(identifier);
+
+  if (old) resolveParentsOfChildren(*style);
+  resolveParentsAfterIdentifying(identifier);
+}
+
+void ZTSStylesheet::anonymizeStyle(Ref<ZTSStyle> style) {
+  if (!mayIdentify("anonymizeStyle:", style.get())) return;
+  if (style->isAnonymous()) {
+    ZT_REPORT("anonymizeStyle:", this, kSourceFile, "Style <%@ %p> in stylesheet <%p> is already anonymous.",
+              style->classObject().name(), address(style.get()), address(this));
+    return;
+  }
+  const Ref<ZTSStylesheet> self(this);
+  const StringRef identifier = style->identifier();
+  if (NSUndoManager* undo = undoManager()) {
+    undo->registerUndo(kIdentify, self, [style, identifier](ZTSStylesheet& stylesheet) {
+      stylesheet.identifyStyleKeepingChildren(style, identifier, nullptr);
+    });
+  }
+  if (mUnused) mUnused->willStore();
+  mAnonymousStyles.addObject(style.get());
+  if (mIdentifiedStyles.find(identifier) == style) mIdentifiedStyles.remove(identifier);
+  style->p_setIdentifier({});
+  if (mVariations) mVariations->anonymousStyleChanged(*style);
+  resolveParentsOfChildren(*style);
+}
+
+}  // namespace zt
