@@ -1,0 +1,466 @@
+// Long random sequences over the public operations. After every step the model must be valid, its indexes right and
+// its lookups, parents and counts what a slow reading of the links gives; undoing everything must bring back the first
+// state, and redoing everything the last one.
+
+#include "Scene.h"
+
+#include <algorithm>
+#include <functional>
+#include <map>
+#include <random>
+
+namespace zt::testing {
+namespace {
+
+/// Overrides what the library may otherwise skip, and adds nothing: the virtual paths.
+template <class Base>
+class Overriding : public Base {
+ public:
+  static const ZTSStyleClass& styleClass() {
+    static const auto* object = new TestClassOf<Overriding>("Overriding" + Base::styleClass().name().text(), Base::styleClass());
+    return *object;
+  }
+  const ZTSStyleClass& classObject() const override { return styleClass(); }
+  Ref<NSObject> valueForProperty(PropertyKey key) const override { return Base::valueForProperty(key); }
+  bool definesProperty(PropertyKey key) const override { return Base::definesProperty(key); }
+  Ref<PropertyMap> propertyMap() const override { return Base::propertyMap(); }
+  Ref<const PropertyMap> overridePropertyMap() const override { return Base::overridePropertyMap(); }
+  void stylePropertiesChanged(const ZTSStyleChangeInfo& change) override { Base::stylePropertiesChanged(change); }
+  void updateParent() override { Base::updateParent(); }
+  void incrementUsageCount() override { Base::incrementUsageCount(); }
+  void decrementUsageCount() override { Base::decrementUsageCount(); }
+  void incrementOrphanCount() override { Base::incrementOrphanCount(); }
+  void decrementOrphanCount() override { Base::decrementOrphanCount(); }
+  bool isEqual(const NSObject* other) const override { return Base::isEqual(other); }
+};
+
+/// Refers to aggregates as well as to plain styles. Families never refer upward, so that no counts run in a circle.
+class TopAggregate : public TestAggregate {
+ public:
+  static const ZTSStyleClass& styleClass() {
+    static const auto* object = new TestClassOf<TopAggregate>("TopAggregate", TestAggregate::styleClass());
+    return *object;
+  }
+  const ZTSStyleClass& classObject() const override { return styleClass(); }
+};
+
+class RandomHost : public TestHost {
+ public:
+  bool willRemoveUnusedStyle(ZTSStyle& style) override {
+    if (undo->isUndoingOrRedoing() || style.isIdentified()) return false;
+    const auto observers = style.observers().allObjects();
+    return std::none_of(observers.begin(), observers.end(),
+                        [](ZTSStyleObserver* observer) { return dynamic_cast<ZTSAggregateStyle*>(observer) != nullptr; });
+  }
+};
+
+class Watcher : public NSObject, public ZTSStyleObserver {};
+
+class RandomModel {
+ public:
+  explicit RandomModel(unsigned seed) : mRandom(seed) {
+    mLower->setParent(mUpper);
+    NSUndoManager& undo = *mHost.undo;
+    undo.disableUndoRegistration();
+    for (int count = 0; count < 40; ++count) addNew();
+    for (ZTSStyle* style : attached()) {
+      if (chance(3)) style->addObserver(mWatcher.get());
+      if (chance(3)) count(style, &ZTSStyle::incrementUsageCount, "use");
+    }
+    undo.enableUndoRegistration();
+    if (seed % 2 == 0) mLower->enableUnusedStyleCleanup();
+    if (seed % 3 == 0) {
+      mListener.emplace(ZTSStylePropertiesChangedNotification, nullptr, [this](const NSNotification&) { ++mPosts; });
+    }
+    check("the start");
+  }
+  ~RandomModel() {
+    mHost.undo->removeAllActions();
+    for (const Ref<ZTSStyle>& style : mPool) style->removeObserver(mWatcher.get());
+  }
+
+  void step() {
+    NSUndoManager& undo = *mHost.undo;
+    if (chance(8)) {
+      const int times = 1 + below(4);
+      for (int count = 0; count < times && undo.canUndo(); ++count) undo.undo();
+      check("undo");
+      for (int count = below(5); count > 0 && undo.canRedo(); --count) undo.redo();
+      return check("redo");
+    }
+    const auto& [name, operation] = operations()[static_cast<std::size_t>(below(static_cast<int>(operations().size())))];
+    mTrace.push_back(name);
+    {
+      ZTUAssertionRecorder refusals;  // an operation may refuse what makes no sense
+      undo.performInGroup([&] {
+        for (int count = 1 + below(2); count > 0; --count) operation(*this);
+      });
+    }
+    adopt();
+    check(name);
+  }
+
+  void undoAll() {
+    while (mHost.undo->canUndo()) mHost.undo->undo();
+    check("undo of everything");
+  }
+  void redoAll() {
+    while (mHost.undo->canRedo()) mHost.undo->redo();
+    check("redo of everything");
+  }
+
+  /// Everything that undo brings back, as text. Styles outside the stylesheets do not count.
+  std::string snapshot() {
+    adopt();
+    std::string text;
+    for (std::size_t index = 0; index < mPool.size(); ++index) {
+      const ZTSStyle& style = *mPool[index];
+      if (style.stylesheet() == nullptr) continue;
+      text += format("%d in %d name=%@ id=%@ parent=%@ %d locked=%d uses=%d orphan=%d", index, style.stylesheet() == mLower.get(),
+                     style.name(), style.identifier(), style.parentIdentifier(), numberOf(style.parent()), style.isLocked(),
+                     style.usageCount(), style.orphanCount());
+      std::map<std::string, std::string> values;
+      if (const Ref<const PropertyMap> own = style.overridePropertyMap()) {
+        for (const PropertyMap::Entry& entry : *own) values[std::string(entry.key.view())] = textOf(entry.value.get());
+      }
+      for (const auto& [key, value] : values) text += " " + key + "=" + value;
+      std::vector<std::string> links;
+      for (const ZTSStyle* child : style.children()) links.push_back(format(" child %d", numberOf(child)));
+      for (ZTSStyleObserver* observer : style.observers().allObjects()) {
+        links.push_back(format(" observer %d times %d", numberOf(dynamic_cast<ZTSStyle*>(observer)),
+                               style.observers().countForObject(observer)));
+      }
+      std::sort(links.begin(), links.end());
+      for (const std::string& link : links) text += link;
+      text += '\n';
+    }
+    return text;
+  }
+
+  void copyBoth() {
+    const std::string before = snapshot();
+    for (const Ref<ZTSStylesheet>& sheet : {mUpper, mLower}) {
+      const Ref<NSObject> copied = sheet->copy();
+      auto* copy = dynamic_cast<ZTSStylesheet*>(copied.get());
+      ASSERT_NE(copy, nullptr);
+      copy->validate();
+      EXPECT_TRUE(copy->indexesAreRight());
+      EXPECT_EQ(copy->styles().count(), sheet->styles().count());
+      if (!mHasRefusedParent) {
+        EXPECT_TRUE(copy->isEqual(sheet.get()) && sheet->isEqual(copy));
+        EXPECT_EQ(copy->hash(), sheet->hash());
+      }
+      for (ZTSStyle* style : copy->styles()) {
+        if (style->referencedStyles()) {
+          for (ZTSStyle* referenced : *style->referencedStyles()) EXPECT_NE(referenced->stylesheet(), sheet.get());
+        }
+      }
+    }
+    EXPECT_EQ(snapshot(), before);
+    check("copy");
+  }
+
+  [[nodiscard]] std::string trace() const {
+    std::string text;
+    for (const char* name : mTrace) text += std::string(text.empty() ? "" : ", ") + name;
+    return text;
+  }
+
+ private:
+  using Operation = void (*)(RandomModel&);
+
+  static const std::vector<std::pair<const char*, Operation>>& operations() {
+    using M = RandomModel;
+    static const std::vector<std::pair<const char*, Operation>> all{
+        {"add", [](M& m) { m.addNew(); }},
+        {"add again", [](M& m) { m.addAgain(); }},
+        {"remove", [](M& m) { if (ZTSStyle* style = m.unreferenced()) style->stylesheet()->removeStyle(Ref<ZTSStyle>(style)); }},
+        {"identify", [](M& m) { m.identify(); }},
+        {"anonymize", [](M& m) { if (ZTSStyle* style = m.any()) style->stylesheet()->anonymizeStyle(Ref<ZTSStyle>(style)); }},
+        {"parent", [](M& m) { if (ZTSStyle* style = m.any()) style->setParentIdentifier(m.identifierFor(*style)); }},
+        {"name", [](M& m) { if (ZTSStyle* style = m.any()) style->setName(format("name %d", ++m.mNames)); }},
+        {"lock", [](M& m) { if (ZTSStyle* style = m.any()) style->setIsLocked(!style->isLocked()); }},
+        {"set value", [](M& m) { if (ZTSStyle* style = m.any()) m.setOne(*style); }},
+        {"set values", [](M& m) { if (ZTSStyle* style = m.any()) style->setValuesForProperties(*m.valuesFor(*style)); }},
+        {"remove value", [](M& m) { if (ZTSStyle* style = m.any()) style->removeValueForProperty(m.key()); }},
+        {"remove values", [](M& m) { if (ZTSStyle* style = m.any()) style->removeValuesForProperties(*m.keys()); }},
+        {"locked set", [](M& m) { if (ZTSStyle* style = m.any()) style->lockedStyleSetValuesForProperties(*m.valuesFor(*style), m.below(8)); }},
+        {"locked remove", [](M& m) { if (ZTSStyle* style = m.any()) style->lockedStyleRemoveValuesForProperties(*m.keys(), m.below(8)); }},
+        {"collapse", [](M& m) { if (ZTSStyle* style = m.any()) style->collapseOverriddenPropertyValues(); }},
+        {"clear", [](M& m) { if (ZTSStyle* style = m.any()) style->clearOverriddenPropertyValues(); }},
+        {"replace", [](M& m) { m.replace(); }},
+        {"vary", [](M& m) { m.vary(); }},
+        {"use", [](M& m) { if (ZTSStyle* style = m.any()) m.count(style, &ZTSStyle::incrementUsageCount, "use"); }},
+        {"unuse", [](M& m) { m.uncount("use"); }},
+        {"orphan", [](M& m) { if (ZTSStyle* style = m.any()) m.count(style, &ZTSStyle::incrementOrphanCount, "orphan"); }},
+        {"unorphan", [](M& m) { m.uncount("orphan"); }},
+        {"quiet", [](M& m) { m.quietly(); }},
+    };
+    return all;
+  }
+
+  int below(int limit) { return static_cast<int>(mRandom() % static_cast<unsigned>(limit)); }
+  bool chance(int oneIn) { return below(oneIn) == 0; }
+
+  std::vector<ZTSStyle*> attached() const {
+    std::vector<ZTSStyle*> found;
+    for (const Ref<ZTSStyle>& style : mPool) {
+      if (style->stylesheet() != nullptr) found.push_back(style.get());
+    }
+    return found;
+  }
+  ZTSStyle* anyOf(const std::function<bool(ZTSStyle&)>& fits) {
+    std::vector<ZTSStyle*> found = attached();
+    std::erase_if(found, [&](ZTSStyle* style) { return !fits(*style); });
+    return found.empty() ? nullptr : found[static_cast<std::size_t>(below(static_cast<int>(found.size())))];
+  }
+  ZTSStyle* any() {
+    return anyOf([](ZTSStyle&) { return true; });
+  }
+  /// Removing a style that others refer to leaves a reference out of the stylesheet, which validation tells.
+  static bool isReferenced(ZTSStyle& style) {
+    const auto observers = style.observers().allObjects();
+    return std::any_of(observers.begin(), observers.end(), [](auto* each) { return dynamic_cast<ZTSAggregateStyle*>(each) != nullptr; });
+  }
+  ZTSStyle* unreferenced() {
+    return anyOf([](ZTSStyle& style) { return !isReferenced(style); });
+  }
+
+  /// 0 plain styles, 1 aggregates of these, 2 aggregates of both. Parents are of one's own family.
+  static int familyOf(const ZTSStyle& style) {
+    if (style.classObject().isKindOf(TopAggregate::styleClass())) return 2;
+    return style.classObject().isKindOf(TestAggregate::styleClass()) ? 1 : 0;
+  }
+  StringRef identifierOf(int family) { return format("%s%d", std::string_view("agt").substr(static_cast<std::size_t>(family), 1), below(14)); }
+  StringRef identifierFor(const ZTSStyle& style) { return chance(8) ? StringRef() : identifierOf(familyOf(style)); }
+
+  PropertyKey key() {
+    const PropertyKey all[] = {size, weight, colour, list, label};
+    return all[below(5)];
+  }
+  Ref<PropertySet> keys() {
+    const Ref<PropertySet> set = PropertySet::make();
+    for (int count = 1 + below(3); count > 0; --count) set->add(key());
+    return set;
+  }
+  Ref<NSObject> valueFor(ZTSStyle& style, PropertyKey key) {
+    if (key != list && key != label) {
+      if (chance(6)) return Ref<NSObject>(NSNull::null());
+      return NSNumber::withInteger(below(4));
+    }
+    const int family = familyOf(style);
+    const ZTSStylesheet* sheet = style.stylesheet();
+    ZTSStyle* referenced = family == 0 || sheet == nullptr ? nullptr : anyOf([&](ZTSStyle& each) {
+      return familyOf(each) < family && (each.stylesheet() == sheet || each.stylesheet() == sheet->parent());
+    });
+    return referenced != nullptr ? Ref<NSObject>(referenced) : Ref<NSObject>(NSNull::null());
+  }
+  Ref<PropertyMap> valuesFor(ZTSStyle& style) {
+    const Ref<PropertyMap> map = PropertyMap::make();
+    for (const PropertyKey each : keys()->keys()) map->set(each, valueFor(style, each));
+    return map;
+  }
+
+  void addNew() {
+    static const ZTSStyleClass* const classes[] = {
+        &TestStyle::styleClass(),     &TestStyle::styleClass(),    &Overriding<TestStyle>::styleClass(),
+        &TestAggregate::styleClass(), &TopAggregate::styleClass(), &Overriding<TopAggregate>::styleClass()};
+    const ZTSStyleClass& styleClass = *classes[below(6)];
+    const int family = styleClass.isKindOf(TopAggregate::styleClass()) ? 2 : styleClass.isKindOf(TestAggregate::styleClass()) ? 1 : 0;
+    const Ref<PropertyMap> values = mapOf({{size, below(4)}, {weight, below(4)}});
+    const Ref<ZTSStyle> style = styleClass.makeStyle({.identifier = chance(2) ? identifierOf(family) : StringRef(),
+                                                      .parentIdentifier = chance(6) ? StringRef() : identifierOf(family),
+                                                      .overridePropertyMap = chance(3) ? nullptr : values.get(),
+                                                      .isLocked = chance(4)});
+    mPool.push_back(style);
+    put(style, chance(2) ? *mUpper : *mLower);
+  }
+  /// Not where it would displace a style that others refer to.
+  void put(const Ref<ZTSStyle>& style, ZTSStylesheet& sheet) {
+    ZTSStyle* displaced = sheet.styleWithIdentifier(style->identifier());
+    if (displaced == nullptr || !isReferenced(*displaced)) sheet.addStyle(style);
+  }
+  void addAgain() {
+    const Ref<ZTSStyle>& style = mPool[static_cast<std::size_t>(below(static_cast<int>(mPool.size())))];
+    // References that it had may have left their stylesheets meanwhile.
+    if (style->stylesheet() == nullptr && familyOf(*style) == 0) put(style, chance(2) ? *mUpper : *mLower);
+  }
+  void identify() {
+    ZTSStyle* style = any();
+    if (style == nullptr) return;
+    const StringRef identifier = identifierOf(familyOf(*style));
+    switch (below(3)) {
+      case 0: return style->stylesheet()->identifyStyle(Ref<ZTSStyle>(style), identifier);
+      case 1: return style->stylesheet()->identifyStyleKeepingAllChildren(Ref<ZTSStyle>(style), identifier, chance(2));
+      default: {
+        ZTUMutablePointerSet<ZTSStyle> kept;
+        for (ZTSStyle* child : style->children()) {
+          if (chance(2)) kept.addObject(child);
+        }
+        return style->stylesheet()->identifyStyleKeepingChildren(Ref<ZTSStyle>(style), identifier, &kept);
+      }
+    }
+  }
+  void setOne(ZTSStyle& style) {
+    const PropertyKey changed = key();
+    const Ref<NSObject> value = valueFor(style, changed);
+    style.setValueForProperty(isNull(value.get()) ? Ref<NSObject>() : value, changed);
+  }
+  void replace() {
+    ZTSStyle* style = anyOf([](ZTSStyle& each) { return familyOf(each) == 0; });
+    if (style == nullptr) return;
+    ZTSStyle* other = anyOf([&](ZTSStyle& each) { return each.stylesheet() == style->stylesheet() && &each.classObject() == &style->classObject(); });
+    style->replaceWithStyle(other);
+  }
+  void vary() {
+    ZTSStyle* style = anyOf([](ZTSStyle& each) { return each.isIdentified() || each.parent() != nullptr; });
+    if (style == nullptr) return;
+    const Ref<PropertyMap> values = valuesFor(*style);
+    const StyleVariationRequest request{.propertyMap = values.get(), .isLocked = chance(4), .canCollapse = !chance(3), .canReuseIdentifiedChildren = chance(2)};
+    const Ref<ZTSStyle> first = style->stylesheet()->variationOfStyle(style, request);
+    ASSERT_NE(first, nullptr);
+    EXPECT_EQ(style->stylesheet()->variationOfStyle(style, request), first);
+    EXPECT_EQ(first->isLocked(), request.isLocked);
+  }
+  void quietly() {
+    ZTSStylesheet& sheet = chance(2) ? *mUpper : *mLower;
+    sheet.setIsChangeCommunicationEnabled(false);
+    if (ZTSStyle* style = anyOf([&](ZTSStyle& each) { return each.stylesheet() == &sheet; })) setOne(*style);
+    sheet.setIsChangeCommunicationEnabled(true);
+  }
+
+  // What a document does whose content uses styles: it counts, undoably.
+  struct Use {
+    Ref<ZTSStyle> style;
+    std::string kind;
+  };
+  void count(ZTSStyle* style, void (ZTSStyle::*operation)(), const char* kind) {
+    if (mHost.undo->isUndoRegistrationEnabled()) registerCount(Ref<ZTSStyle>(style), kind, true);
+    (style->*operation)();
+    mUses.push_back({Ref<ZTSStyle>(style), kind});
+  }
+  void uncount(const char* kind) {
+    std::vector<std::size_t> found;
+    for (std::size_t index = 0; index < mUses.size(); ++index) {
+      if (mUses[index].kind == kind) found.push_back(index);
+    }
+    if (found.empty()) return;
+    const Use use = mUses[found[static_cast<std::size_t>(below(static_cast<int>(found.size())))]];
+    registerCount(use.style, use.kind, false);
+    dropUse(use.style, use.kind);
+  }
+  void dropUse(const Ref<ZTSStyle>& style, const std::string& kind) {
+    const auto found = std::find_if(mUses.begin(), mUses.end(), [&](const Use& use) { return use.style == style && use.kind == kind; });
+    ASSERT_NE(found, mUses.end());
+    mUses.erase(found);
+    kind == "use" ? style->decrementUsageCount() : style->decrementOrphanCount();
+  }
+  void registerCount(const Ref<ZTSStyle>& style, const std::string& kind, bool wasAdded) {
+    mHost.undo->registerUndo("count", style, [this, kind, wasAdded](ZTSStyle& target) {
+      const Ref<ZTSStyle> held(&target);
+      registerCount(held, kind, !wasAdded);
+      if (wasAdded) return dropUse(held, kind);
+      kind == "use" ? target.incrementUsageCount() : target.incrementOrphanCount();
+      mUses.push_back({held, kind});
+    });
+  }
+
+  /// Styles that variations have made join the pool.
+  void adopt() {
+    for (const Ref<ZTSStylesheet>& sheet : {mUpper, mLower}) {
+      for (ZTSStyle* style : sheet->styles()) {
+        if (numberOf(style) < 0) mPool.emplace_back(style);
+      }
+    }
+  }
+  int numberOf(const ZTSStyle* style) const {
+    const auto found = std::find(mPool.begin(), mPool.end(), style);
+    return style == nullptr || found == mPool.end() ? -1 : static_cast<int>(found - mPool.begin());
+  }
+  std::string textOf(NSObject* value) const {
+    const ZTSStyle* style = asStyle(value);
+    return style != nullptr ? format("style %d", numberOf(style)) : value->description();
+  }
+
+  void check(const char* after) {
+    SCOPED_TRACE(after);
+    ZTUAssertionRecorder reports;
+    ZTULogRecorder notices;
+    for (const Ref<ZTSStylesheet>& sheet : {mUpper, mLower}) {
+      sheet->validate();
+      EXPECT_TRUE(sheet->indexesAreRight());
+    }
+    EXPECT_THAT(reports.descriptions(), ::testing::IsEmpty());
+    mHasRefusedParent = false;
+    for (const ZTSStyle* style : attached()) checkAgainstSlowModel(*style);
+  }
+
+  void checkAgainstSlowModel(const ZTSStyle& style) {
+    const ZTSStyle* setter = &style;
+    while (setter != nullptr && !setter->overridesProperty(size)) setter = setter->parent();
+    const Ref<NSObject> own = setter != nullptr ? setter->overrideValueForProperty(size) : Ref<NSObject>();
+    EXPECT_EQ(style.valueForProperty(size), isNull(own.get()) ? Ref<NSObject>() : own);
+
+    const ZTSStylesheet* reach = style.p_reachStylesheet();
+    const ZTSStyle* named = reach != nullptr ? reach->cascadedStyleWithIdentifier(style.parentIdentifier()) : nullptr;
+    if (style.parent() != named) {
+      const ZTSStyle* ancestor = named;
+      while (ancestor != nullptr && ancestor != &style) ancestor = ancestor->parent();
+      EXPECT_TRUE(style.parent() == nullptr && ancestor == &style) << "only a parent that closes a loop is left out";
+      mHasRefusedParent = true;
+    }
+
+    std::uint32_t uses = 0;
+    std::uint32_t orphans = 0;
+    for (const Use& use : mUses) {
+      if (use.style == &style) ++(use.kind == "use" ? uses : orphans);
+    }
+    const auto add = [&](const ZTSStyle& user, std::uint32_t times) {
+      if (user.usageCount() != 0) uses += times;
+      if (user.orphanCount() != 0) orphans += times;
+    };
+    for (const ZTSStyle* child : style.children()) add(*child, 1);
+    for (ZTSStyleObserver* observer : style.observers().allObjects()) {
+      const auto* aggregate = dynamic_cast<ZTSAggregateStyle*>(observer);
+      if (aggregate != nullptr) add(*aggregate, static_cast<std::uint32_t>(style.observers().countForObject(observer)));
+    }
+    EXPECT_EQ(style.usageCount(), uses);
+    EXPECT_EQ(style.orphanCount(), orphans);
+  }
+
+  std::mt19937 mRandom;
+  RandomHost mHost;
+  Ref<ZTSStylesheet> mUpper = ZTSStylesheet::withHost(&mHost);
+  Ref<ZTSStylesheet> mLower = ZTSStylesheet::withHost(&mHost);
+  std::vector<Ref<ZTSStyle>> mPool;
+  std::vector<Use> mUses;
+  Ref<Watcher> mWatcher = make<Watcher>();
+  std::optional<NotificationListener> mListener;
+  std::vector<const char*> mTrace;
+  int mPosts = 0;
+  int mNames = 0;
+  bool mHasRefusedParent = false;
+};
+
+class RandomModelTest : public ::testing::TestWithParam<unsigned> {};
+
+TEST_P(RandomModelTest, StaysValidAndGoesBackToItsFirstState) {
+  ZTULogRecorder notices;
+  RandomModel model(GetParam());
+  const std::string first = model.snapshot();
+  for (int step = 0; step < 250 && !HasFailure(); ++step) model.step();
+  const std::string last = model.snapshot();
+  if (!HasFailure()) model.copyBoth();
+  if (!HasFailure()) {
+    model.undoAll();
+    EXPECT_EQ(model.snapshot(), first);
+    model.redoAll();
+    EXPECT_EQ(model.snapshot(), last);
+  }
+  if (HasFailure()) std::cerr << "seed " << GetParam() << ": " << model.trace() << '\n';
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, RandomModelTest, ::testing::Range(1u, 21u));
+
+}  // namespace
+}  // namespace zt::testing
