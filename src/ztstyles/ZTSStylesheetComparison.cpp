@@ -24,6 +24,7 @@ class ZTSStylesheet::Copying {
     const std::vector<Ref<ZTSStyle>> copies = mCopies->allValues();
     for (const Ref<ZTSStyle>& style : copies) relinkValues(*style);
     for (const Ref<ZTSStyle>& style : copies) join(copied, style);
+    for (const Ref<ZTSStyle>& style : copies) retry(*style);
   }
 
  private:
@@ -82,6 +83,12 @@ class ZTSStylesheet::Copying {
     style->setStylesheet(&copied);
     // Only where damage gave two styles one identifier.
     if (displaced) displaced->setStylesheet(nullptr);
+  }
+
+  /// A style whose parent would close a loop joins before that parent, and may first have found another one above.
+  static void retry(ZTSStyle& style) {
+    const ZTSStylesheet* reach = style.p_reachStylesheet();
+    if (reach != nullptr && reach->cascadedStyleWithIdentifier(style.parentIdentifier()) != style.parent()) style.updateParent();
   }
 
   const ZTSStylesheet& mOriginal;
