@@ -88,7 +88,8 @@ class ZTSStylesheet::Copying {
   /// A style whose parent would close a loop joins before that parent, and may first have found another one above.
   static void retry(ZTSStyle& style) {
     const ZTSStylesheet* reach = style.p_reachStylesheet();
-    if (reach != nullptr && reach->cascadedStyleWithIdentifier(style.parentIdentifier()) != style.parent()) style.updateParent();
+    if (reach != nullptr && reach->cascadedStyleWithIdentifier(style.parentIdentifier()) != style.parent())
+      style.updateParent();
   }
 
   const ZTSStylesheet& mOriginal;

@@ -82,7 +82,8 @@ std::vector<std::string> told(const ZTUAssertionRecorder& recorder, std::string_
     for (const auto& [name, style] : {std::pair{"p", &model.p}, {"c", &model.c}, {"a", &model.a}}) {
       const std::string text = style->shortDescription();
       if (line.starts_with(text)) line = name + line.substr(text.size());
-      if (line.size() > text.size() + 1 && line.ends_with(text + "!")) line = line.substr(0, line.size() - text.size() - 1) + name + "!";
+      if (line.size() > text.size() + 1 && line.ends_with(text + "!"))
+        line = line.substr(0, line.size() - text.size() - 1) + name + "!";
     }
     lines.push_back(line);
   }
@@ -102,37 +103,76 @@ ZTSStyle& aOf(Model& m) { return m.a; }
 
 TEST(StyleValidationTest, ReportsEachBrokenInvariantInOrder) {
   const StyleCase cases[] = {
-      {"own parent", [](Model& m) { m.c.p_setParent(Ref<ZTSStyle>(&m.c)); }, cOf,
+      {"own parent",
+       [](Model& m) { m.c.p_setParent(Ref<ZTSStyle>(&m.c)); },
+       cOf,
        {"c -- Style is its own parent!", "c -- Style's parent identifier does not match identifier of parent!",
-        "c -- Style is not the child of it's parent!", "c -- Style's parent is not reachable from style's stylesheet!"}},
-      {"anonymous parent", [](Model& m) { m.c.p_setParent(Ref<ZTSStyle>(&m.a)); }, cOf,
+        "c -- Style is not the child of it's parent!",
+        "c -- Style's parent is not reachable from style's stylesheet!"}},
+      {"anonymous parent",
+       [](Model& m) { m.c.p_setParent(Ref<ZTSStyle>(&m.a)); },
+       cOf,
        {"c -- Style has anonymous parent!", "c -- Style's parent identifier does not match identifier of parent!",
-        "c -- Style is not the child of it's parent!", "c -- Style's parent is not reachable from style's stylesheet!"}},
-      {"other parent identifier", [](Model& m) { m.c.p_setParentIdentifier("q"); }, cOf,
+        "c -- Style is not the child of it's parent!",
+        "c -- Style's parent is not reachable from style's stylesheet!"}},
+      {"other parent identifier",
+       [](Model& m) { m.c.p_setParentIdentifier("q"); },
+       cOf,
        {"c -- Style's parent identifier does not match identifier of parent!",
         "c -- Style's parent is not reachable from style's stylesheet!"}},
-      {"no identifiers at all", [](Model& m) { m.p.p_setIdentifier({}); m.a.p_setParentIdentifier({}); }, aOf,
+      {"no identifiers at all",
+       [](Model& m) {
+         m.p.p_setIdentifier({});
+         m.a.p_setParentIdentifier({});
+       },
+       aOf,
        {"a -- Style has anonymous parent!", "a -- Style's parent identifier does not match identifier of parent!",
         "a -- Style's parent is not reachable from style's stylesheet!"}},
-      {"parent does not know", [](Model& m) { m.p.p_setChildren({}); }, cOf, {"c -- Style is not the child of it's parent!"}},
-      {"no stylesheet", [](Model& m) { m.c.p_setStylesheet(nullptr); }, cOf,
-       {"c -- Parented style is not contained in a stylesheet!", "c -- Style's parent is not reachable from style's stylesheet!"}},
+      {"parent does not know",
+       [](Model& m) { m.p.p_setChildren({}); },
+       cOf,
+       {"c -- Style is not the child of it's parent!"}},
+      {"no stylesheet",
+       [](Model& m) { m.c.p_setStylesheet(nullptr); },
+       cOf,
+       {"c -- Parented style is not contained in a stylesheet!",
+        "c -- Style's parent is not reachable from style's stylesheet!"}},
       {"own identifier as parent's, in the same sheet",
-       [](Model& m) { m.c.p_setIdentifier("p"); }, cOf, {"c -- Style's parent is not reachable from style's stylesheet!"}},
-      {"anonymous with children", [](Model& m) { m.a.p_setChildren(childrenOf({&m.c})); }, aOf,
+       [](Model& m) { m.c.p_setIdentifier("p"); },
+       cOf,
+       {"c -- Style's parent is not reachable from style's stylesheet!"}},
+      {"anonymous with children",
+       [](Model& m) { m.a.p_setChildren(childrenOf({&m.c})); },
+       aOf,
        {"a -- Anonymous style has children!", "a -- Style's identifier does not match parent identifier of child!",
         "a -- Style is not the parent of it's child!", "a -- Style not reachable from child's stylesheet!"}},
-      {"parent without stylesheet", [](Model& m) { m.p.p_setStylesheet(nullptr); }, pOf,
+      {"parent without stylesheet",
+       [](Model& m) { m.p.p_setStylesheet(nullptr); },
+       pOf,
        {"p -- Parent style is not contained in a stylesheet!"}},
-      {"own child", [](Model& m) { m.p.p_setChildren(childrenOf({&m.p})); }, pOf,
+      {"own child",
+       [](Model& m) { m.p.p_setChildren(childrenOf({&m.p})); },
+       pOf,
        {"p -- Style is its own child!", "p -- Style's identifier does not match parent identifier of child!",
         "p -- Style is not the parent of it's child!", "p -- Style not reachable from child's stylesheet!"}},
-      {"child with other parent", [](Model& m) { m.c.p_setParent({}); }, pOf, {"p -- Style is not the parent of it's child!"}},
-      {"child without stylesheet", [](Model& m) { m.c.p_setStylesheet(nullptr); }, pOf,
+      {"child with other parent",
+       [](Model& m) { m.c.p_setParent({}); },
+       pOf,
+       {"p -- Style is not the parent of it's child!"}},
+      {"child without stylesheet",
+       [](Model& m) { m.c.p_setStylesheet(nullptr); },
+       pOf,
        {"p -- Child style is not contained in a stylesheet!", "p -- Style not reachable from child's stylesheet!"}},
-      {"not registered", [](Model& m) { m.sheet->p_identifiedStyles().remove("p"); }, pOf,
+      {"not registered",
+       [](Model& m) { m.sheet->p_identifiedStyles().remove("p"); },
+       pOf,
        {"p -- Style not reachable from child's stylesheet!", "p -- Style not reachable from child's stylesheet!"}},
-      {"own observer", [](Model& m) { m.p.p_setObservers(observersOf({&m.p, &m.c})); }, pOf, {"-- Style is observing itself!"}},
+      {"own observer",
+       [](Model& m) {
+         m.p.p_setObservers(observersOf({&m.p, &m.c}));
+       },
+       pOf,
+       {"-- Style is observing itself!"}},
       {"sound", [](Model&) {}, pOf, {}},
   };
   for (const StyleCase& each : cases) {
@@ -158,9 +198,9 @@ TEST(StyleValidationTest, NamesAnObserverThatIsNoObjectAndEndsWithTheClassesOwnC
   style.p_setObservers(observersOf({&stray, &style}));
   ZTUAssertionRecorder recorder;
   style.validate();
-  EXPECT_THAT(recorder.descriptions(),
-              ElementsAre(format("%@ -- Style's observer %#x is not an NSObject!", style.shortDescription(), address(&stray)),
-                          "-- Style is observing itself!", "hook"));
+  EXPECT_THAT(recorder.descriptions(), ElementsAre(format("%@ -- Style's observer %#x is not an NSObject!",
+                                                          style.shortDescription(), address(&stray)),
+                                                   "-- Style is observing itself!", "hook"));
 }
 
 TEST(StyleValidationTest, AcceptsAStyleThatSpecialisesOneOfTheSameIdentifier) {
@@ -184,13 +224,17 @@ TEST(StylesheetValidationTest, ReportsEachBrokenInvariantInOrder) {
   const SheetCase cases[] = {
       {"sound", [](Model&) {}, {}},
       {"other stylesheet", [](Model& m) { m.c.p_setStylesheet(nullptr); }, {"c -- Style with incorrect stylesheet!"}},
-      {"identified style without identifier", [](Model& m) { m.c.p_setIdentifier({}); },
+      {"identified style without identifier",
+       [](Model& m) { m.c.p_setIdentifier({}); },
        {"c -- Anonymous style missing from mAnonymousStyles!", "c -- Anonymous style in mIdentifiedStyles!"}},
-      {"anonymous style registered too", [](Model& m) { m.sheet->p_identifiedStyles().set("x", Ref<ZTSStyle>(&m.a)); },
+      {"anonymous style registered too",
+       [](Model& m) { m.sheet->p_identifiedStyles().set("x", Ref<ZTSStyle>(&m.a)); },
        {"a -- Anonymous style in mIdentifiedStyles!"}},
-      {"anonymous style with identifier", [](Model& m) { m.a.p_setIdentifier("a"); },
+      {"anonymous style with identifier",
+       [](Model& m) { m.a.p_setIdentifier("a"); },
        {"a -- Identified style missing from mIdentifiedStyles.", "a -- Identified style in mAnonymousStyles!"}},
-      {"registered twice", [](Model& m) { m.sheet->p_identifiedStyles().set("c2", Ref<ZTSStyle>(&m.c)); },
+      {"registered twice",
+       [](Model& m) { m.sheet->p_identifiedStyles().set("c2", Ref<ZTSStyle>(&m.c)); },
        {"c -- Style in mIdentifiedStyles more than once!"}},
       {"other key",
        [](Model& m) {
@@ -198,9 +242,11 @@ TEST(StylesheetValidationTest, ReportsEachBrokenInvariantInOrder) {
          m.sheet->p_identifiedStyles().set("k", Ref<ZTSStyle>(&m.c));
        },
        {"c -- Style identifier differs from key \"k\" in mIdentifiedStyles!"}},
-      {"identified style among the anonymous", [](Model& m) { m.sheet->p_anonymousStyles().addObject(&m.c); },
+      {"identified style among the anonymous",
+       [](Model& m) { m.sheet->p_anonymousStyles().addObject(&m.c); },
        {"c -- Identified style in mAnonymousStyles!"}},
-      {"one identifier, unequal styles", [](Model& m) { m.c.p_setIdentifier("p"); },
+      {"one identifier, unequal styles",
+       [](Model& m) { m.c.p_setIdentifier("p"); },
        {"p -- Style has same identifer as c!", "c -- Style identifier differs from key \"c\" in mIdentifiedStyles!",
         "c -- Style has same identifer as p!"}},
       {"one identifier, equal styles",
@@ -230,7 +276,8 @@ TEST(StylesheetValidationTest, ReportsEachBrokenInvariantInOrder) {
        {"p -- Style has same identifer as c!", "p -- Style has the same name as c!",
         "c -- Style identifier differs from key \"c\" in mIdentifiedStyles!", "c -- Style has same identifer as p!",
         "c -- Style has the same name as p!"}},
-      {"a class with an equality of its own", [](Model& m) { m.scene.style<LooseStyle>("loose"); },
+      {"a class with an equality of its own",
+       [](Model& m) { m.scene.style<LooseStyle>("loose"); },
        {"p -- Style in mIdentifiedStyles more than once!", "c -- Style in mIdentifiedStyles more than once!",
         "a -- Anonymous style in mIdentifiedStyles!"}},
   };
@@ -267,7 +314,8 @@ TEST(StylesheetValidationTest, JudgesReferencesByWhereTheReferencedStyleLives) {
   CheckingStyle& referencing = scene.style<CheckingStyle>("referencing");
   CheckingStyle& second = scene.style<CheckingStyle>("second");
   TestStyle& stray = elsewhere.style("stray");
-  const std::string report = stray.shortDescription() + " -- Referenced style not contained in stylesheet of referencing style!";
+  const std::string report =
+      stray.shortDescription() + " -- Referenced style not contained in stylesheet of referencing style!";
 
   struct Case {
     const char* name;
@@ -279,9 +327,24 @@ TEST(StylesheetValidationTest, JudgesReferencesByWhereTheReferencedStyleLives) {
       {"observed by the unused style that goes", [&] { stray.addObserver(&referencing); }, false},
       {"observed twice by it", [&] { stray.addObserver(&referencing); }, false},
       {"the host keeps it", [&] { scene.host.removesUnused = false; }, true},
-      {"it is used", [&] { scene.host.removesUnused = true; referencing.p_setUsageCount(1); }, true},
-      {"a second observer", [&] { referencing.p_setUsageCount(0); stray.addObserver(&second); }, true},
-      {"no host", [&] { stray.removeObserver(&second); scene.sheet->setHost(nullptr); }, true},
+      {"it is used",
+       [&] {
+         scene.host.removesUnused = true;
+         referencing.p_setUsageCount(1);
+       },
+       true},
+      {"a second observer",
+       [&] {
+         referencing.p_setUsageCount(0);
+         stray.addObserver(&second);
+       },
+       true},
+      {"no host",
+       [&] {
+         stray.removeObserver(&second);
+         scene.sheet->setHost(nullptr);
+       },
+       true},
   };
   referencing.references = {&stray, &referencing, &second};
   for (const Case& each : cases) {
@@ -302,8 +365,9 @@ TEST(StylesheetValidationTest, JudgesReferencesByWhereTheReferencedStyleLives) {
   EXPECT_THAT(recorder.descriptions(), ElementsAre("hook", "hook"));
   ASSERT_EQ(log.entries().size(), 1u);
   EXPECT_EQ(log.entries()[0].level, 10);
-  EXPECT_EQ(log.entries()[0].message, above.p.shortDescription() +
-                                          " -- Referenced style is contained in ancestor stylesheet of referencing style!");
+  EXPECT_EQ(
+      log.entries()[0].message,
+      above.p.shortDescription() + " -- Referenced style is contained in ancestor stylesheet of referencing style!");
 }
 
 }  // namespace
