@@ -49,6 +49,12 @@ class ZT_EXPORT ZTAXMLCoding : public ZTAErrorHandler {
   virtual const ZTClass& classForCoder() const;
   /// A class that stands for the object's class where that one is unknown; the base answers none.
   virtual const ZTClass* ztClassAncestor() const;
+  /// Whether the objects among what it writes are others' and only referred to. The base says no: they are
+  /// written in place, as parts of it.
+  virtual bool archivesByReference() const;
+  /// An object that this one was handed while that one was still being read turned out to be another one,
+  /// or none: no reference to it may stay. Called when this object has been read. The base does nothing.
+  virtual void replaceUnarchivedObject(NSObject& dropped, NSObject* kept);
   /// @}
 
  protected:

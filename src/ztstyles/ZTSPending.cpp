@@ -9,14 +9,6 @@ namespace zt {
 
 #define ZT_PENDING throw NSGenericException(std::string(__func__) + " is not written yet")
 
-// ---- archive: ZTAXMLCoding.cpp
-Ref<ZTAError> ZTAErrorHandler::handleError(Ref<ZTAError>) { ZT_PENDING; }
-Ref<NSObject> ZTAXMLCoding::initMoreWithXMLUnarchiver(ZTAXMLUnarchiver&, _xmlNode*) { return Ref<NSObject>(this); }
-void ZTAXMLCoding::preencodeHookWithXMLArchiver(ZTAXMLArchiver&) {}
-void ZTAXMLCoding::postUnarchiveUpgradeForUnarchiver(ZTAXMLUnarchiver&) {}
-void ZTAXMLCoding::preArchiveDowngradeForVersion(std::uint64_t, ZTAXMLArchiver&) {}
-const ZTClass& ZTAXMLCoding::classForCoder() const { return classObject(); }
-const ZTClass* ZTAXMLCoding::ztClassAncestor() const { return nullptr; }
 // ---- archive: ZTSStylePersistenceAdditions.cpp
 void ZTSStyle::encodeWithXMLArchiver(ZTAXMLArchiver&, _xmlNode*, std::uint64_t) { ZT_PENDING; }
 bool ZTSStyle::initWithXMLUnarchiver(ZTAXMLUnarchiver&, _xmlNode*, std::uint64_t) { ZT_PENDING; }

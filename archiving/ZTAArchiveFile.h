@@ -1,0 +1,59 @@
+#pragma once
+/// @file
+/// Bytes of archives: to and from files, compressed or not.
+
+#include <platform/ZTExport.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace zt {
+
+/// Compressed archives are gzip files; reading tells them apart by their first bytes.
+enum class ZTACompression : std::uint8_t { none, gzip };
+
+/// What reading an archive may cost. Beyond a limit reading ends with an error that names it.
+struct ZTAReadLimits {
+  std::size_t bytes = std::size_t{512} << 20;       ///< of the text, unpacked
+  std::size_t treeBytes = std::size_t{4096} << 20;  ///< of the tree in memory
+  std::size_t text = 9'999'999;                     ///< bytes of one text or attribute
+  std::size_t findings = 200;                       ///< that are kept; more are counted
+  std::size_t propertyNames = 50'000;               ///< different ones: their keys are kept for ever
+};
+
+/// The bytes of a regular file. Raises `ZTAArchiveException`: no such file, no regular file, too long.
+ZT_EXPORT std::string ztaReadFile(const std::string& path, std::size_t limit);
+
+/// The text that a gzip stream holds, or the bytes themselves where they are none. Raises
+/// `ZTAArchiveException` for a broken stream and for one that holds more than the limit.
+ZT_EXPORT std::string ztaUnpack(std::string bytes, const std::string& fileName, std::size_t limit);
+
+/// The first bytes of the text, as far as they can be had without an error.
+ZT_EXPORT std::string ztaBeginning(std::string_view bytes, std::size_t count) noexcept;
+
+/// Replaces a file in one step. What is written goes to a temporary file in the same folder, which is
+/// flushed to the disk and renamed: whatever happens, the path names the old file or the whole new one. The
+/// new file has the permissions of the old one; a symbolic link stays and its target is replaced.
+class ZT_EXPORT ZTAAtomicFile {
+ public:
+  /// Makes the temporary file. This and the other operations raise `ZTAArchiveException`.
+  explicit ZTAAtomicFile(const std::string& path);
+  /// Without `commit` the temporary file is removed and the old file stays.
+  ~ZTAAtomicFile();
+  ZTAAtomicFile(const ZTAAtomicFile&) = delete;
+  ZTAAtomicFile& operator=(const ZTAAtomicFile&) = delete;
+
+  void write(std::string_view bytes);
+  void commit();
+
+ private:
+  [[noreturn]] void fail(const char* what, int code) const;
+
+  std::string mPath;
+  std::string mTemporary;
+  int mFile = -1;
+};
+
+}  // namespace zt

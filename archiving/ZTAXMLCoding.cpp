@@ -1,0 +1,18 @@
+#include <archiving/ZTAError.h>
+#include <archiving/ZTAXMLCoding.h>
+#include <platform/ZTClass.h>
+
+namespace zt {
+
+Ref<ZTAError> ZTAErrorHandler::handleError(Ref<ZTAError> error) { return error; }
+
+Ref<NSObject> ZTAXMLCoding::initMoreWithXMLUnarchiver(ZTAXMLUnarchiver&, _xmlNode*) { return Ref<NSObject>(this); }
+void ZTAXMLCoding::preencodeHookWithXMLArchiver(ZTAXMLArchiver&) {}
+void ZTAXMLCoding::postUnarchiveUpgradeForUnarchiver(ZTAXMLUnarchiver&) {}
+void ZTAXMLCoding::preArchiveDowngradeForVersion(std::uint64_t, ZTAXMLArchiver&) {}
+const ZTClass& ZTAXMLCoding::classForCoder() const { return classObject(); }
+const ZTClass* ZTAXMLCoding::ztClassAncestor() const { return nullptr; }
+bool ZTAXMLCoding::archivesByReference() const { return false; }
+void ZTAXMLCoding::replaceUnarchivedObject(NSObject&, NSObject*) {}
+
+}  // namespace zt

@@ -1,0 +1,135 @@
+#include <archiving/ZTAError.h>
+#include <archiving/ZTARegistryInternal.h>
+#include <archiving/ZTAXMLCoding.h>
+#include <archiving/ZTAXMLFunctions.h>
+#include <archiving/ZTAXMLNodesInternal.h>
+#include <platform/ZTClass.h>
+#include <platform/ZTFormat.h>
+
+#include <cstdint>
+#include <new>
+#include <utility>
+
+namespace zt {
+
+namespace {
+
+// The record is part of the tree's nodes, and libxml2 wants it writable; nothing ever writes it.
+xmlChar gAddress[] = "urn:ztstyles:archive";
+xmlChar gPrefix[] = "zt";
+
+thread_local bool tDiffable = false;
+
+/// The length of the UTF-8 character at `at` if XML can hold it, else 0.
+std::size_t goodCharacter(const unsigned char* at, std::size_t left) noexcept {
+  const unsigned char first = at[0];
+  const auto follows = [&](std::size_t index) { return index < left && (at[index] & 0xc0) == 0x80; };
+  if (first < 0xc2) return 0;
+  if (first < 0xe0) return follows(1) ? 2 : 0;
+  if (first < 0xf0) {
+    if (!follows(1) || !follows(2)) return 0;
+    const unsigned code = (first & 0x0fu) << 12 | (at[1] & 0x3fu) << 6 | (at[2] & 0x3fu);
+    return code >= 0x800 && (code < 0xd800 || code > 0xdfff) && code < 0xfffe ? 3 : 0;
+  }
+  if (first > 0xf4 || !follows(1) || !follows(2) || !follows(3)) return 0;
+  const unsigned code = (first & 0x07u) << 18 | (at[1] & 0x3fu) << 12 | (at[2] & 0x3fu) << 6 | (at[3] & 0x3fu);
+  return code >= 0x10000 && code <= 0x10ffff ? 4 : 0;
+}
+
+}  // namespace
+
+_xmlNs CorvaleNamespace = {nullptr, XML_LOCAL_NAMESPACE, gAddress, gPrefix, nullptr, nullptr};
+
+namespace xml {
+
+std::string_view whyNotText(std::string_view text) noexcept {
+  if (text.size() > kLongestText) return "it is longer than 9,999,999 bytes";
+  const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
+  for (std::size_t at = 0; at < text.size();) {
+    const unsigned char byte = bytes[at];
+    if (byte < 0x80) {
+      if (byte < 0x20 && byte != '\t' && byte != '\n' && byte != '\r') return "XML cannot hold a control character in it";
+      ++at;
+      continue;
+    }
+    const std::size_t length = goodCharacter(bytes + at, text.size() - at);
+    if (length == 0) return "it is no UTF-8, or holds a character that XML cannot hold";
+    at += length;
+  }
+  return {};
+}
+
+void raise(std::string message) { throw ZTAArchiveException(ZTAError::withMessage(std::move(message))); }
+
+xmlNode* newChild(xmlNode* parent, const char* name) {
+  xmlNode* node = xmlNewChild(parent, &CorvaleNamespace, chars(name), nullptr);
+  if (node == nullptr) throw std::bad_alloc();
+  return node;
+}
+
+void setAttribute(xmlNode* node, xmlNs& ns, const char* name, const char* value) {
+  if (xmlSetNsProp(node, &ns, chars(name), chars(value)) == nullptr) throw std::bad_alloc();
+}
+
+void checkDepthBelow(const xmlNode* parent) {
+  int depth = 4;  // for what an object writes below itself
+  for (const xmlNode* each = parent; each != nullptr; each = each->parent) ++depth;
+  if (depth > kDeepest) raise(format("elements would nest deeper than %d levels", kDeepest));
+}
+
+}  // namespace xml
+
+_xmlNode* ztaxmlFirstChildNsNamed(const _xmlNode* node, const _xmlNs& xmlNamespace, const char* name) {
+  for (xmlNode* child = xml::firstElement(node); child != nullptr; child = xml::nextElement(child)) {
+    if (xml::isNamed(child, name) && xml::isIn(child->ns, xmlNamespace)) return child;
+  }
+  return nullptr;
+}
+
+_xmlNode* ztaxmlNewNsChildNodeOrRaise(_xmlNode* parent, _xmlNs& xmlNamespace, const StringRef& name) {
+  const std::string text = name.text();
+  // A name is checked as text first: the check of names reads UTF-8 that is known to be good.
+  if (!xml::whyNotText(text).empty() || xmlValidateNCName(xml::chars(text.c_str()), 0) != 0 ||
+      text.find('\0') != std::string::npos) {
+    xml::raise(format("an element cannot be named '%s': that is no XML name", text));
+  }
+  xmlNode* node = xmlNewChild(parent, &xmlNamespace, xml::chars(text.c_str()), nullptr);
+  if (node == nullptr) throw std::bad_alloc();
+  return node;
+}
+
+void ztaxmlSetNSStringNsPropOrRaise(_xmlNode* node, _xmlNs& xmlNamespace, const char* name, const StringRef& value) {
+  if (const std::string_view reason = xml::whyNotText(value.view()); !reason.empty()) {
+    xml::raise(format("the text of '%s' cannot be written: %s", name, reason));
+  }
+  // A shared string is terminated, and a good one holds no other zero byte.
+  xml::setAttribute(node, xmlNamespace, name, value ? value.view().data() : "");
+}
+
+void ztaxmlSetBoolNsPropDefaultOrRaise(_xmlNode* node, _xmlNs& xmlNamespace, const char* name, bool value, bool) {
+  xml::setAttribute(node, xmlNamespace, name, value ? "true" : "false");
+}
+
+bool ztaxmlBoolNsPropDefault(const _xmlNode* node, const _xmlNs& xmlNamespace, const char* name, bool defaultValue) {
+  const std::string_view text = xml::attribute(node, xmlNamespace, name);
+  if (text == "true" || text == "1") return true;
+  if (text == "false" || text == "0") return false;
+  return defaultValue;
+}
+
+bool ztaxmlOkToSkipNode(const _xmlNode* node) { return ztaxmlBoolNsPropDefault(node, CorvaleNamespace, xml::kOptional, false); }
+
+void ztaxmlSetZTClassOnNodeOrRaise(_xmlNode* node, const NSObject& object) {
+  const auto* coding = dynamic_cast<const ZTAXMLCoding*>(&object);
+  const ZTClass& recorded = coding != nullptr ? coding->classForCoder() : object.classObject();
+  ztaxmlSetNSStringNsPropOrRaise(node, CorvaleNamespace, xml::kClass, recorded.name());
+  const ZTClass* ancestor = coding != nullptr ? coding->ztClassAncestor() : nullptr;
+  if (ancestor != nullptr) ztaxmlSetNSStringNsPropOrRaise(node, CorvaleNamespace, xml::kAncestor, ancestor->name());
+}
+
+bool ztaShouldGenerateDiffableXml() noexcept { return tDiffable; }
+
+ZTADiffableXmlScope::ZTADiffableXmlScope(bool diffable) noexcept : mPrevious(std::exchange(tDiffable, diffable)) {}
+ZTADiffableXmlScope::~ZTADiffableXmlScope() { tDiffable = mPrevious; }
+
+}  // namespace zt
