@@ -96,7 +96,8 @@ std::string ztaUnpack(std::string bytes, const std::string& fileName, std::size_
     const int state = inflate(&stream, Z_NO_FLUSH);
     if (state == Z_MEM_ERROR) throw std::bad_alloc();
     text.append(piece, sizeof piece - stream.avail_out);
-    if (text.size() > limit) raiseFor(fileName, format("the compressed file holds more than the %d bytes that are read", limit));
+    if (text.size() > limit)
+      raiseFor(fileName, format("the compressed file holds more than the %d bytes that are read", limit));
     if (state == Z_STREAM_END) break;
     if (state != Z_OK) raiseFor(fileName, "the compressed file is broken or cut off");
   }

@@ -23,7 +23,8 @@ std::shared_ptr<const ZTARegistry>& registry() {
 
 class TextCoder final : public ZTAValueCoder {
  public:
-  TextCoder(std::string (*text)(const NSObject&), Ref<NSObject> (*value)(std::string_view)) : mText(text), mValue(value) {}
+  TextCoder(std::string (*text)(const NSObject&), Ref<NSObject> (*value)(std::string_view))
+      : mText(text), mValue(value) {}
 
   void encodeValue(const NSObject& value, ZTAXMLArchiver& archiver, _xmlNode* node) const override {
     archiver.setTextOfNode(node, mText(value));
@@ -31,7 +32,8 @@ class TextCoder final : public ZTAValueCoder {
   Ref<NSObject> decodeValue(ZTAXMLUnarchiver& unarchiver, _xmlNode* node) const override {
     const std::string_view text = unarchiver.textOfNode(node);
     Ref<NSObject> value = mValue(text);
-    if (!value) unarchiver.report(node, format("'%s' is no value of a '%s' element", shortened(text), xml::view(node->name)));
+    if (!value)
+      unarchiver.report(node, format("'%s' is no value of a '%s' element", shortened(text), xml::view(node->name)));
     return value;
   }
 
@@ -68,7 +70,8 @@ void ZTARegistry::addClassName(const ZTClass& objectClass, std::string_view elem
   });
 }
 
-void ZTARegistry::addCoder(const ZTClass& valueClass, std::string_view elementName, std::shared_ptr<const ZTAValueCoder> coder) {
+void ZTARegistry::addCoder(const ZTClass& valueClass, std::string_view elementName,
+                           std::shared_ptr<const ZTAValueCoder> coder) {
   change(elementName, [&](ZTARegistry& all) {
     all.mCoders.insert_or_assign(&valueClass, Coder{std::string(elementName), coder});
     all.mCodersByName.insert_or_assign(std::string(elementName), coder);
@@ -101,7 +104,8 @@ void ztaxmlRegisterClassNamePair(const ZTClass& objectClass, const char* element
   ZTARegistry::addClassName(objectClass, elementName);
 }
 
-void ztaxmlRegisterValueCoder(const ZTClass& valueClass, const char* elementName, std::shared_ptr<const ZTAValueCoder> coder) {
+void ztaxmlRegisterValueCoder(const ZTClass& valueClass, const char* elementName,
+                              std::shared_ptr<const ZTAValueCoder> coder) {
   ZTARegistry::addCoder(valueClass, elementName, std::move(coder));
 }
 

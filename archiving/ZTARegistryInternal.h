@@ -24,7 +24,8 @@ class ZTARegistry {
   /// The state of now.
   static std::shared_ptr<const ZTARegistry> current();
   static void addClassName(const ZTClass& objectClass, std::string_view elementName);
-  static void addCoder(const ZTClass& valueClass, std::string_view elementName, std::shared_ptr<const ZTAValueCoder> coder);
+  static void addCoder(const ZTClass& valueClass, std::string_view elementName,
+                       std::shared_ptr<const ZTAValueCoder> coder);
 
   /// The name under which objects of exactly this class are written, or none.
   [[nodiscard]] const std::string* nameOfClass(const ZTClass& objectClass) const;

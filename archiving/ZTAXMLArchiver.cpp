@@ -6,9 +6,9 @@
 #include <platform/ZTFormat.h>
 #include <support/ZTUPointerKeyDictionary.h>
 
-#include <unordered_map>
 #include <libxml/dict.h>
 #include <libxml/parser.h>
+#include <unordered_map>
 
 #include <charconv>
 #include <map>
@@ -52,7 +52,9 @@ struct ZTAXMLArchiver::ErrorScope {
   bool refersOnly;
 
   ErrorScope(State& all, bool refersOnlyNow)
-      : state(all), handler(std::exchange(all.errorHandler, {})), refersOnly(std::exchange(all.refersOnly, refersOnlyNow)) {}
+      : state(all),
+        handler(std::exchange(all.errorHandler, {})),
+        refersOnly(std::exchange(all.refersOnly, refersOnlyNow)) {}
   ErrorScope(const ErrorScope&) = delete;
   ErrorScope& operator=(const ErrorScope&) = delete;
   ~ErrorScope() {
@@ -63,7 +65,8 @@ struct ZTAXMLArchiver::ErrorScope {
 
 ZTAXMLArchiver::ZTAXMLArchiver(std::uint64_t version) : ZTAXMLArchiver(version, version) {}
 
-ZTAXMLArchiver::ZTAXMLArchiver(std::uint64_t version, std::uint64_t currentVersion) : mState(std::make_unique<State>()) {
+ZTAXMLArchiver::ZTAXMLArchiver(std::uint64_t version, std::uint64_t currentVersion)
+    : mState(std::make_unique<State>()) {
   mState->version = version;
   mState->currentVersion = currentVersion;
   xmlInitParser();
@@ -107,7 +110,9 @@ void ZTAXMLArchiver::setEncoderForObject(Ref<NSObject> substitute, Ref<NSObject>
   mState->substitutes.setObjectForKey(std::move(substitute), std::move(object));
 }
 
-NSObject* ZTAXMLArchiver::encoderForObject(const NSObject* object) const { return mState->substitutes.objectForKey(object); }
+NSObject* ZTAXMLArchiver::encoderForObject(const NSObject* object) const {
+  return mState->substitutes.objectForKey(object);
+}
 
 void ZTAXMLArchiver::removeEncoderForObject(const NSObject* object) { mState->substitutes.removeObjectForKey(object); }
 
@@ -126,7 +131,8 @@ void ZTAXMLArchiver::setTextOfNode(_xmlNode* node, std::string_view text) {
 void ZTAXMLArchiver::encodeRootObject(NSObject& root) {
   const Ref<NSObject> kept(&root);
   if (mState->archive->children != nullptr) xml::raise("an archiver writes one root object");
-  if (auto* coding = dynamic_cast<ZTAXMLCoding*>(&root); coding != nullptr && mState->version < mState->currentVersion) {
+  if (auto* coding = dynamic_cast<ZTAXMLCoding*>(&root);
+      coding != nullptr && mState->version < mState->currentVersion) {
     coding->preArchiveDowngradeForVersion(mState->version, *this);
   }
   encodeObject(&root, mState->archive, CorvaleNamespace);
@@ -149,7 +155,8 @@ void ZTAXMLArchiver::encodeObjectWithName(NSObject* object, _xmlNode* parent, co
       return writeIn(written, *coding, parent, name);
     }
     const ZTARegistry::Coder* coder = mState->registry->coderOfClass(object->classObject());
-    if (coder == nullptr) xml::raise(format("objects of the class '%@' cannot be written", object->classObject().name()));
+    if (coder == nullptr)
+      xml::raise(format("objects of the class '%@' cannot be written", object->classObject().name()));
     xmlNode* node = xml::newChild(parent, name != nullptr ? name : coder->elementName.c_str());
     if (name != nullptr) xml::setAttribute(node, CorvaleNamespace, xml::kClass, coder->elementName.c_str());
     coder->coder->encodeValue(*object, *this, node);
@@ -173,7 +180,8 @@ void ZTAXMLArchiver::writeIn(Written& written, ZTAXMLCoding& object, _xmlNode* p
   }
   // The name alone tells the class where it is registered for it; anything else needs a record.
   const bool isTold = name == nullptr && registered != nullptr;
-  if (!isTold && !xml::isPresent(xml::attribute(written.node, xml::kClass))) ztaxmlSetZTClassOnNodeOrRaise(written.node, object);
+  if (!isTold && !xml::isPresent(xml::attribute(written.node, xml::kClass)))
+    ztaxmlSetZTClassOnNodeOrRaise(written.node, object);
 }
 
 void ZTAXMLArchiver::writeReference(Written& written, _xmlNode* parent, const char* name) {

@@ -48,7 +48,8 @@ std::string_view whyNotText(std::string_view text) noexcept {
   for (std::size_t at = 0; at < text.size();) {
     const unsigned char byte = bytes[at];
     if (byte < 0x80) {
-      if (byte < 0x20 && byte != '\t' && byte != '\n' && byte != '\r') return "XML cannot hold a control character in it";
+      if (byte < 0x20 && byte != '\t' && byte != '\n' && byte != '\r')
+        return "XML cannot hold a control character in it";
       ++at;
       continue;
     }
@@ -117,7 +118,9 @@ bool ztaxmlBoolNsPropDefault(const _xmlNode* node, const _xmlNs& xmlNamespace, c
   return defaultValue;
 }
 
-bool ztaxmlOkToSkipNode(const _xmlNode* node) { return ztaxmlBoolNsPropDefault(node, CorvaleNamespace, xml::kOptional, false); }
+bool ztaxmlOkToSkipNode(const _xmlNode* node) {
+  return ztaxmlBoolNsPropDefault(node, CorvaleNamespace, xml::kOptional, false);
+}
 
 void ztaxmlSetZTClassOnNodeOrRaise(_xmlNode* node, const NSObject& object) {
   const auto* coding = dynamic_cast<const ZTAXMLCoding*>(&object);

@@ -23,7 +23,8 @@ ZT_EXPORT _xmlNode* ztaxmlFirstChildNsNamed(const _xmlNode* node, const _xmlNs& 
 ZT_EXPORT _xmlNode* ztaxmlNewNsChildNodeOrRaise(_xmlNode* parent, _xmlNs& xmlNamespace, const StringRef& name);
 
 /// Sets the attribute. Raises where XML cannot hold the text.
-ZT_EXPORT void ztaxmlSetNSStringNsPropOrRaise(_xmlNode* node, _xmlNs& xmlNamespace, const char* name, const StringRef& value);
+ZT_EXPORT void ztaxmlSetNSStringNsPropOrRaise(_xmlNode* node, _xmlNs& xmlNamespace, const char* name,
+                                              const StringRef& value);
 
 /// Sets the attribute to "true" or "false". It is written even where it equals the default, so that a file
 /// keeps its meaning when a default changes.
@@ -31,7 +32,8 @@ ZT_EXPORT void ztaxmlSetBoolNsPropDefaultOrRaise(_xmlNode* node, _xmlNs& xmlName
                                                  bool defaultValue);
 
 /// The attribute's value: "true" or "1", "false" or "0"; the default where it is absent or reads otherwise.
-ZT_EXPORT bool ztaxmlBoolNsPropDefault(const _xmlNode* node, const _xmlNs& xmlNamespace, const char* name, bool defaultValue);
+ZT_EXPORT bool ztaxmlBoolNsPropDefault(const _xmlNode* node, const _xmlNs& xmlNamespace, const char* name,
+                                       bool defaultValue);
 
 /// Whether an element from which no object could be made may be passed over without a log line: it says so
 /// itself, by an attribute "optional" that is true. A newer writer marks what older readers need not know.

@@ -76,7 +76,8 @@ Ref<NSObject> ZTAXMLUnarchiver::createObjectFromNode(_xmlNode* node) { return ob
 Ref<NSObject> ZTAXMLUnarchiver::createObjectOfClass(const ZTClass& objectClass, _xmlNode* node) {
   Ref<NSObject> object = objectFor(node, &objectClass);
   if (!object || object->classObject().isKindOf(objectClass)) return object;
-  report(node, format("expected an object of the class '%@', found one of '%@'", objectClass.name(), object->classObject().name()));
+  report(node, format("expected an object of the class '%@', found one of '%@'", objectClass.name(),
+                      object->classObject().name()));
   return {};
 }
 
@@ -139,7 +140,8 @@ const ZTClass* ZTAXMLUnarchiver::classFor(const _xmlNode* node, const ZTClass* w
   if (!xml::isPresent(recorded)) {
     const ZTClass* named = mState->registry->classNamed(xml::view(node->name));
     if (named == nullptr || (wanted != nullptr && !named->isKindOf(*wanted))) named = wanted;
-    if (named == nullptr) report(node, format("expected an object or a value, found '%s'", shortened(xml::view(node->name))));
+    if (named == nullptr)
+      report(node, format("expected an object or a value, found '%s'", shortened(xml::view(node->name))));
     return named;
   }
   auto& recent = mState->recentClasses;
@@ -235,7 +237,8 @@ Ref<NSObject> ZTAXMLUnarchiver::finish(Frame& frame) {
   }
   if (kept != frame.object) {
     for (const Ref<NSObject>& holder : holders) {
-      if (auto* coding = dynamic_cast<ZTAXMLCoding*>(holder.get())) coding->replaceUnarchivedObject(*frame.object, kept.get());
+      if (auto* coding = dynamic_cast<ZTAXMLCoding*>(holder.get()))
+        coding->replaceUnarchivedObject(*frame.object, kept.get());
     }
   }
   if (kept && !frame.coding->archivesByReference()) mState->owners.push_back(kept);

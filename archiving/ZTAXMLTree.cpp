@@ -45,7 +45,8 @@ class ZTAXMLTreeBuilder {
     installHandlers();
     makeDocument();
     xmlParseDocument(mParser);
-    if (mFailure.empty() && (mParser->wellFormed == 0 || mTree.mDocument->children == nullptr)) mFailure = "this is no XML";
+    if (mFailure.empty() && (mParser->wellFormed == 0 || mTree.mDocument->children == nullptr))
+      mFailure = "this is no XML";
     if (!mFailure.empty()) fail(mFailure);
   }
 
@@ -84,8 +85,8 @@ class ZTAXMLTreeBuilder {
     xmlSAXHandler& handlers = *mParser->sax;
     std::memset(&handlers, 0, sizeof handlers);
     handlers.initialized = XML_SAX2_MAGIC;
-    handlers.startElementNs = [](void* builder, const xmlChar* name, const xmlChar*, const xmlChar* uri, int, const xmlChar**,
-                                 int count, int, const xmlChar** attributes) {
+    handlers.startElementNs = [](void* builder, const xmlChar* name, const xmlChar*, const xmlChar* uri, int,
+                                 const xmlChar**, int count, int, const xmlChar** attributes) {
       self(builder).guarded([&] { self(builder).startElement(name, uri, count, attributes); });
     };
     handlers.endElementNs = [](void* builder, const xmlChar*, const xmlChar*, const xmlChar*) {
@@ -109,7 +110,7 @@ class ZTAXMLTreeBuilder {
   void takeError(const xmlError& error) {
     if (error.level < XML_ERR_ERROR) return;
     std::string message = error.message != nullptr ? error.message : "this is no XML";
-    while (!message.empty() && (message.back() == '\n' || message.back() == ' ')) message.pop_back();
+    message = singleLine(message.substr(0, message.find('\n')));
     mFailedLine = error.line > 0 ? static_cast<std::size_t>(error.line) : 0;
     mFailure = "this is no good XML: " + message;
   }
@@ -189,7 +190,8 @@ class ZTAXMLTreeBuilder {
       // Five fields each: name, prefix, address, first and end of the text.
       const xmlChar** fields = attributes + index * 5;
       const auto length = static_cast<std::size_t>(fields[4] - fields[3]);
-      if (length > mLimits.text) return stop(format("an attribute is longer than the %d bytes that are read", mLimits.text));
+      if (length > mLimits.text)
+        return stop(format("an attribute is longer than the %d bytes that are read", mLimits.text));
       auto* attribute = make<xmlAttr>();
       attribute->type = XML_ATTRIBUTE_NODE;
       attribute->name = fields[0];
@@ -229,7 +231,8 @@ class ZTAXMLTreeBuilder {
   /// Blank text is layout where an element stands beside it.
   void flushText(bool elementFollows) {
     if (mText.empty()) return;
-    const bool isLayout = (elementFollows || mCurrent->children != nullptr) && mText.find_first_not_of(" \t\r\n") == std::string::npos;
+    const bool isLayout =
+        (elementFollows || mCurrent->children != nullptr) && mText.find_first_not_of(" \t\r\n") == std::string::npos;
     if (!isLayout) append(makeText(mText.data(), mText.size()));
     mText.clear();
   }

@@ -31,7 +31,9 @@ class ZTAXMLTree {
   [[nodiscard]] xmlNode* root() const noexcept { return mDocument->children; }
   [[nodiscard]] bool contains(const xmlNode* node) const noexcept { return node->doc == mDocument; }
   /// The line where the element's start tag ends.
-  [[nodiscard]] static std::size_t lineOf(const xmlNode* node) noexcept { return reinterpret_cast<std::uintptr_t>(node->psvi); }
+  [[nodiscard]] static std::size_t lineOf(const xmlNode* node) noexcept {
+    return reinterpret_cast<std::uintptr_t>(node->psvi);
+  }
   /// The elements with an "id", in document order.
   [[nodiscard]] const std::vector<xmlNode*>& identified() const noexcept { return mIdentified; }
   /// Whether some element has a "to".

@@ -1,8 +1,8 @@
 #include <archiving/ZTARegistryInternal.h>
+#include <archiving/ZTAValueCodingInternal.h>
 #include <archiving/ZTAXMLTreeInternal.h>
 #include <archiving/ZTAXMLUnarchiver.h>
 #include <archiving/ZTAXMLUnarchiverStateInternal.h>
-#include <archiving/ZTAValueCodingInternal.h>
 #include <platform/ZTFormat.h>
 
 #include <charconv>

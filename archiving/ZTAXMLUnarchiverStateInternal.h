@@ -47,7 +47,8 @@ struct ZTAXMLUnarchiver::State {
     }
   };
 
-  State(const std::string& text, ZTAUnarchiverOptions&& given) : options(std::move(given)), tree(text, options.fileName, options.limits) {}
+  State(const std::string& text, ZTAUnarchiverOptions&& given)
+      : options(std::move(given)), tree(text, options.fileName, options.limits) {}
 
   ZTAUnarchiverOptions options;
   ZTAXMLTree tree;
@@ -62,7 +63,7 @@ struct ZTAXMLUnarchiver::State {
   std::size_t findingCount = 0;
   Ref<ZTAErrorHandler> errorHandler;
   int nesting = 0;
-  std::vector<NSObject*> making;     // the objects that are being read, innermost last; held by their frames
+  std::vector<NSObject*> making;      // the objects that are being read, innermost last; held by their frames
   std::vector<Ref<NSObject>> owners;  // the objects that own what they archive, in the order in which they were read
 };
 
