@@ -7,6 +7,7 @@
 #include <platform/NSUndoManager.h>
 #include <support/ZTUAssertionHandler.h>
 #include <support/ZTULog.h>
+#include <ztstyles/ZTSStyleChangeInfo.h>
 #include <ztstyles/ZTSStyleClassOf.h>
 #include <ztstyles/ZTSStylesheet.h>
 
@@ -120,6 +121,26 @@ class SheetRecorder : public ZTSStylesheetObserver {
  private:
   Log& mLog;
   std::string mName;
+};
+
+/// What a change record says: "h1: size<10 weight<1", each changed key with its old value.
+inline std::string textOf(const ZTSStyleChangeInfo& change) {
+  std::string text = (change.style() != nullptr ? change.style()->identifier().text() : "none") + ":";
+  change.changedProperties()->forEach([&](PropertyKey key) {
+    const NSObject* old = change.oldPropertyMap()->find(key);
+    text += " " + key.string().text() + "<" + (old != nullptr ? old->description() : "");
+  });
+  return text;
+}
+
+/// Notes the changes of the styles that it observes.
+class StyleRecorder : public ZTSStyleObserver {
+ public:
+  explicit StyleRecorder(Log& log) : mLog(log) {}
+  void stylePropertiesChanged(const ZTSStyleChangeInfo& change) override { mLog.push_back(textOf(change)); }
+
+ private:
+  Log& mLog;
 };
 
 /// One document: `scene.style("h1", "body", {{size, 18}})`. Styles stay alive with the scene.

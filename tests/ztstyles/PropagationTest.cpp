@@ -1,0 +1,347 @@
+// How changes travel to children, observers and listeners, and what is kept on the way.
+
+#include "Scene.h"
+
+#include <platform/NSException.h>
+#include <platform/ZTNesting.h>
+
+#include <functional>
+#include <memory>
+
+namespace zt::testing {
+namespace {
+
+/// Calls back when it is told.
+class Calling : public StyleRecorder {
+ public:
+  explicit Calling(Log& log, std::function<void(const ZTSStyleChangeInfo&)> call = {}) : StyleRecorder(log), mCall(std::move(call)) {}
+  void stylePropertiesChanged(const ZTSStyleChangeInfo& change) override {
+    StyleRecorder::stylePropertiesChanged(change);
+    if (mCall) mCall(change);
+  }
+
+ private:
+  std::function<void(const ZTSStyleChangeInfo&)> mCall;
+};
+
+TEST(PropagationTest, TellsDescendantsFirstThenObserversThenListeners) {
+  Scene scene;
+  TestStyle& root = scene.style("root", {}, {{size, 1}});
+  TestStyle& child = scene.style("child", "root");
+  TestStyle& leaf = scene.style("leaf", "child");
+  scene.style("hides", "root", {{size, 5}}).addObserver(nullptr);
+  scene.style("below", "hides");
+  StyleRecorder recorder(scene.log);
+  struct : ZTSStyleObserver {
+  } indifferent;
+  for (TestStyle* style : {&root, &leaf}) {
+    style->addObserver(&indifferent);
+    style->addObserver(&recorder);
+    style->addObserver(&recorder);  // counted, and told once
+  }
+  NotificationListener listener(ZTSStylePropertiesChangedNotification, nullptr, [&](const NSNotification& n) {
+    const auto* change = dynamic_cast<const ZTSStyleChangeInfo*>(n.userInfoForKey(ZTSStyleNotificationChangeInfoKey));
+    EXPECT_EQ(change->style(), n.object);
+    scene.log.push_back("post " + change->style()->identifier().text() + " of " + change->originalStyle()->identifier().text());
+  });
+  root.setValueForProperty(Value(2), size);
+  EXPECT_EQ(scene.log, (Log{"leaf: size<1", "post leaf of root", "post child of root", "root: size<1", "post root of root"}));
+  scene.log.clear();
+  child.setParentIdentifier("hides");  // a parent that differs tells like a change: all keys, the old parent's values
+  EXPECT_EQ(scene.log, (Log{"leaf: size<2 weight< colour< list< label<", "post leaf of hides", "post child of hides"}));
+  root.removeObserver(&recorder);
+  leaf.removeObserver(&recorder);
+  leaf.removeObserver(&recorder);
+  scene.log.clear();
+  root.setValueForProperty(Value(3), size);
+  EXPECT_EQ(scene.log, (Log{"root: size<2", "post root of root"})) << "added twice, removed once";
+}
+
+TEST(PropagationTest, IgnoresWhatIsNotItsOwnNorItsParents) {
+  Scene scene;
+  TestStyle& root = scene.style("root");
+  TestStyle& other = scene.style("other");
+  StyleRecorder recorder(scene.log);
+  root.addObserver(&recorder);
+  const Ref<PropertySet> keys = PropertySet::with({size, PropertyKey("unknown")});
+  root.stylePropertiesChanged(*ZTSStyleChangeInfo::withStyleChangedProperties(&other, *keys, nullptr));
+  root.stylePropertiesChanged(*ZTSStyleChangeInfo::withStyleChangedProperty(&root, PropertyKey(), {}));
+  root.stylePropertiesChanged(*ZTSStyleChangeInfo::init());
+  EXPECT_EQ(scene.log, Log{});
+  // No style stands for the parent of a style without one, and unknown properties end here.
+  root.stylePropertiesChanged(*ZTSStyleChangeInfo::withStyleChangedProperties(nullptr, *keys, mapOf({{size, 4}}).get()));
+  EXPECT_EQ(scene.log, Log{"root: size<4"});
+
+  ZTUAssertionRecorder reports;
+  root.addObserver(&root);
+  EXPECT_EQ(reports.descriptions(), Log{format("Attempted to add self (%p) as own observer.", address(&root))});
+  EXPECT_FALSE(root.observers().containsObject(&root));
+  scene.sheet->removeStyle(Ref<ZTSStyle>(&root));
+  root.setValueForProperty(Value(1), size);
+  EXPECT_EQ(scene.log.size(), 1u) << "a style without stylesheet tells nobody";
+}
+
+TEST(PropagationTest, LockedStylesKeepTheirLook) {
+  Scene scene;
+  Scene elsewhere;
+  TestAggregate& root = scene.style<TestAggregate>("root", {}, {{size, 1}, {list, elsewhere.style("far")}, {label, scene.style("near")}});
+  TestAggregate& locked = scene.style<TestAggregate>("locked", "root", {{weight, 9}}, true);
+  TestStyle& below = scene.style("below", "locked");
+  StyleRecorder recorder(scene.log);
+  for (ZTSStyle* style : {static_cast<ZTSStyle*>(&locked), static_cast<ZTSStyle*>(&below)}) style->addObserver(&recorder);
+  scene.host.undo->performInGroup([&] { root.setValueForProperty(Value(2), size); });
+  EXPECT_EQ(scene.log, (Log{"below: size<1", "locked: size<1"})) << "they are told, although nothing changed for them";
+  EXPECT_EQ(valueOf(locked, size), 1);
+  EXPECT_EQ(valueOf(below, size), 1);
+
+  scene.log.clear();
+  scene.undo();  // the value that was kept goes silently; then the root's change arrives
+  EXPECT_EQ(scene.log, (Log{"below: size<2", "locked: size<2"}));
+  EXPECT_FALSE(locked.overridesProperty(size));
+  scene.log.clear();
+  scene.redo();
+  EXPECT_EQ(scene.log, (Log{"below: size<1", "locked: size<1", "below: size<2", "locked: size<2"})) << "announced on redo";
+  EXPECT_EQ(valueOf(locked, size), 1);
+
+  // Equal values change nothing; styles of other stylesheets are not kept.
+  root.setValuesForProperties(*mapOf({{size, 2}, {weight, 3}, {list, scene.style("n")}, {label, NSNull::null()}}));
+  EXPECT_FALSE(locked.overridesProperty(list));
+  EXPECT_TRUE(locked.overridesProperty(label));
+  EXPECT_EQ(valueOf(locked, weight), 9);
+  EXPECT_EQ(locked.overridePropertyMap()->count(), 3u);
+}
+
+TEST(PropagationTest, ObserversAndListenersMayDoAnything) {
+  Scene scene;
+  TestStyle& root = scene.style("root", {}, {{size, 1}});
+  StringRef id = "child";
+  Ref<TestStyle> child = make<TestStyle>({.identifier = id, .parentIdentifier = "root"});
+  scene.sheet->addStyle(child);
+  TestStyle& last = scene.style("last", "root");
+  StyleRecorder never(scene.log);
+  auto leaves = std::make_unique<StyleRecorder>(scene.log);
+  Calling joins(scene.log, [&](const ZTSStyleChangeInfo&) { root.addObserver(&never); });
+  Calling removes(scene.log, [&](const ZTSStyleChangeInfo& change) {
+    if (!leaves) return;
+    root.removeObserver(leaves.get());  // it is not called any more: by then it is gone
+    leaves.reset();
+    scene.sheet->removeStyle(Ref<ZTSStyle>(change.style()));
+  });
+  Calling dropsSibling(scene.log, [&](const ZTSStyleChangeInfo&) {
+    if (!child) return;
+    scene.sheet->removeStyle(std::exchange(child, {}));
+    scene.host.undo->removeAllActions();  // nobody holds the sibling any more but the one who tells
+    last.setValueForProperty(Value(7), weight);  // a change inside the telling of another
+  });
+  TestStyle& first = scene.style("aFirst", "root");
+  first.addObserver(&dropsSibling);
+  last.addObserver(&dropsSibling);
+  root.addObserver(&removes);
+  root.addObserver(leaves.get());
+  root.addObserver(&joins);
+  root.setValueForProperty(Value(2), size);
+  EXPECT_EQ(scene.log, (Log{"last: size<1", "last: weight<", "aFirst: size<1", "root: size<1",
+                           "last: size<2 colour< list< label<", "aFirst: size<2 weight< colour< list< label<",  // orphaned
+                           "root: size<1"}));
+  EXPECT_EQ(root.stylesheet(), nullptr);
+  EXPECT_TRUE(root.observers().containsObject(&never));
+
+  // The stylesheet itself goes while its style is told.
+  Ref<ZTSStylesheet> sheet = ZTSStylesheet::withHost();
+  Ref<TestStyle> kept = make<TestStyle>({.identifier = "kept"});
+  sheet->addStyle(kept);
+  Calling ends(scene.log, [&](const ZTSStyleChangeInfo&) { sheet.reset(); });
+  kept->addObserver(&ends);
+  int posts = 0;
+  NotificationListener listener(ZTSStylePropertiesChangedNotification, kept.get(), [&](const NSNotification&) {
+    ++posts;
+    kept.reset();
+  });
+  kept->setValuesForProperties(*mapOf({{size, 1}}));
+  EXPECT_TRUE(posts == 1 && sheet == nullptr && kept == nullptr);
+}
+
+TEST(PropagationTest, IsWholeAgainAfterAnException) {
+  Scene scene;
+  TestStyle& root = scene.style("root");
+  TestStyle& child = scene.style("child", "root");
+  bool throws = true;
+  Calling throwing(scene.log, [&](const ZTSStyleChangeInfo&) {
+    if (throws) throw std::runtime_error("no");
+  });
+  StyleRecorder recorder(scene.log);
+  child.addObserver(&throwing);
+  root.addObserver(&recorder);
+  EXPECT_THROW(root.setValueForProperty(Value(1), size), std::runtime_error);
+  EXPECT_EQ(NestingGuard::depth(Nesting::telling), 0u);
+  EXPECT_EQ(valueOf(child, size), 1) << "the change itself stays";
+  throws = false;
+  scene.undo();
+  EXPECT_EQ(scene.log, (Log{"child: size<", "child: size<1", "root: size<1"}));
+}
+
+// ---- Classes that override what could be skipped
+
+/// A class that overrides one operation and counts its calls.
+template <class Self>
+struct Counting : TestStyle {
+  static const ZTSStyleClass& styleClass() {
+    static const auto* object = new TestClassOf<Self>("Counting", TestStyle::styleClass());
+    return *object;
+  }
+  const ZTSStyleClass& classObject() const override { return styleClass(); }
+  static inline int calls = 0;
+};
+struct Telling : Counting<Telling> {
+  void stylePropertiesChanged(const ZTSStyleChangeInfo& change) override { ++calls, TestStyle::stylePropertiesChanged(change); }
+};
+struct Inspecting : Counting<Inspecting> {
+  const PropertySet& inspectableProperties() const override { return ++calls, TestStyle::inspectableProperties(); }
+};
+struct Mapping : Counting<Mapping> {
+  Ref<const PropertyMap> overridePropertyMap() const override { return ++calls, TestStyle::overridePropertyMap(); }
+};
+struct Undoing : Counting<Undoing> {
+  NSUndoManager* undoManager() const override { return ++calls, TestStyle::undoManager(); }
+};
+struct Keeping : Counting<Keeping> {
+  void lockedStyleSetValuesForProperties(const PropertyMap& values, std::int32_t flags) override {
+    EXPECT_EQ(flags, kZTSStyleNotifyOnRedo);
+    ++calls, TestStyle::lockedStyleSetValuesForProperties(values, flags);
+  }
+};
+struct Naming : TestStyle {
+  static const ZTSStyleClass& styleClass();
+  const ZTSStyleClass& classObject() const override { return styleClass(); }
+};
+struct NamingClass : TestClassOf<Naming> {
+  using TestClassOf<Naming>::TestClassOf;
+  NSNotificationName stylePropertiesChangedNotificationName() const override { return NSNotificationName("OwnName"); }
+};
+const ZTSStyleClass& Naming::styleClass() {
+  static const auto* object = new NamingClass("Naming", TestStyle::styleClass());
+  return *object;
+}
+
+template <class T>
+int callsFor(bool locked, bool own = false) {
+  Scene scene;
+  TestStyle& root = scene.style("root", {}, {{size, 1}});
+  T& leaf = scene.style<T>("leaf", "root", {}, locked);
+  T::calls = 0;
+  (own ? leaf : root).setValueForProperty(Value(2), size);
+  return T::calls;
+}
+
+TEST(PropagationTest, CallsEveryOverriddenOperationThoughNobodyListens) {
+  EXPECT_EQ(callsFor<Telling>(false), 1);
+  EXPECT_EQ(callsFor<Inspecting>(false), 1);
+  EXPECT_EQ(callsFor<Mapping>(false), 1);
+  EXPECT_EQ(callsFor<Undoing>(true), 2) << "asked for the phase, then by the operation that keeps the look";
+  EXPECT_EQ(callsFor<Keeping>(true), 1);
+  EXPECT_EQ(callsFor<Telling>(false, true), 1) << "for its own changes too";
+  Telling::calls = 0;
+  make<Telling>()->setValueForProperty(Value(1), size);
+  EXPECT_EQ(Telling::calls, 1) << "and while it is detached";
+
+  Scene scene;
+  TestStyle& root = scene.style("root");
+  scene.style<Naming>("leaf", "root");
+  NotificationListener listener(NSNotificationName("OwnName"), nullptr, [&](const NSNotification&) { scene.log.push_back("own name"); });
+  root.setValueForProperty(Value(2), size);
+  EXPECT_EQ(scene.log, Log{"own name"});
+}
+
+TEST(PropagationTest, PassesThroughChainsOfAnyLength) {
+  Scene scene;
+  const auto chain = [&]<class T>(const char* prefix, int count) {
+    std::vector<T*> styles;
+    for (int i = 0; i < count; ++i) {
+      styles.push_back(&scene.style<T>(prefix + std::to_string(i), i > 0 ? StringRef(prefix + std::to_string(i - 1)) : StringRef()));
+    }
+    return styles;
+  };
+  StyleRecorder recorder(scene.log);
+  // Far beyond what a call for each level would need of the stack.
+  std::vector<TestStyle*> plain = chain.template operator()<TestStyle>("p", 200'000);
+  plain.back()->addObserver(&recorder);
+  plain.front()->setValueForProperty(Value(1), size);
+  EXPECT_EQ(scene.log, Log{"p199999: size<"});
+
+  std::vector<Telling*> overriding = chain.template operator()<Telling>("o", kDeepestNesting + 1);
+  overriding[1000]->addObserver(&recorder);
+  scene.host.undo->disableUndoRegistration();
+  EXPECT_THROW(overriding.front()->setValueForProperty(Value(1), size), NSInternalInconsistencyException);
+  overriding[999]->setParentIdentifier("nobody");
+  overriding[2000]->setParentIdentifier("nobody");
+  scene.log.clear();
+  overriding[999]->setValueForProperty(Value(2), size);
+  EXPECT_EQ(scene.log, Log{"o1000: size<"}) << "right again after the exception";
+}
+
+// ---- Change records
+
+/// A value that counts how often it is compared.
+class Counted : public NSObject {
+ public:
+  explicit Counted(int number) : mNumber(number) {}
+  bool isEqual(const NSObject* other) const override {
+    ++comparisons;
+    const auto* counted = dynamic_cast<const Counted*>(other);
+    return counted != nullptr && counted->mNumber == mNumber;
+  }
+  mutable int comparisons = 0;
+
+ private:
+  int mNumber;
+};
+
+TEST(ChangeInfoTest, ComparesEachKeyOncePerChange) {
+  Scene scene;
+  const Ref<Counted> was = make<Counted>(1);
+  TestStyle& root = scene.style("root", {}, {{size, Ref<NSObject>(was)}, {weight, 1}});
+  TestStyle& child = scene.style("child", "root");
+  root.p_setValueForProperty(make<Counted>(2), size);
+  const Ref<ZTSStyleChangeInfo> change = ZTSStyleChangeInfo::withStyleChangedProperties(
+      &root, *PropertySet::with({size, weight, colour}), mapOf({{size, Ref<NSObject>(was)}, {weight, 1.0}}).get());
+  EXPECT_EQ(change->unchangedPropertyMapForProperties(*PropertySet::with({list})), nullptr);
+  const auto text = [](const ZTSStyleChangeInfo& info) {
+    const Ref<PropertyMap> map = info.unchangedPropertyMapForProperties(*PropertySet::with({size, weight, colour, list}));
+    return map ? std::to_string(map->count()) + (map->find(size) != nullptr ? " size" : "") : "none";
+  };
+  EXPECT_EQ(text(*change), "1 size") << "the weight is equal as a number, the colour had no value";
+  root.p_setValueForProperty(was, size);
+  EXPECT_EQ(text(*change), "1 size") << "remembered";
+  const Ref<ZTSStyleChangeInfo> cascaded = ZTSStyleChangeInfo::cascadedFrom(change.get(), &child, PropertySet::with({size}));
+  EXPECT_EQ(text(*cascaded), "1 size");
+  EXPECT_EQ(was->comparisons, 1);
+  EXPECT_EQ(cascaded->style(), &child);
+  EXPECT_EQ(cascaded->originalStyle(), &root);
+  EXPECT_EQ(cascaded->originalChangedProperties(), change->changedProperties());
+  EXPECT_EQ(cascaded->oldPropertyMap(), change->oldPropertyMap());
+}
+
+TEST(ChangeInfoTest, SaysWhatItIsAndRefusesToComeFromNothing) {
+  Scene scene;
+  TestStyle& root = scene.style("root");
+  const Ref<ZTSStyleChangeInfo> change = ZTSStyleChangeInfo::withStyleChangedProperty(&root, size, {});
+  EXPECT_TRUE(change->oldPropertyMap()->isEmpty());
+  EXPECT_EQ(change->unchangedPropertyMapForProperties(*PropertySet::with({size})), nullptr);
+  EXPECT_EQ(change->description(),
+            format("<ZTSStyleChangeInfo %p \n\tstyle=%p \n\toriginalStyle=%p \n\tchangedProperties={(size)} "
+                   "\n\toriginalChangedProperties={(size)} \n\tequalValuedProperties={(size)} \n\tunequalValuedProperties=(null) "
+                   "\n\toldPropertyMap={} \n\tunchangedVariation=0x0\n>",
+                   change, address(&root), address(&root)));
+  EXPECT_EQ(ZTSStyleChangeInfo::init()->unchangedVariation(), nullptr);
+  try {
+    ZTSStyleChangeInfo::cascadedFrom(nullptr, &root, {});
+    ADD_FAILURE() << "raised nothing";
+  } catch (const NSInternalInconsistencyException& error) {
+    EXPECT_THAT(error.reason(), ::testing::MatchesRegex("-\\[ZTSStyleChangeInfo initCascadedFromStyleChangeInfo:withStyle:"
+                                                        "changedProperties:\\] -- Failed to initialize <0x[0-9a-f]+> from nil "
+                                                        "ZTWPStyleChangeInfo\\."));
+  }
+}
+
+}  // namespace
+}  // namespace zt::testing
