@@ -1,0 +1,137 @@
+// Broadcasts of stylesheets, change tracking and the document hooks.
+
+#include "Scene.h"
+
+#include <ztstyles/ZTYTrackable.h>
+
+#include <functional>
+
+namespace zt::testing {
+namespace {
+
+struct Acting : SheetRecorder {
+  Acting(Log& log, std::string name, std::function<void(ZTSStyle&)> act) : SheetRecorder(log, std::move(name)), mAct(std::move(act)) {}
+  void addedStyleToStylesheet(ZTSStyle& style, ZTSStylesheet& sheet) override {
+    SheetRecorder::addedStyleToStylesheet(style, sheet);
+    mAct(style);
+  }
+  std::function<void(ZTSStyle&)> mAct;
+};
+
+TEST(StylesheetObserversTest, TellDescendantsFirstThenOwnThenTheCentre) {
+  Scene top;
+  Scene left(top.sheet.get()), right(top.sheet.get()), below(left.sheet.get());
+  right.sheet->setIsChangeCommunicationEnabled(false);  // asked of the stylesheet that changes alone
+  Log& log = top.log;
+  SheetRecorder topMost(log, "top"), onLeft(log, "left"), onRight(log, "right"), onBelow(log, "below");
+  top.sheet->addObserver(&topMost);
+  left.sheet->addObserver(&onLeft);
+  right.sheet->addObserver(&onRight);
+  below.sheet->addObserver(&onBelow);
+  const auto note = [&](const NSNotification& n) {
+    EXPECT_EQ(n.object, top.sheet.get());
+    const auto* style = asStyle(n.userInfoForKey(ZTSStylesheetNotificationStyleKey));
+    log.push_back(n.name.text() + " " + (style != nullptr ? style->identifier().text() : "-"));
+  };
+  NotificationListener added(ZTSStylesheetStyleAddedNotification, nullptr, note);
+  NotificationListener removed(ZTSStylesheetStyleRemovedNotification, top.sheet.get(), note);
+  NotificationListener moved(ZTSStylesheetParentChangedNotification, nullptr, [&](const NSNotification& n) {
+    EXPECT_EQ(n.userInfo, nullptr);
+    log.push_back("parent changed");
+  });
+  TestStyle& style = top.style("s");
+  top.sheet->removeStyle(Ref<ZTSStyle>(&style));
+  EXPECT_EQ(log, (Log{"below added s", "left added s", "right added s", "top added s", "ZTSStylesheetStyleAddedNotification s",
+                      "below removed s", "left removed s", "right removed s", "top removed s",
+                      "ZTSStylesheetStyleRemovedNotification s"}));
+  log.clear();
+  left.sheet->setParent({});
+  EXPECT_EQ(log, (Log{"below parent", "left parent", "parent changed"}));
+  log.clear();
+  top.sheet->setIsChangeCommunicationEnabled(false);
+  top.undo();  // of the removal; undo and everything else goes on
+  EXPECT_TRUE(top.sheet->holdsStyle(style) && log.empty());
+  for (Scene* scene : {&top, &left, &right, &below}) {
+    for (ZTSStylesheetObserver* each : scene->sheet->observers().allObjects()) scene->sheet->removeObserver(each);
+  }
+}
+
+TEST(StylesheetObserversTest, MayChangeEverythingWhileTheyAreTold) {
+  Scene scene;
+  auto below = std::make_unique<Scene>(scene.sheet.get());
+  Log& log = scene.log;
+  auto gone = std::make_unique<SheetRecorder>(log, "gone");
+  Acting acting(log, "acting", [&](ZTSStyle& style) {
+    if (style.identifier() != "first") return;
+    scene.sheet->removeObserver(gone.get());
+    gone.reset();
+    scene.style("second");  // a broadcast inside the broadcast
+    scene.sheet->removeStyle(Ref<ZTSStyle>(&style));
+    below->sheet->setParent({});
+  });
+  below->sheet->addObserver(&acting);
+  SheetRecorder last(log, "last");
+  scene.sheet->addObserver(gone.get());
+  scene.sheet->addObserver(&last);
+  scene.style("first");
+  EXPECT_EQ(log, (Log{"acting added first", "acting added second", "last added second", "acting removed first", "last removed first",
+                      "acting parent", "last added first"}));
+  scene.sheet->removeObserver(&last);
+
+  Acting ends(log, "ends", [&](ZTSStyle&) { scene.sheet.reset(); });
+  scene.sheet->addObserver(&ends);
+  scene.style("third");
+  EXPECT_EQ(log.back(), "ends added third");
+}
+
+struct TrackingHost : TestHost, ZTYTrackable {
+  bool isTrackingChanges() const override { return true; }
+  NSObject* currentChangeTrackingSession() const override { return theDocument.get(); }
+};
+struct TrackingDocument : TestDocument, ZTYTrackable {
+  bool isTrackingChanges() const override { return true; }
+  NSObject* currentChangeTrackingSession() const override { return const_cast<TrackingDocument*>(this); }
+};
+struct Hooked : TestStyle {
+  void willBeAddedToDocument(NSDocument* document, NSObject* context) override { note("will add", document, context); }
+  void wasAddedToDocument(NSDocument* document, NSObject* context) override { note("was added", document, context); }
+  void willBeRemovedFromDocument(NSDocument* document) override { note("will remove", document, document); }
+  void wasRemovedFromDocument(NSDocument* document) override { note("was removed", document, document); }
+  void note(const char* what, NSObject* document, NSObject* context) {
+    if (log != nullptr) log->push_back(what + (" " + identifier().text()) + (document == context ? "" : " wrong"));
+  }
+  static const ZTSStyleClass& styleClass() { static const auto* c = new TestClassOf<Hooked>("Hooked", TestStyle::styleClass()); return *c; }
+  const ZTSStyleClass& classObject() const override { return styleClass(); }
+  Log* log = nullptr;
+};
+
+TEST(StylesheetObserversTest, ForwardTrackingAndDocumentHooks) {
+  Scene scene;
+  EXPECT_FALSE(scene.sheet->isTrackingChanges());
+  EXPECT_EQ(scene.sheet->currentChangeTrackingSession(), nullptr);
+  TrackingHost host;
+  TestHost plain;
+  plain.theDocument = make<TrackingDocument>();
+  for (TestHost* each : {static_cast<TestHost*>(&host), &plain}) {
+    scene.sheet->setHost(each);
+    EXPECT_TRUE(scene.sheet->isTrackingChanges());
+    EXPECT_EQ(scene.sheet->currentChangeTrackingSession(), each->theDocument.get());
+    EXPECT_FALSE(scene.sheet->changeTrackingHasChanges());
+    EXPECT_EQ(scene.sheet->changeTrackingChanges(), nullptr);
+  }
+  plain.hasDocument = false;
+  EXPECT_FALSE(scene.sheet->isTrackingChanges());
+
+  scene.style<Hooked>({}).log = &scene.log;
+  scene.style<Hooked>("a").log = &scene.log;
+  NSDocument* document = plain.theDocument.get();
+  scene.sheet->willBeAddedToDocument(document, document);
+  scene.sheet->wasAddedToDocument(document, document);
+  scene.sheet->willBeRemovedFromDocument(document);
+  scene.sheet->wasRemovedFromDocument(document);
+  EXPECT_EQ(scene.log, (Log{"will add a", "will add ", "was added a", "was added ", "will remove a", "will remove ", "was removed a", "was removed "}));
+  scene.sheet->setHost(nullptr);
+}
+
+}  // namespace
+}  // namespace zt::testing
