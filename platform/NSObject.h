@@ -52,7 +52,7 @@ class ZT_EXPORT NSObject {
 
   /// Whether the object is one of the immutable values of the platform layer (number, string,
   /// colour, list, the null sentinel): such a value holds no state that can change and is no style.
-  [[nodiscard]] bool isPlainValue() const noexcept { return mTag != Tag::object; }
+  [[nodiscard]] bool isPlainValue() const noexcept { return mTag >= Tag::null; }
 
   /// The number of references, for tests and for finding groups that only hold one another.
   [[nodiscard]] std::uint32_t referenceCount() const noexcept { return mCount; }
@@ -61,8 +61,9 @@ class ZT_EXPORT NSObject {
   [[nodiscard]] bool hasListeners() const noexcept { return __atomic_load_n(&mHasListeners, __ATOMIC_ACQUIRE); }
 
  protected:
-  /// Private type tags: what the values' own `isEqual` asks instead of a dynamic cast.
-  enum class Tag : std::uint8_t { object, null, string, boolean, integer, real, colour, array, otherValue };
+  /// Private type tags: what the values' own `isEqual` asks instead of a dynamic cast, and how the style model tells
+  /// the values that are styles. Plain values stand last.
+  enum class Tag : std::uint8_t { object, style, aggregateStyle, null, string, boolean, integer, real, colour, array, otherValue };
 
   explicit NSObject(Tag tag = Tag::object) noexcept : mTag(tag) {}
   virtual ~NSObject();

@@ -50,21 +50,7 @@ class OrderedTable {
 
   /// The slot of the entry with this key, or `kNoSlot`.
   [[nodiscard]] Slot slotOf(const Key& key) const noexcept {
-    if (mBlock == nullptr) return kNoSlot;
-    if (!mBlock->hasTable()) {
-      for (Slot slot = 0; slot < mBlock->used; ++slot) {
-        const Entry& entry = mBlock->entries()[slot];
-        if (!Policy::isHole(entry) && Policy::matches(entry, key)) return slot;
-      }
-      return kNoSlot;
-    }
-    const Slot* table = mBlock->table();
-    const Slot mask = mBlock->tableSize() - 1;
-    for (Slot place = static_cast<Slot>(Policy::hash(key)) & mask; table[place] != 0; place = (place + 1) & mask) {
-      const Entry& entry = mBlock->entries()[table[place] - 1];
-      if (Policy::matches(entry, key)) return table[place] - 1;
-    }
-    return kNoSlot;
+    return mBlock == nullptr ? kNoSlot : slotOf(key, mBlock->hasTable() ? Policy::hash(key) : 0);
   }
   [[nodiscard]] bool contains(const Key& key) const noexcept { return slotOf(key) != kNoSlot; }
 
@@ -85,9 +71,12 @@ class OrderedTable {
   /// Adds the entry at the end unless its key is there already; answers the entry that is there now
   /// and whether it was added.
   std::pair<Entry*, bool> insert(Entry entry) {
-    if (Slot slot = slotOf(Policy::keyOf(entry)); slot != kNoSlot) return {&mBlock->entries()[slot], false};
+    const std::size_t hash = Policy::hashOf(entry);
+    if (mBlock != nullptr) {
+      if (Slot slot = slotOf(Policy::keyOf(entry), hash); slot != kNoSlot) return {&mBlock->entries()[slot], false};
+    }
     if (mBlock == nullptr || mBlock->used == mBlock->capacity) makeRoom();
-    return {append(std::move(entry)), true};
+    return {append(std::move(entry), hash), true};
   }
 
   /// Takes the entry out and hands it over, so that what its destruction runs finds the table whole.
@@ -197,18 +186,40 @@ class OrderedTable {
     ::operator delete(block);
   }
 
+  /// The search in a block that is there; the hash is asked only where it has a table.
+  [[nodiscard]] Slot slotOf(const Key& key, std::size_t hash) const noexcept {
+    if (!mBlock->hasTable()) {
+      for (Slot slot = 0; slot < mBlock->used; ++slot) {
+        const Entry& entry = mBlock->entries()[slot];
+        if (!Policy::isHole(entry) && Policy::matches(entry, key)) return slot;
+      }
+      return kNoSlot;
+    }
+    const Slot* table = mBlock->table();
+    const Slot mask = mBlock->tableSize() - 1;
+    for (Slot place = static_cast<Slot>(hash) & mask; table[place] != 0; place = (place + 1) & mask) {
+      const Entry& entry = mBlock->entries()[table[place] - 1];
+      if (Policy::matches(entry, key)) return table[place] - 1;
+    }
+    return kNoSlot;
+  }
+
   Entry* append(Entry entry) noexcept {
+    const std::size_t hash = mBlock->hasTable() ? Policy::hashOf(entry) : 0;
+    return append(std::move(entry), hash);
+  }
+  Entry* append(Entry entry, std::size_t hash) noexcept {
     const Slot slot = mBlock->used++;
     Entry* place = ::new (static_cast<void*>(mBlock->entries() + slot)) Entry(std::move(entry));
     ++mBlock->live;
-    if (mBlock->hasTable()) enterInTable(slot);
+    if (mBlock->hasTable()) enterInTable(slot, hash);
     return place;
   }
 
-  void enterInTable(Slot slot) noexcept {
+  void enterInTable(Slot slot, std::size_t hash) noexcept {
     Slot* table = mBlock->table();
     const Slot mask = mBlock->tableSize() - 1;
-    Slot place = homeOf(slot) & mask;
+    Slot place = static_cast<Slot>(hash) & mask;
     while (table[place] != 0) place = (place + 1) & mask;
     table[place] = slot + 1;
   }

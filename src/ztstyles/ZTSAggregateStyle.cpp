@@ -63,10 +63,6 @@ const ZTSStyleClass& ZTSAggregateStyle::styleClass() {
 
 const ZTSStyleClass& ZTSAggregateStyle::classObject() const { return styleClass(); }
 
-ZTSAggregateStyle* asAggregateStyle(NSObject* object) noexcept {
-  return object == nullptr || object->isPlainValue() ? nullptr : dynamic_cast<ZTSAggregateStyle*>(object);
-}
-
 // ---- Hooks
 
 const std::vector<PropertyKey>& ZTSAggregateStyle::referencedStyleProperties() const { return noProperties(); }

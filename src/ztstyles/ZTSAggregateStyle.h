@@ -16,6 +16,11 @@ class ZT_EXPORT ZTSAggregateStyle : public ZTSStyle {
   static const ZTSStyleClass& styleClass();
   const ZTSStyleClass& classObject() const override;
 
+  /// The object as an aggregate style, or none.
+  static ZTSAggregateStyle* from(NSObject* object) noexcept {
+    return object != nullptr && tagOf(*object) == Tag::aggregateStyle ? static_cast<ZTSAggregateStyle*>(object) : nullptr;
+  }
+
   /// @name Hooks
   /// What subclasses say about themselves.
   /// @{
@@ -103,11 +108,11 @@ class ZT_EXPORT ZTSAggregateStyle : public ZTSStyle {
   /// @}
 
  protected:
-  ZTSAggregateStyle() = default;
+  ZTSAggregateStyle() noexcept : ZTSStyle(Tag::aggregateStyle) {}
   ~ZTSAggregateStyle() override;
 };
 
 /// The object as an aggregate style, or none.
-ZT_EXPORT ZTSAggregateStyle* asAggregateStyle(NSObject* object) noexcept;
+inline ZTSAggregateStyle* asAggregateStyle(NSObject* object) noexcept { return ZTSAggregateStyle::from(object); }
 
 }  // namespace zt

@@ -51,10 +51,6 @@ NSUndoManager* registeringUndoManager(const ZTSStyle& style) {
 
 }  // namespace
 
-ZTSStyle* asStyle(NSObject* object) noexcept {
-  return object == nullptr || object->isPlainValue() ? nullptr : dynamic_cast<ZTSStyle*>(object);
-}
-
 const ZTSStyleClass& ZTSStyle::styleClass() {
   static const auto* object = new ZTSStyleClassOf<ZTSStyle>("ZTSStyle", nsObjectClass());
   return *object;
@@ -62,7 +58,7 @@ const ZTSStyleClass& ZTSStyle::styleClass() {
 
 const ZTSStyleClass& ZTSStyle::classObject() const { return styleClass(); }
 
-ZTSStyle::ZTSStyle() = default;
+ZTSStyle::ZTSStyle(Tag tag) noexcept : ZTAXMLCoding(tag) {}
 
 ZTSStyle::~ZTSStyle() {
   intrusive_ptr_add_ref(this);  // whoever is handed this style by what follows must not end it again

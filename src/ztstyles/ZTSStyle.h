@@ -58,6 +58,12 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// The class object of this style's exact class.
   const ZTSStyleClass& classObject() const override;
 
+  /// The object as a style, or none.
+  static ZTSStyle* from(NSObject* object) noexcept {
+    if (object == nullptr || (tagOf(*object) != Tag::style && tagOf(*object) != Tag::aggregateStyle)) return nullptr;
+    return static_cast<ZTSStyle*>(object);
+  }
+
   /// @name Making one
   /// Implemented in ZTSStyle.cpp.
   /// @{
@@ -359,7 +365,7 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// @}
 
  protected:
-  ZTSStyle();
+  explicit ZTSStyle(Tag tag = Tag::style) noexcept;
   ~ZTSStyle() override;
 
   /// The own map, made on first need.
@@ -427,8 +433,8 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   ZTUCountedPointerSet<ZTSStyleObserver> mObservers;
 };
 
-/// The object as a style, or none.
-ZT_EXPORT ZTSStyle* asStyle(NSObject* object) noexcept;
-inline const ZTSStyle* asStyle(const NSObject* object) noexcept { return asStyle(const_cast<NSObject*>(object)); }
+/// The object as a style, or none. Cost: one comparison.
+inline ZTSStyle* asStyle(NSObject* object) noexcept { return ZTSStyle::from(object); }
+inline const ZTSStyle* asStyle(const NSObject* object) noexcept { return ZTSStyle::from(const_cast<NSObject*>(object)); }
 
 }  // namespace zt

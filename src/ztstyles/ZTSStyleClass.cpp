@@ -19,9 +19,12 @@ StringRef ZTSStyleClass::defaultStyleIdentifier() const { return {}; }
 
 bool ZTSStyleClass::canConstructStyleFromIdentifier(const StringRef&) const { return false; }
 
+Ref<ZTSStyle> ZTSStyleClass::allocateStyle() const { return {}; }
+
+Ref<NSObject> ZTSStyleClass::allocate() const { return allocateStyle(); }
+
 Ref<ZTSStyle> ZTSStyleClass::makeStyle(const ZTSStyleFields& fields) const {
-  const Ref<NSObject> bare = allocate();
-  Ref<ZTSStyle> style(asStyle(bare.get()));
+  Ref<ZTSStyle> style = allocateStyle();
   if (!style || !style->initWithName(fields)) return {};
   return style;
 }

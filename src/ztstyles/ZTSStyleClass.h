@@ -49,6 +49,9 @@ class ZT_EXPORT ZTSStyleClass : public ZTClass {
   virtual bool canConstructStyleFromIdentifier(const StringRef& identifier) const;
   /// @}
 
+  /// A bare style of the class, before its initialiser has run; none where the class cannot be made from outside.
+  virtual Ref<ZTSStyle> allocateStyle() const;
+  Ref<NSObject> allocate() const final;
   /// A new style, initialised through its virtual `initWithName`; none where that refuses.
   Ref<ZTSStyle> makeStyle(const ZTSStyleFields& fields = {}) const;
 

@@ -37,10 +37,10 @@ class ZTSStyleClassOf : public ZTSStyleClass {
 
   const PropertySet& properties() const override { return mRegistry ? *mRegistry : ZTSStyleClass::properties(); }
 
-  Ref<NSObject> allocate() const override {
-    auto* style = new Bare;
+  Ref<ZTSStyle> allocateStyle() const override {
+    Ref<ZTSStyle> style(new Bare);
     stamp(*style);
-    return Ref<NSObject>(static_cast<ZTAXMLCoding*>(style));
+    return style;
   }
 
  private:
