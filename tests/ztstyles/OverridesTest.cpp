@@ -1,0 +1,112 @@
+// Minimal override maps, collapsing, comparing and replacing.
+
+#include "Scene.h"
+
+namespace zt::testing {
+namespace {
+
+using Entries = std::initializer_list<std::pair<PropertyKey, Value>>;
+
+TEST(OverridesTest, KeepsWhatDiffersFromTheBase) {
+  Scene scene;
+  TestStyle& base = scene.style("base", {}, {{size, 10}, {weight, NSNull::null()}});
+  TestStyle& mine = scene.style({}, "base", {{size, 10}, {colour, 3}});
+  struct Case {
+    ZTSStyle& style;
+    Entries wanted, overrides;
+    bool canCollapse;
+    Entries expected;
+  };
+  const Case cases[] = {
+      {base, {{size, 10.0}}, {}, true, {}},                                   // what the base gives, and equal as a number
+      {base, {{size, 10}}, {{size, 10}}, true, {{size, 10}}},                 // overrides stay
+      {base, {{size, 9}}, {{size, 8}}, true, {{size, 8}}},                    // and win
+      {base, {{size, NSNull::null()}, {colour, NSNull::null()}}, {}, true, {{size, NSNull::null()}}},
+      {base, {{weight, NSNull::null()}}, {}, true, {}},                       // explicitly none on the base is none
+      {mine, {}, {}, true, {{colour, 3}}},
+      {mine, {}, {}, false, {{size, 10}, {colour, 3}}},
+      {mine, {{colour, 4}}, {}, true, {{colour, 4}}},
+      {mine, {{colour, 4}}, {}, false, {{size, 10}, {colour, 3}}},            // own entries are fixed, so they win
+      {mine, {{size, 11}, {weight, 1}}, {{colour, 5}}, true, {{size, 11}, {colour, 5}, {weight, 1}}},
+      {mine, {{colour, NSNull::null()}}, {}, true, {}},
+  };
+  int number = 0;
+  for (const Case& each : cases) {
+    SCOPED_TRACE(number++);
+    const Ref<PropertyMap> wanted = mapOf(each.wanted);
+    const Ref<PropertyMap> overrides = mapOf(each.overrides);
+    const Ref<PropertyMap> result = each.style.overridePropertyMapWithPropertyMap(wanted.get(), overrides.get(), each.canCollapse);
+    EXPECT_TRUE(result->isEqual(*mapOf(each.expected))) << describe(*result);
+    EXPECT_TRUE(each.style.overridePropertyMapWithPropertyMap(nullptr, nullptr, true) != nullptr);
+  }
+  ZTUAssertionRecorder reports;
+  const Ref<TestStyle> alone = make<TestStyle>();
+  EXPECT_EQ(alone->overridePropertyMapWithPropertyMap(mapOf({{size, 1}, {weight, NSNull::null()}}).get(), nullptr, true)->count(), 1u);
+  EXPECT_THAT(reports.descriptions(), ::testing::ElementsAre(format("Cannot create variation of anonymous style <%p> with no parent.", address(alone.get()))));
+}
+
+TEST(OverridesTest, CollapsesAndClearsInOneUndoableStep) {
+  Scene scene;
+  scene.style("base", {}, {{size, 10}});
+  TestStyle& style = scene.style("a", "base", {{size, 10}, {weight, NSNull::null()}, {colour, 1}});
+  TestStyle& locked = scene.style("b", "base", {{size, 10}}, true);
+  TestStyle& root = scene.style("c", {}, {{size, 10}});
+  locked.collapseOverriddenPropertyValues();
+  root.collapseOverriddenPropertyValues();
+  locked.clearOverriddenPropertyValues();
+  EXPECT_FALSE(scene.host.undo->canUndo());
+  EXPECT_TRUE(locked.overridesProperty(size) && root.overridesProperty(size));
+
+  style.collapseOverriddenPropertyValues();
+  EXPECT_EQ(style.overridePropertyMap()->count(), 1u);
+  EXPECT_EQ(scene.host.undo->undoGroupCount(), 1u);
+  style.collapseOverriddenPropertyValues();
+  EXPECT_EQ(scene.host.undo->undoGroupCount(), 1u);
+  style.clearOverriddenPropertyValues();
+  EXPECT_EQ(style.overridePropertyMap(), nullptr);
+  style.clearOverriddenPropertyValues();
+  scene.undo();
+  scene.undo();
+  EXPECT_EQ(style.overridePropertyMap()->count(), 3u);
+}
+
+class OtherRegistry : public TestStyle {
+ public:
+  static const ZTSStyleClass& styleClass() {
+    static const auto* object = new ZTSStyleClassOf<OtherRegistry>("OtherRegistry", TestStyle::styleClass(), PropertySet::with({size, "else"}));
+    return *object;
+  }
+  const ZTSStyleClass& classObject() const override { return styleClass(); }
+};
+
+TEST(OverridesTest, TellsInWhichPropertiesTwoStylesDiffer) {
+  Scene scene;
+  scene.style("base", {}, {{size, 10}});
+  TestStyle& a = scene.style("a", "base", {{weight, 1}});
+  TestStyle& b = scene.style("b", {}, {{size, 10.0}, {weight, 1}});
+  EXPECT_EQ(a.compareProperties(b), nullptr);
+  b.setValueForProperty(Value(2), weight);
+  EXPECT_TRUE(a.compareProperties(b)->isEqual(*PropertySet::with({weight})));
+  const Ref<OtherRegistry> other = make<OtherRegistry>({.overridePropertyMap = mapOf({{size, 10}}).get()});
+  EXPECT_TRUE(a.compareProperties(*other)->isEqual(*PropertySet::with({weight, colour, list, label, "else"})));
+}
+
+TEST(OverridesTest, HandsChildrenAndReferencesOverToAReplacement) {
+  Scene scene;
+  TestStyle& old = scene.style("old");
+  TestStyle& fresh = scene.style("fresh");
+  TestStyle& child = scene.style({}, "old");
+  TestAggregate& user = scene.style<TestAggregate>("user", {}, {{list, old}});
+  TestAggregate& otherClass = scene.style<TestAggregate>("other");
+  old.replaceWithStyle(nullptr);
+  old.replaceWithStyle(&old);
+  old.replaceWithStyle(&otherClass);
+  EXPECT_EQ(child.parent(), &old);
+  old.replaceWithStyle(&fresh);
+  EXPECT_EQ(child.parent(), &fresh);
+  EXPECT_EQ(user.overrideValueForProperty(list), &fresh);
+  EXPECT_EQ(old.observers().count(), 0u);
+}
+
+}  // namespace
+}  // namespace zt::testing
