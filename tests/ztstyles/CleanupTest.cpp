@@ -148,6 +148,7 @@ TEST_F(CleanupTest, VisitsWhomAWalkOverASnapshotWouldVisit) {
     SCOPED_TRACE(round);
     sheet = ZTSStylesheet::withHost(&host);
     host.hasUndo = false;
+    host.keepsIdentified = round % 3 == 0;
     const bool enabled = round % 2 == 0;
     std::vector<Ref<ZTSStyle>> styles;
     for (int each = 0; each < 40; ++each) {
@@ -175,7 +176,13 @@ TEST_F(CleanupTest, VisitsWhomAWalkOverASnapshotWouldVisit) {
         switch (below(8)) {
           case 0: other->incrementUsageCount(); break;
           case 1: case 2: if (other->usageCount() != 0) other->decrementUsageCount(); break;
-          case 3: if (other->stylesheet() != nullptr) sheet->removeStyle(other); break;
+          case 3:
+            if (other->stylesheet() != nullptr) sheet->removeStyle(other);
+            if (below(2) == 0 && other->stylesheet() == nullptr) {  // leaves and returns
+              while (other->usageCount() != 0) other->decrementUsageCount();
+              sheet->addStyle(other);
+            }
+            break;
           case 4: if (other->stylesheet() == nullptr) sheet->addStyle(other); break;
           case 5: if (other->stylesheet() != nullptr && other->isIdentified()) sheet->anonymizeStyle(other); break;
           case 6: if (other->stylesheet() != nullptr) sheet->identifyStyle(other, "n" + std::to_string(below(20))); break;
