@@ -26,7 +26,6 @@ void ZTSStyle::archivingSetStylesheet(ZTSStylesheet*) { ZT_PENDING; }
 void ZTSStyle::archivingUpdateParent() { ZT_PENDING; }
 void ZTSStyle::upgradeStyleWithUnarchiver(ZTAXMLUnarchiver&, std::uint64_t) { ZT_PENDING; }
 Ref<ZTSStyle> ZTSStyle::downgradeCopy() const { ZT_PENDING; }
-Ref<ZTSStyle> ZTSStyle::copyWithoutSettingStylesheet() const { ZT_PENDING; }
 bool ZTSStyle::sortXMLPropertiesByKey() { return false; }
 // ---- archive: ZTSStylesheetPersistenceAdditions.cpp, ZTSDowngradeStylesheet.cpp
 void ZTSStylesheet::encodeWithXMLArchiver(ZTAXMLArchiver&, _xmlNode*, std::uint64_t) { ZT_PENDING; }

@@ -169,6 +169,8 @@ Ref<NSObject> ZTSStyle::copy() const {
   return copy;
 }
 
+Ref<ZTSStyle> ZTSStyle::copyWithoutSettingStylesheet() const { return Ref<ZTSStyle>(asStyle(copy().get())); }
+
 bool ZTSStyle::isEqual(const NSObject* other) const { return isEqualCompareNames(asStyle(other), CompareNames::yes); }
 
 bool ZTSStyle::isEqualCompareNames(const ZTSStyle* other, CompareNames compareNames) const {
