@@ -110,6 +110,14 @@ class ZT_EXPORT ZTSAggregateStyle : public ZTSStyle {
  protected:
   ZTSAggregateStyle() noexcept : ZTSStyle(Tag::aggregateStyle) {}
   ~ZTSAggregateStyle() override;
+
+ private:
+  friend class ZTSStylesheet;
+
+  /// Keeps the list of those that were removed from a stylesheet right.
+  void departed(ZTSStylesheet* before) noexcept;
+
+  ZTSStylesheet* mDepartedFrom = nullptr;  // lists this style as removed; cleared by that stylesheet's destructor
 };
 
 /// The object as an aggregate style, or none.

@@ -5,6 +5,7 @@
 #include <platform/NSNull.h>
 #include <support/ZTULog.h>
 #include <ztstyles/ZTSObservationPause.h>
+#include <ztstyles/ZTSStylesheet.h>
 
 #include <algorithm>
 
@@ -162,8 +163,16 @@ void ZTSAggregateStyle::lockedStyleRemoveValuesForProperties(const PropertySet& 
 void ZTSAggregateStyle::setStylesheet(ZTSStylesheet* stylesheet) {
   ZTSObservationPause pause(*this);
   pause.endAll();
+  departed(stylesheet == nullptr ? this->stylesheet() : nullptr);
   ZTSStyle::setStylesheet(stylesheet);
   pause.beginAgain();
+}
+
+void ZTSAggregateStyle::departed(ZTSStylesheet* before) noexcept {
+  // Styles that were removed and refer to one another in a cycle have no other owner left that could free them.
+  if (mDepartedFrom != nullptr) mDepartedFrom->mDeparted.removeObject(this);
+  mDepartedFrom = before;
+  if (before != nullptr) before->mDeparted.addObject(this);
 }
 
 void ZTSAggregateStyle::archivingSetStylesheet(ZTSStylesheet* stylesheet) {
@@ -174,6 +183,7 @@ void ZTSAggregateStyle::archivingSetStylesheet(ZTSStylesheet* stylesheet) {
 }
 
 ZTSAggregateStyle::~ZTSAggregateStyle() {
+  departed(nullptr);
   // Observation ends when the style leaves its stylesheet, which is before it can die. Where a class kept that
   // from happening, its references must at least not be left with an observer that is gone.
   const Ref<const PropertyMap> own = ZTSStyle::overridePropertyMap();

@@ -12,6 +12,9 @@ namespace zt {
 /// The styles of a group lose their own values before they are destroyed; nothing is told and nothing
 /// registered. Styles that belong to a stylesheet are never looked into. Linear in the styles given and what
 /// they reach; without references it is one look at each style's own values.
-void freeReferenceGroups(std::vector<Ref<ZTSStyle>>&& styles);
+///
+/// A stylesheet does this when it is destroyed, with its styles and with the aggregates that were removed from
+/// it. Whoever makes such groups outside of stylesheets, as deep copies may be, can call it himself.
+ZT_EXPORT void freeReferenceGroups(std::vector<Ref<ZTSStyle>>&& styles);
 
 }  // namespace zt

@@ -59,6 +59,13 @@ ZTSStylesheet::~ZTSStylesheet() {
   if (mHost != nullptr) mHost->mServed.removeObject(this);
   mIdentifiedStyles.removeAll();
   mAnonymousStyles.removeAllObjects();
+  // What was removed earlier may be kept alive by nothing but a cycle, too.
+  for (Ref<ZTSStyle>& style : mDeparted.retainedSnapshot()) {
+    static_cast<ZTSAggregateStyle&>(*style).mDepartedFrom = nullptr;
+    held.push_back(std::move(style));
+    hasReferences = true;
+  }
+  mDeparted.removeAllObjects();
   if (hasReferences) freeReferenceGroups(std::move(held));
 }
 

@@ -284,6 +284,7 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   ZTSStyleSet& p_anonymousStyles() noexcept { return mAnonymousStyles; }
 
  private:
+  friend class ZTSAggregateStyle;
   friend class ZTSStyle;
   friend class ZTSStylesheetHost;
   friend class ZTSOrphanIndex;
@@ -330,6 +331,7 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   ZTUMutablePointerSet<ZTSStylesheet> mChildren;  // each leaves when it is re-parented or destroyed
   ZTSStyleDictionary mIdentifiedStyles;
   ZTSStyleSet mAnonymousStyles;
+  ZTUMutablePointerSet<ZTSStyle> mDeparted;  // aggregates that were removed; each leaves when it enters again or dies
   ZTSStylesheetHost* mHost = nullptr;  // cleared by the host's destructor
   Tracker mChangeTracker = Tracker::none;
   ZTUMutablePointerSet<ZTSStylesheetObserver> mObservers;

@@ -62,6 +62,14 @@ TEST(ReferenceGroupsTest, FreesCyclesAndKeepsWhatIsHeldFromOutside) {
          group.sheet->removeStyle(b);
          return Ref<NSObject>();
        }},
+      {"of styles that have all left, one of them for another place", 0, [&](Group& group) {
+         auto a = group.add(), b = group.add(), c = group.add();
+         refer(a, b), refer(b, a), refer(c, c);
+         for (auto* style : {&a, &b, &c}) group.sheet->removeStyle(*style);
+         Group other;
+         other.sheet->addStyle(std::exchange(c, nullptr));
+         return Ref<NSObject>();
+       }},
       {"held, with what it reaches", 3, [&](Group& group) {
          auto a = group.add(), b = group.add(), c = group.add(), d = group.add();
          refer(a, b), refer(b, a), refer(b, c, label), refer(d, d), refer(d, a, label);
