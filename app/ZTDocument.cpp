@@ -1,0 +1,111 @@
+#include <app/ZTDocument.h>
+
+namespace zt {
+
+namespace {
+
+std::string automaticKey(std::size_t part, std::string_view family, std::string_view name) {
+  return std::to_string(part) + ':' + styleIdentifier(family, name);
+}
+
+}  // namespace
+
+std::string_view originKindName(StyleOrigin::Kind kind) {
+  switch (kind) {
+    case StyleOrigin::Kind::made: return "made";
+    case StyleOrigin::Kind::defaultStyle: return "default";
+    case StyleOrigin::Kind::named: return "named";
+    case StyleOrigin::Kind::automatic: return "automatic";
+    case StyleOrigin::Kind::listStyle: return "list";
+    case StyleOrigin::Kind::listLevel: return "list-level";
+  }
+  return "made";
+}
+
+const ZTClass& ZTDocument::appDocumentClass() {
+  static const auto* object = new ZTClassOf<ZTDocument>("ZTDocument", NSDocument::documentClass());
+  return *object;
+}
+
+ZTDocument::ZTDocument()
+    : mUndoManager(make<NSUndoManager>()), mDefaults(ZTSStylesheet::withHost(this)), mStylesheet(ZTSStylesheet::withHost(this)) {
+  mStylesheet->setParent(mDefaults);
+  mUndoManager->disableUndoRegistration();
+  for (const StyleFamily family : kStyleFamilies) {
+    if (family == StyleFamily::other) continue;
+    const StringRef identifier(rootIdentifier(familyName(family)));
+    mDefaults->addStyle(OdfStyleClass::forFamily(family).makeStyle({.identifier = identifier}));
+  }
+  mUndoManager->enableUndoRegistration();
+}
+
+ZTDocument::~ZTDocument() {
+  // The actions hold styles and stylesheets, which must not outlive their host's answers.
+  mUndoManager->removeAllActions();
+}
+
+OdfStyle* ZTDocument::rootStyle(std::string_view family) const {
+  return asOdfStyle(mStylesheet->cascadedStyleWithIdentifier(rootIdentifier(family)));
+}
+
+OdfStyle* ZTDocument::namedStyle(std::string_view family, std::string_view name) const {
+  return asOdfStyle(mStylesheet->styleWithIdentifier(styleIdentifier(family, name)));
+}
+
+OdfStyle* ZTDocument::automaticStyle(std::size_t part, std::string_view family, std::string_view name) const {
+  const auto found = mAutomatic.find(automaticKey(part, family, name));
+  return found == mAutomatic.end() ? nullptr : found->second;
+}
+
+OdfStyle* ZTDocument::referredStyle(std::size_t part, std::string_view family, std::string_view name) const {
+  OdfStyle* style = automaticStyle(part, family, name);
+  return style != nullptr ? style : namedStyle(family, name);
+}
+
+std::vector<OdfStyle*> ZTDocument::stylesCalled(std::string_view text) const {
+  std::vector<OdfStyle*> exact;
+  std::vector<OdfStyle*> byName;
+  std::vector<OdfStyle*> byDisplayName;
+  for (const Ref<OdfStyle>& style : mReadStyles) {
+    const StyleOrigin& origin = mOrigins.at(style.get());
+    if (labelOf(*style) == text) exact.push_back(style.get());
+    if (origin.kind == StyleOrigin::Kind::listLevel) continue;
+    if (origin.name == text || styleIdentifier(style->familyName(), origin.name) == text) byName.push_back(style.get());
+    if (style->isNamed() && style->name().view() == text) byDisplayName.push_back(style.get());
+  }
+  if (!exact.empty()) return exact;
+  return byName.empty() ? byDisplayName : byName;
+}
+
+void ZTDocument::recordOrigin(Ref<OdfStyle> style, StyleOrigin origin) {
+  const bool isAutomatic =
+      origin.kind == StyleOrigin::Kind::automatic || (origin.kind == StyleOrigin::Kind::listStyle && style->isAnonymous());
+  if (isAutomatic && !origin.name.empty()) {
+    mAutomatic.try_emplace(automaticKey(origin.part, style->familyName(), origin.name), style.get());
+  }
+  mOrigins[style.get()] = std::move(origin);
+  mReadStyles.push_back(std::move(style));
+}
+
+const StyleOrigin* ZTDocument::originOf(const ZTSStyle& style) const {
+  const auto found = mOrigins.find(&style);
+  return found == mOrigins.end() ? nullptr : &found->second;
+}
+
+SourcePlace ZTDocument::placeOf(const ZTSStyle& style) const {
+  const StyleOrigin* origin = originOf(style);
+  return origin != nullptr && origin->part < parts.size() ? SourcePlace{parts[origin->part].shown, origin->line}
+                                                          : SourcePlace{shown, 0};
+}
+
+std::string ZTDocument::labelOf(const ZTSStyle& style) const {
+  if (style.isIdentified()) return style.identifier().text();
+  const StyleOrigin* origin = originOf(style);
+  const OdfStyle* odfStyle = asOdfStyle(&style);
+  if (origin == nullptr || odfStyle == nullptr) return "(anonymous style)";
+  if (origin->kind == StyleOrigin::Kind::listLevel) return origin->name;
+  return (origin->part < parts.size() ? parts[origin->part].name + ':' : std::string()) +
+         styleIdentifier(odfStyle->familyName(), origin->name);
+}
+
+}  // namespace zt

@@ -1,0 +1,111 @@
+#pragma once
+
+#include <app/odf/Finding.h>
+#include <app/styles/OdfStyle.h>
+
+#include <platform/NSDocument.h>
+#include <platform/NSUndoManager.h>
+#include <ztstyles/ZTSStylesheet.h>
+#include <ztstyles/ZTSStylesheetHost.h>
+
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace zt {
+
+/// Where a style of a document came from.
+struct StyleOrigin {
+  enum class Kind : std::uint8_t {
+    made,          ///< by the application: a root that the file does not give
+    defaultStyle,  ///< style:default-style
+    named,
+    automatic,
+    listStyle,  ///< named, automatic ones included
+    listLevel
+  };
+
+  Kind kind = Kind::made;
+  std::size_t part = 0;  ///< index into the document's parts
+  int line = 0;          ///< 0 if made
+  std::string name;      ///< style:name; of a level, that of its list style and its number
+};
+
+/// The word for a kind: "named", "automatic", ...
+std::string_view originKindName(StyleOrigin::Kind kind);
+
+/// A document: it owns its undo manager, its stylesheet and a stylesheet of defaults above that, and
+/// serves both as host. What the reader found out about its styles, and which names its parts use
+/// for them, stands beside.
+class ZTDocument final : public NSDocument, public ZTSStylesheetHost {
+ public:
+  /// An empty document with a root style for each family of OpenDocument in its defaults.
+  ZTDocument();
+
+  [[nodiscard]] NSUndoManager* undoManager() const override { return mUndoManager.get(); }
+  [[nodiscard]] NSDocument* document() const override { return const_cast<ZTDocument*>(this); }
+
+  /// The document's styles. Its parent is `defaults()`.
+  [[nodiscard]] ZTSStylesheet& stylesheet() const noexcept { return *mStylesheet; }
+  /// What the application gives every document: one style a family, under the identifier of the
+  /// family's root. A document's own root of the family inherits from it.
+  [[nodiscard]] ZTSStylesheet& defaults() const noexcept { return *mDefaults; }
+
+  /// @name What was read
+  /// @{
+
+  struct Part {
+    std::string name;   ///< "flat", "styles.xml", "content.xml"
+    std::string shown;  ///< how messages name it
+  };
+  std::string shown;  ///< the file or folder
+  std::vector<Part> parts;
+  std::vector<Finding> findings;
+  std::unordered_map<std::string, std::string> fontFamilies;  ///< declared font to family
+  /// @}
+
+  /// @name Styles by what files call them
+  /// Borrowed, none where there is none. A style that has left the stylesheet is still found.
+  /// @{
+
+  [[nodiscard]] OdfStyle* rootStyle(std::string_view family) const;
+  [[nodiscard]] OdfStyle* namedStyle(std::string_view family, std::string_view name) const;
+  [[nodiscard]] OdfStyle* automaticStyle(std::size_t part, std::string_view family, std::string_view name) const;
+  /// What a reference in the text of a part means: an automatic style of that part, else a named one.
+  [[nodiscard]] OdfStyle* referredStyle(std::size_t part, std::string_view family, std::string_view name) const;
+  /// All styles that fit what a person types: an identifier, "P1", "paragraph:P1",
+  /// "content.xml:paragraph:P1", or a display name. In the order of the document.
+  [[nodiscard]] std::vector<OdfStyle*> stylesCalled(std::string_view text) const;
+  /// @}
+
+  /// @name Origins
+  /// @{
+
+  /// Notes where a style came from, and the name of an automatic style in its part.
+  void recordOrigin(Ref<OdfStyle> style, StyleOrigin origin);
+  /// None for a style that was not read.
+  [[nodiscard]] const StyleOrigin* originOf(const ZTSStyle& style) const;
+  [[nodiscard]] SourcePlace placeOf(const ZTSStyle& style) const;
+  /// A name for people that is unique in the document: the identifier, or "content.xml:paragraph:P1".
+  [[nodiscard]] std::string labelOf(const ZTSStyle& style) const;
+  /// The styles that were read, in the order of the document.
+  [[nodiscard]] const std::vector<Ref<OdfStyle>>& readStyles() const noexcept { return mReadStyles; }
+  /// @}
+
+  static const ZTClass& appDocumentClass();
+  const ZTClass& classObject() const override { return appDocumentClass(); }
+
+ protected:
+  ~ZTDocument() override;
+
+ private:
+  Ref<NSUndoManager> mUndoManager;
+  Ref<ZTSStylesheet> mDefaults;
+  Ref<ZTSStylesheet> mStylesheet;
+  std::vector<Ref<OdfStyle>> mReadStyles;
+  std::unordered_map<const ZTSStyle*, StyleOrigin> mOrigins;  // of mReadStyles, which holds the keys
+  std::unordered_map<std::string, OdfStyle*> mAutomatic;      // by part, family and name; held likewise
+};
+
+}  // namespace zt

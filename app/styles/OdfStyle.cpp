@@ -1,0 +1,107 @@
+#include <app/styles/OdfStyle.h>
+
+#include <app/styles/PropertyRules.h>
+#include <app/styles/StyleValues.h>
+
+#include <platform/NSNull.h>
+#include <platform/NSString.h>
+
+#include <optional>
+
+namespace zt {
+
+namespace {
+
+// What a chain of shares comes to on top of a value of some ancestor.
+Ref<NSObject> resolved(const std::optional<Percentage>& share, Ref<NSObject> base) {
+  if (!share) return isNull(base.get()) ? Ref<NSObject>() : base;
+  if (const LengthValue* length = asLength(base.get())) return make<LengthValue>(shareOf(length->length(), *share));
+  if (const PercentageValue* percentage = asPercentage(base.get())) {
+    return make<PercentageValue>(shareOf(percentage->percentage(), *share));
+  }
+  return make<PercentageValue>(*share);
+}
+
+}  // namespace
+
+const ZTSStyleClass& OdfStyle::styleClass() {
+  class AbstractClass : public ZTSStyleClass {
+    using ZTSStyleClass::ZTSStyleClass;
+  };
+  static const auto* object = new AbstractClass("OdfStyle", &ZTSAggregateStyle::styleClass(), &typeid(OdfStyle));
+  return *object;
+}
+
+std::string OdfStyle::familyName() const {
+  if (family() == StyleFamily::other) {
+    const Ref<NSObject> value = valueForProperty(keys::otherFamily());
+    if (const NSString* name = NSString::from(value.get())) return std::string(name->view());
+  }
+  return std::string(zt::familyName(family()));
+}
+
+Ref<NSObject> OdfStyle::valueForProperty(PropertyKey key) const {
+  const PropertyRule* rule = propertyRule(key);
+  const bool isInherited = rule == nullptr || rule->isInherited;
+  const bool isShare = rule != nullptr && rule->isShareOfParent;
+  std::optional<Percentage> share;
+  for (const ZTSStyle* style = this; style != nullptr; style = style->parent()) {
+    // An ancestor of a foreign class may look values up in its own way.
+    if (style != this && asOdfStyle(style) == nullptr) return resolved(share, style->valueForProperty(key));
+    NSObject* own = style->p_overrideValueForProperty(key);
+    if (own == nullptr) {
+      if (!isInherited) break;
+      continue;
+    }
+    const PercentageValue* percentage = isShare ? asPercentage(own) : nullptr;
+    if (percentage == nullptr) return resolved(share, Ref<NSObject>(own));
+    share = share ? shareOf(percentage->percentage(), *share) : percentage->percentage();
+  }
+  Ref<NSObject> value = resolved(share, {});
+  return value != nullptr ? value : defaultValueForNilStyleProperty(key);
+}
+
+bool OdfStyle::validateValueForProperty(NSObject* value, PropertyKey key) const {
+  const auto& styleClass = classObject();
+  if (!styleClass.isValidProperty(key)) return false;
+  if (value == nullptr || isNull(value)) return true;
+  if (isReferencedStyleProperty(key)) return asStyle(value) != nullptr;
+  const PropertyRule* rule = propertyRule(key);
+  if (rule != nullptr && (rule->kinds & kStyle) != 0) return NSString::from(value) != nullptr;
+  return takesValue(rule, *value);
+}
+
+const OdfStyle* asOdfStyle(const NSObject* object) noexcept {
+  return object != nullptr && object->classObject().isKindOf(OdfStyle::styleClass())
+             ? static_cast<const OdfStyle*>(asStyle(object))
+             : nullptr;
+}
+
+OdfStyle* asOdfStyle(NSObject* object) noexcept {
+  return const_cast<OdfStyle*>(asOdfStyle(static_cast<const NSObject*>(object)));
+}
+
+const PropertySet& OdfStyleClass::properties() const {
+  if (const PropertySet* current = mCurrent.load(std::memory_order_acquire)) return *current;
+  extendRegistry(knownProperties(family()));
+  return *mCurrent.load(std::memory_order_acquire);
+}
+
+void OdfStyleClass::extendRegistry(const std::vector<PropertyKey>& keys) const {
+  const std::lock_guard lock(mMutex);
+  const PropertySet* current = mCurrent.load(std::memory_order_acquire);
+  Ref<PropertySet> next;
+  if (current == nullptr) {
+    next = PropertySet::with(knownProperties(family()));
+  } else {
+    bool isNew = false;
+    for (const PropertyKey key : keys) isNew |= !current->contains(key);
+    if (!isNew) return;
+    next = current->copy();
+  }
+  for (const PropertyKey key : keys) next->add(key);
+  mEarlier.push_back(next);
+  mCurrent.store(next.get(), std::memory_order_release);
+}
+
+}  // namespace zt

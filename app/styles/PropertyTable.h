@@ -1,0 +1,27 @@
+#pragma once
+/// @file
+/// The tables behind PropertyRules.h: one row for each attribute of OpenDocument that is understood.
+
+#include <span>
+#include <string_view>
+
+namespace zt {
+
+/// A row. `kinds` has one letter for each kind: L length, P percentage, ^ a percentage that is a
+/// share of the parent's value, C colour, B boolean, I integer, N number, T any text, X element,
+/// S style, . lengths in points, ! not inherited.
+struct PropertyRow {
+  std::string_view name;  // "fo.margin-left"
+  std::string_view kinds;
+  std::string_view keywords = {};
+};
+
+/// The rows of one property element.
+struct PropertyGroup {
+  std::string_view name;  // "paragraph"
+  std::span<const PropertyRow> rows;
+};
+
+std::span<const PropertyGroup> propertyGroups();
+
+}  // namespace zt
