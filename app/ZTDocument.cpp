@@ -23,20 +23,26 @@ std::string_view originKindName(StyleOrigin::Kind kind) {
 }
 
 const ZTClass& ZTDocument::appDocumentClass() {
-  static const auto* object = new ZTClassOf<ZTDocument>("ZTDocument", NSDocument::documentClass());
+  static const auto* object = new ZTClass("ZTDocument", &NSDocument::documentClass(), &typeid(ZTDocument));
   return *object;
 }
 
 ZTDocument::ZTDocument()
-    : mUndoManager(make<NSUndoManager>()), mDefaults(ZTSStylesheet::withHost(this)), mStylesheet(ZTSStylesheet::withHost(this)) {
-  mStylesheet->setParent(mDefaults);
-  mUndoManager->disableUndoRegistration();
+    : mUndoManager(make<NSUndoManager>()), mDefaults(ZTSStylesheet::withHost(this)), mStylesheet(ZTSStylesheet::withHost(this)) {}
+
+// In two steps: adding styles hands the document to their hooks, which may hold it for a moment, and that must not
+// be the only hold on it.
+Ref<ZTDocument> ZTDocument::create() {
+  Ref<ZTDocument> document(new ZTDocument);
+  document->mStylesheet->setParent(document->mDefaults);
+  document->mUndoManager->disableUndoRegistration();
   for (const StyleFamily family : kStyleFamilies) {
     if (family == StyleFamily::other) continue;
     const StringRef identifier(rootIdentifier(familyName(family)));
-    mDefaults->addStyle(OdfStyleClass::forFamily(family).makeStyle({.identifier = identifier}));
+    document->mDefaults->addStyle(OdfStyleClass::forFamily(family).makeStyle({.identifier = identifier}));
   }
-  mUndoManager->enableUndoRegistration();
+  document->mUndoManager->enableUndoRegistration();
+  return document;
 }
 
 ZTDocument::~ZTDocument() {

@@ -41,7 +41,7 @@ std::string_view originKindName(StyleOrigin::Kind kind);
 class ZTDocument final : public NSDocument, public ZTSStylesheetHost {
  public:
   /// An empty document with a root style for each family of OpenDocument in its defaults.
-  ZTDocument();
+  static Ref<ZTDocument> create();
 
   [[nodiscard]] NSUndoManager* undoManager() const override { return mUndoManager.get(); }
   [[nodiscard]] NSDocument* document() const override { return const_cast<ZTDocument*>(this); }
@@ -96,10 +96,10 @@ class ZTDocument final : public NSDocument, public ZTSStylesheetHost {
   static const ZTClass& appDocumentClass();
   const ZTClass& classObject() const override { return appDocumentClass(); }
 
- protected:
+ private:
+  ZTDocument();
   ~ZTDocument() override;
 
- private:
   Ref<NSUndoManager> mUndoManager;
   Ref<ZTSStylesheet> mDefaults;
   Ref<ZTSStylesheet> mStylesheet;

@@ -3,11 +3,13 @@
 namespace zt {
 
 // A new command adds its maker here and its name to the list below.
+std::unique_ptr<Command> makeExplainCommand();
+std::unique_ptr<Command> makeTreeCommand();
 std::unique_ptr<Command> makeStatsCommand();
 
 std::vector<std::unique_ptr<Command>> makeCommands() {
   std::vector<std::unique_ptr<Command>> commands;
-  for (auto* make : {makeStatsCommand}) commands.push_back(make());
+  for (auto* make : {makeExplainCommand, makeTreeCommand, makeStatsCommand}) commands.push_back(make());
   return commands;
 }
 

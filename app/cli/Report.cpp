@@ -1,15 +1,19 @@
 #include <app/cli/Report.h>
 
+#include <algorithm>
 #include <ostream>
 
 namespace zt {
 
 void printFindings(const std::vector<Finding>& findings, const Console& console) {
-  for (const Finding& finding : findings) {
+  constexpr std::size_t kMost = 200;
+  for (std::size_t index = 0; index < std::min(findings.size(), kMost); ++index) {
+    const Finding& finding = findings[index];
     console.err << severityName(finding.severity) << ": " << finding.place.text() << ": ";
     if (!finding.style.empty()) console.err << finding.style << ": ";
     console.err << finding.message << '\n';
   }
+  if (findings.size() > kMost) console.err << "... and " << findings.size() - kMost << " more findings\n";
 }
 
 nlohmann::ordered_json findingsAsJson(const std::vector<Finding>& findings) {

@@ -9,7 +9,7 @@
 
 namespace zt {
 
-/// One line for each finding on the console's error stream.
+/// One line for each finding on the console's error stream; after the two-hundredth, how many more there are.
 void printFindings(const std::vector<Finding>& findings, const Console& console);
 
 /// The findings as an array of objects with severity, code, file, line, style and message.

@@ -1,7 +1,6 @@
 #include <app/odf/ListImporter.h>
 
 #include <app/styles/FamilyStyles.h>
-
 #include <app/values/Scalar.h>
 
 #include <platform/NSNull.h>

@@ -20,7 +20,7 @@ class StyleImporter {
  public:
   explicit StyleImporter(const RawDocument& raw)
       : mRaw(raw),
-        mDocument(make<ZTDocument>()),
+        mDocument(ZTDocument::create()),
         mIndex(raw),
         mProperties(raw, mDocument->findings),
         mLists(raw, *mDocument),

@@ -98,12 +98,13 @@ std::string lengthText(Length length, bool prefersPoints) {
   if (prefersPoints) {
     if (const auto text = shortestText(units, kPoint, 4)) return sign + *text;
   }
-  std::optional<std::string> best;
-  for (const Unit& unit : {kUnits[1], kUnits[0], kUnits[2], kPoint}) {
-    const auto text = shortestText(units, unit, 4);
-    if (text && (!best || text->size() < best->size())) best = text;
+  const auto centimetres = shortestText(units, kUnits[1], 4);
+  const auto inches = shortestText(units, kUnits[0], 4);
+  if (centimetres && (!inches || centimetres->size() <= inches->size())) return sign + *centimetres;
+  if (inches) return sign + *inches;
+  for (const Unit& unit : {kUnits[2], kPoint}) {
+    if (const auto text = shortestText(units, unit, 4)) return sign + *text;
   }
-  if (best) return sign + *best;
   std::array<char, 40> digits = {};
   const double points = static_cast<double>(units) / Length::kPerPoint;
   const auto written = std::to_chars(digits.data(), digits.data() + digits.size(), points, std::chars_format::fixed, 7);

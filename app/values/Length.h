@@ -32,9 +32,9 @@ struct Length {
 /// beyond ten kilometres.
 std::optional<Length> parseLength(std::string_view text);
 
-/// The shortest text that says exactly this length, in in, cm, mm or pt with at most four decimals;
-/// points first if `prefersPoints`. A length that none of them holds is written in points, with as
-/// many decimals as it takes to come back as the same length.
+/// A text that says exactly this length with at most four decimals: in points if `prefersPoints` and
+/// they can; else in cm or in, whichever is shorter; else in mm; else in points. A length that none of
+/// them holds is written in points, with as many decimals as it takes to come back as the same length.
 std::string lengthText(Length length, bool prefersPoints = false);
 
 }  // namespace zt
