@@ -28,7 +28,9 @@ const ZTClass& ZTDocument::appDocumentClass() {
 }
 
 ZTDocument::ZTDocument()
-    : mUndoManager(make<NSUndoManager>()), mDefaults(ZTSStylesheet::withHost(this)), mStylesheet(ZTSStylesheet::withHost(this)) {}
+    : mUndoManager(make<NSUndoManager>()),
+      mDefaults(ZTSStylesheet::withHost(this)),
+      mStylesheet(ZTSStylesheet::withHost(this)) {}
 
 // In two steps: adding styles hands the document to their hooks, which may hold it for a moment, and that must not
 // be the only hold on it.
@@ -84,8 +86,8 @@ std::vector<OdfStyle*> ZTDocument::stylesCalled(std::string_view text) const {
 }
 
 void ZTDocument::recordOrigin(Ref<OdfStyle> style, StyleOrigin origin) {
-  const bool isAutomatic =
-      origin.kind == StyleOrigin::Kind::automatic || (origin.kind == StyleOrigin::Kind::listStyle && style->isAnonymous());
+  const bool isAutomatic = origin.kind == StyleOrigin::Kind::automatic ||
+                           (origin.kind == StyleOrigin::Kind::listStyle && style->isAnonymous());
   if (isAutomatic && !origin.name.empty()) {
     mAutomatic.try_emplace(automaticKey(origin.part, style->familyName(), origin.name), style.get());
   }

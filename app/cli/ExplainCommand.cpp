@@ -21,7 +21,8 @@ class ExplainCommand : public Command {
     command->add_flag("--json", mAsJson, "Write one JSON object: styles with values, entries and roles");
     command->footer(
         "For each property the effective value, which style sets it, and what that hides. An entry \"wins\" if it is\n"
-        "the nearest; where it is a percentage of the parent's value, the entries that it is a share of are its \"base\".\n"
+        "the nearest; where it is a percentage of the parent's value, the entries that it is a share of are its "
+        "\"base\".\n"
         "Examples:\n"
         "  ztstyles explain letter.odt Heading_20_1\n"
         "  ztstyles explain letter.odt paragraph:Title text.fo.font-size\n"
@@ -64,7 +65,8 @@ class ExplainCommand : public Command {
  private:
   void keepProperty(std::vector<StyleExplanation>& explanations) const {
     std::erase_if(explanations, [this](StyleExplanation& explanation) {
-      std::erase_if(explanation.properties, [this](const ExplainedProperty& property) { return property.key.view() != mProperty; });
+      std::erase_if(explanation.properties,
+                    [this](const ExplainedProperty& property) { return property.key.view() != mProperty; });
       return explanation.properties.empty();
     });
     if (explanations.empty()) throw UsageError("nothing sets '" + mProperty + "' for " + mStyle);
@@ -77,7 +79,8 @@ class ExplainCommand : public Command {
     const auto dumped = [](const Json& json) { return json.dump(-1, ' ', false, Json::error_handler_t::replace); };
     Json fonts = Json::object();
     for (const auto& [font, family] : document.fontFamilies) fonts[font] = family;
-    console.out << "{\"document\":" << dumped(document.shown) << ",\n\"font_families\":" << dumped(fonts) << ",\n\"styles\":[";
+    console.out << "{\"document\":" << dumped(document.shown) << ",\n\"font_families\":" << dumped(fonts)
+                << ",\n\"styles\":[";
     bool isFirst = true;
     const auto write = [&](const StyleExplanation& explanation) {
       console.out << (isFirst ? "\n" : ",\n") << dumped(explanationAsJson(document, explanation));

@@ -119,7 +119,8 @@ std::vector<const OdfStyle*> topStyles(const ZTDocument& document) {
   std::vector<const OdfStyle*> tops;
   for (const Ref<OdfStyle>& style : document.readStyles()) {
     if (style->stylesheet() != &document.stylesheet()) continue;
-    if (style->parent() == nullptr || style->parent()->stylesheet() != &document.stylesheet()) tops.push_back(style.get());
+    if (style->parent() == nullptr || style->parent()->stylesheet() != &document.stylesheet())
+      tops.push_back(style.get());
   }
   return tops;
 }

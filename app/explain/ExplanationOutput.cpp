@@ -56,9 +56,11 @@ std::string sourceText(const ZTDocument& document, const OdfStyle& style, const 
     const ExplainedEntry& entry = property.entries[index];
     if (entry.role == ExplainedEntry::Role::base) {
       if (index == 1) text = fmt::format("{} of it {}", forPeople(document, property.key, winner.value), text);
-      text += fmt::format(", of {} from {}", forPeople(document, property.key, entry.value), document.labelOf(*entry.style));
+      text += fmt::format(", of {} from {}", forPeople(document, property.key, entry.value),
+                          document.labelOf(*entry.style));
     } else if (hidden++ == property.moreHidden) {
-      text += fmt::format(", hides {} of {}", forPeople(document, property.key, entry.value), document.labelOf(*entry.style));
+      text += fmt::format(", hides {} of {}", forPeople(document, property.key, entry.value),
+                          document.labelOf(*entry.style));
     }
   }
   if (hidden > 1) text += fmt::format(" and {} more", hidden - 1);
@@ -104,7 +106,8 @@ Json explanationAsJson(const ZTDocument& document, const StyleExplanation& expla
   json["display_name"] = textOrNull(style.name());
   json["family"] = style.familyName();
   json["kind"] = origin != nullptr ? originKindName(origin->kind) : "made";
-  json["part"] = origin != nullptr && origin->part < document.parts.size() ? Json(document.parts[origin->part].name) : Json();
+  json["part"] =
+      origin != nullptr && origin->part < document.parts.size() ? Json(document.parts[origin->part].name) : Json();
   json["file"] = document.placeOf(style).file;
   json["line"] = document.placeOf(style).line;
   json["parent"] = chain.size() > 1 ? Json(document.labelOf(*chain[1])) : Json();
@@ -144,7 +147,8 @@ void printExplanation(const ZTDocument& document, const StyleExplanation& explan
   }
   for (const ExplainedProperty& property : explanation.properties) {
     const std::string value = forPeople(document, property.key, property.effective.get());
-    const std::string padding(std::min(widestValue, std::size_t{24}) - std::min({widestValue, value.size(), std::size_t{24}}), ' ');
+    const std::string padding(
+        std::min(widestValue, std::size_t{24}) - std::min({widestValue, value.size(), std::size_t{24}}), ' ');
     console.out << fmt::format("  {:<{}}  ", property.key.view(), widestKey) << console.green(value) << padding << "  "
                 << console.faint(sourceText(document, style, property)) << '\n';
   }

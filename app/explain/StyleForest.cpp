@@ -62,12 +62,14 @@ void StyleForest::print(const Console& console) const {
       branches += node.isLast ? "└─ " : "├─ ";
     }
     if (node.depth < kDeepestDrawn) lasts.push_back(node.isLast);
-    console.out << console.faint(branches) << (node.depth == 0 ? console.bold(mDocument.labelOf(*node.style)) : mDocument.labelOf(*node.style));
+    console.out << console.faint(branches)
+                << (node.depth == 0 ? console.bold(mDocument.labelOf(*node.style)) : mDocument.labelOf(*node.style));
     if (node.style->isNamed() && !mDocument.labelOf(*node.style).ends_with(':' + node.style->name().text())) {
       console.out << " \"" << node.style->name().view() << '"';
     }
     if (node.namedChildren + node.automaticChildren > 0) {
-      console.out << console.faint(fmt::format("  ({} named, {} automatic)", node.namedChildren, node.automaticChildren));
+      console.out << console.faint(
+          fmt::format("  ({} named, {} automatic)", node.namedChildren, node.automaticChildren));
     }
     console.out << '\n';
   }
@@ -94,9 +96,11 @@ nlohmann::ordered_json StyleForest::asJson() const {
   for (const Node& node : mNodes) {
     const bool hasParent = node.depth > 0;
     nodes.push_back({{"style", mDocument.labelOf(*node.style)},
-                     {"display_name", node.style->isNamed() ? nlohmann::ordered_json(node.style->name().text()) : nlohmann::ordered_json()},
+                     {"display_name", node.style->isNamed() ? nlohmann::ordered_json(node.style->name().text())
+                                                            : nlohmann::ordered_json()},
                      {"family", node.style->familyName()},
-                     {"parent", hasParent ? nlohmann::ordered_json(mDocument.labelOf(*node.style->parent())) : nlohmann::ordered_json()},
+                     {"parent", hasParent ? nlohmann::ordered_json(mDocument.labelOf(*node.style->parent()))
+                                          : nlohmann::ordered_json()},
                      {"depth", node.depth},
                      {"named_children", node.namedChildren},
                      {"automatic_children", node.automaticChildren}});

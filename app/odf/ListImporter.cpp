@@ -19,7 +19,9 @@ std::string keyFor(bool isOutline, bool isAutomatic, std::size_t part, const std
 std::size_t positionOf(const RawListLevel& level) {
   const std::string* text = level.attribute("text", "level");
   const auto number = text != nullptr ? parseInteger(*text) : std::nullopt;
-  return number && *number >= 1 && *number <= static_cast<std::int64_t>(keys::kListLevels) ? static_cast<std::size_t>(*number) : 0;
+  return number && *number >= 1 && *number <= static_cast<std::int64_t>(keys::kListLevels)
+             ? static_cast<std::size_t>(*number)
+             : 0;
 }
 
 }  // namespace
@@ -60,7 +62,8 @@ void ListImporter::makeStyles() {
     list.style = asOdfStyle(ListStyle::styleClass().makeStyle(fields).get());
     mDocument.recordOrigin(list.style, {StyleOrigin::Kind::listStyle, raw.part, raw.line, raw.name});
     const std::string label = mDocument.labelOf(*list.style);
-    for (std::size_t index = 0; index < raw.levels.size(); ++index) list.levels.push_back(makeLevel(list, index, label));
+    for (std::size_t index = 0; index < raw.levels.size(); ++index)
+      list.levels.push_back(makeLevel(list, index, label));
   }
 }
 
@@ -77,7 +80,8 @@ Ref<OdfStyle> ListImporter::makeLevel(List& list, std::size_t index, const std::
   fields.overridePropertyMap = list.levelMaps[index].get();
   Ref<OdfStyle> level(asOdfStyle(ListLevelStyle::styleClass().makeStyle(fields).get()));
   list.style->p_setValueForProperty(level, keys::listLevel(position));
-  mDocument.recordOrigin(level, {StyleOrigin::Kind::listLevel, list.raw->part, raw.line, fmt::format("{}/level-{}", label, position)});
+  mDocument.recordOrigin(
+      level, {StyleOrigin::Kind::listLevel, list.raw->part, raw.line, fmt::format("{}/level-{}", label, position)});
   return level;
 }
 

@@ -76,8 +76,8 @@ void ParentResolver::cutLoopsAndOrder() {
 void ParentResolver::giveUp(const RawStyle& style, const std::string& code, const std::string& reason) {
   mFindings.push_back({Finding::Severity::warning, code, mRaw.place(style.part, style.line),
                        styleIdentifier(style.family, style.name),
-                       fmt::format("the parent '{}' {}; inherits from the default style of the family instead", *style.parent,
-                                   reason)});
+                       fmt::format("the parent '{}' {}; inherits from the default style of the family instead",
+                                   *style.parent, reason)});
 }
 
 }  // namespace zt

@@ -84,24 +84,27 @@ Ref<PropertyMap> PropertyImporter::mapOf(const RawListLevel& level, const RawLis
   return map;
 }
 
-void PropertyImporter::takeProperties(const std::vector<RawProperty>& properties, const Owner& owner, PropertyMap& map) {
+void PropertyImporter::takeProperties(const std::vector<RawProperty>& properties, const Owner& owner,
+                                      PropertyMap& map) {
   bool hasShorthand = false;
   for (const RawProperty& property : properties) {
     if (property.prefix == "fo" && property.name == "margin" && !property.isElement) {
       hasShorthand = true;
     } else {
-      take(owner, property.line, propertyKeyText(property.group.empty() ? "level" : property.group, property.prefix, property.name),
+      take(owner, property.line,
+           propertyKeyText(property.group.empty() ? "level" : property.group, property.prefix, property.name),
            property.value, property.isElement, map);
     }
   }
   if (!hasShorthand) return;
   for (const RawProperty& property : properties) {
-    if (property.prefix == "fo" && property.name == "margin" && !property.isElement) takeShorthand(owner, property, map);
+    if (property.prefix == "fo" && property.name == "margin" && !property.isElement)
+      takeShorthand(owner, property, map);
   }
 }
 
-void PropertyImporter::take(const Owner& owner, int line, const std::string& keyText, const std::string& text, bool isElement,
-                            PropertyMap& map) {
+void PropertyImporter::take(const Owner& owner, int line, const std::string& keyText, const std::string& text,
+                            bool isElement, PropertyMap& map) {
   PropertyKey key = keyFor(owner, line, keyText);
   if (!key) return;
   const PropertyRule* rule = propertyRule(key);
@@ -116,7 +119,8 @@ void PropertyImporter::take(const Owner& owner, int line, const std::string& key
     return;
   }
   Ref<NSObject> usable = value(rule, key, text);
-  if (usable == nullptr) return tell(owner, line, fmt::format("the value '{}' of {} cannot be used; not set", excerpt(text), keyText));
+  if (usable == nullptr)
+    return tell(owner, line, fmt::format("the value '{}' of {} cannot be used; not set", excerpt(text), keyText));
   map.set(key, std::move(usable));
 }
 
@@ -147,7 +151,8 @@ PropertyKey PropertyImporter::keyFor(const Owner& owner, int line, const std::st
     }
     if (mKeys.size() >= kMostUnknownKeys) {
       if (!mToldOfTooMany) {
-        tell(owner, line, fmt::format("more than {} different properties; from here on new ones are not set", kMostUnknownKeys));
+        tell(owner, line,
+             fmt::format("more than {} different properties; from here on new ones are not set", kMostUnknownKeys));
       }
       mToldOfTooMany = true;
       return {};
@@ -166,7 +171,8 @@ Ref<NSObject> PropertyImporter::value(const PropertyRule* rule, PropertyKey key,
   const auto [found, isNew] = mValues.try_emplace(std::to_string(key.ordinal()) + '=' + text);
   if (isNew) {
     // A reference that this family does not follow is kept as the name that it is.
-    found->second = rule != nullptr && rule->kinds == kStyle ? Ref<NSObject>(NSString::make(text)) : readValue(rule, text);
+    found->second =
+        rule != nullptr && rule->kinds == kStyle ? Ref<NSObject>(NSString::make(text)) : readValue(rule, text);
   }
   return found->second;
 }
@@ -180,7 +186,8 @@ void PropertyImporter::extendRegistries() {
 }
 
 void PropertyImporter::tell(const Owner& owner, int line, const std::string& message) {
-  mFindings.push_back({Finding::Severity::warning, "unusable-value", mRaw.place(owner.part, line), owner.style, message});
+  mFindings.push_back(
+      {Finding::Severity::warning, "unusable-value", mRaw.place(owner.part, line), owner.style, message});
 }
 
 }  // namespace zt

@@ -108,9 +108,9 @@ class StyleImporter {
       mRoots.push_back(makeStyle(family, {.identifier = identifier,
                                           .parentIdentifier = hasDefault ? identifier : StringRef(),
                                           .overridePropertyMap = map.get()}));
-      mDocument->recordOrigin(mRoots.back(), raw != nullptr
-                                                 ? StyleOrigin{StyleOrigin::Kind::defaultStyle, raw->part, raw->line, {}}
-                                                 : StyleOrigin{});
+      mDocument->recordOrigin(
+          mRoots.back(),
+          raw != nullptr ? StyleOrigin{StyleOrigin::Kind::defaultStyle, raw->part, raw->line, {}} : StyleOrigin{});
       if (raw != nullptr) mStyles[indexOf(*raw)] = mRoots.back();
     }
   }
@@ -207,6 +207,8 @@ class StyleImporter {
 
 Ref<ZTDocument> importStyles(const RawDocument& raw) { return StyleImporter(raw).run(); }
 
-Ref<ZTDocument> readDocument(const std::filesystem::path& path) { return importStyles(RawDocument::read(Package::read(path))); }
+Ref<ZTDocument> readDocument(const std::filesystem::path& path) {
+  return importStyles(RawDocument::read(Package::read(path)));
+}
 
 }  // namespace zt

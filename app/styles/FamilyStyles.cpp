@@ -93,7 +93,9 @@ template class FamilyStyle<StyleFamily::listLevel>;
 template class FamilyStyle<StyleFamily::other>;
 
 const OdfStyleClass& OdfStyleClass::forFamily(StyleFamily family) {
-  const auto of = [](const ZTSStyleClass& object) -> const OdfStyleClass& { return static_cast<const OdfStyleClass&>(object); };
+  const auto of = [](const ZTSStyleClass& object) -> const OdfStyleClass& {
+    return static_cast<const OdfStyleClass&>(object);
+  };
   switch (family) {
     case StyleFamily::paragraph: return of(ParagraphStyle::styleClass());
     case StyleFamily::text: return of(TextStyle::styleClass());

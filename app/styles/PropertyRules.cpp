@@ -194,7 +194,8 @@ PropertyKey otherFamily() {
 PropertyKey listLevel(std::size_t level) {
   static const auto levels = [] {
     std::array<PropertyKey, kListLevels> all;
-    for (std::size_t index = 0; index < all.size(); ++index) all[index] = PropertyKey("list.text.level-" + std::to_string(index + 1));
+    for (std::size_t index = 0; index < all.size(); ++index)
+      all[index] = PropertyKey("list.text.level-" + std::to_string(index + 1));
     return all;
   }();
   return levels.at(level - 1);

@@ -5,8 +5,8 @@ namespace zt {
 namespace {
 
 constexpr std::array<std::string_view, kStyleFamilyCount> kNames = {
-    "paragraph", "text",         "table", "table-column", "table-row", "table-cell", "section", "graphic",
-    "presentation", "drawing-page", "chart", "ruby",      "list",      "list-level", "other"};
+    "paragraph",    "text",         "table", "table-column", "table-row", "table-cell", "section", "graphic",
+    "presentation", "drawing-page", "chart", "ruby",         "list",      "list-level", "other"};
 
 }  // namespace
 

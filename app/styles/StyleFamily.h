@@ -29,10 +29,10 @@ enum class StyleFamily : std::uint8_t {
 
 inline constexpr std::size_t kStyleFamilyCount = 15;
 inline constexpr std::array kStyleFamilies = {
-    StyleFamily::paragraph,   StyleFamily::text,         StyleFamily::table,       StyleFamily::tableColumn,
-    StyleFamily::tableRow,    StyleFamily::tableCell,    StyleFamily::section,     StyleFamily::graphic,
-    StyleFamily::presentation, StyleFamily::drawingPage, StyleFamily::chart,       StyleFamily::ruby,
-    StyleFamily::list,        StyleFamily::listLevel,    StyleFamily::other};
+    StyleFamily::paragraph,    StyleFamily::text,        StyleFamily::table,   StyleFamily::tableColumn,
+    StyleFamily::tableRow,     StyleFamily::tableCell,   StyleFamily::section, StyleFamily::graphic,
+    StyleFamily::presentation, StyleFamily::drawingPage, StyleFamily::chart,   StyleFamily::ruby,
+    StyleFamily::list,         StyleFamily::listLevel,   StyleFamily::other};
 
 /// The name of a family as files write it: "table-cell".
 std::string_view familyName(StyleFamily family);

@@ -88,7 +88,8 @@ std::string valueText(const NSObject* value, bool prefersPoints) {
     if (number->isBool()) return number->boolValue() ? "true" : "false";
     return number->isInteger() ? std::to_string(number->integerValue()) : numberText(number->realValue());
   }
-  if (const ZTSStyle* style = asStyle(value)) return style->isIdentified() ? style->identifier().text() : "(anonymous style)";
+  if (const ZTSStyle* style = asStyle(value))
+    return style->isIdentified() ? style->identifier().text() : "(anonymous style)";
   return value->description();
 }
 

@@ -22,11 +22,15 @@ class Explained {
     }
   }
 
-  [[nodiscard]] const Json* named(const std::string& family, const std::string& name) const { return find("named:", family, name); }
+  [[nodiscard]] const Json* named(const std::string& family, const std::string& name) const {
+    return find("named:", family, name);
+  }
   [[nodiscard]] const Json* automatic(const std::string& family, const std::string& name) const {
     return find("automatic:", family, name);
   }
-  [[nodiscard]] std::string fontFamily(const std::string& font) const { return mJson["font_families"].value(font, font); }
+  [[nodiscard]] std::string fontFamily(const std::string& font) const {
+    return mJson["font_families"].value(font, font);
+  }
   [[nodiscard]] std::size_t size() const { return mStyles.size(); }
 
  private:
@@ -59,7 +63,9 @@ std::optional<Found> find(const Applied& styles, const std::string& key) {
   return std::nullopt;
 }
 
-std::string text(const Found& found) { return found.property["value"].is_null() ? std::string() : found.property["value"].get<std::string>(); }
+std::string text(const Found& found) {
+  return found.property["value"].is_null() ? std::string() : found.property["value"].get<std::string>();
+}
 
 // The value in the office's terms, null where the file does not say.
 Json officeValue(const Explained& document, const Applied& styles, const std::string& name) {
@@ -112,7 +118,10 @@ Json officeValue(const Explained& document, const Applied& styles, const std::st
   }
   if (name == "text-align") {
     const auto align = get("paragraph.fo.text-align");
-    return !align ? Json() : text(*align) == "start" ? Json("left") : text(*align) == "end" ? Json("right") : Json(text(*align));
+    return !align                    ? Json()
+           : text(*align) == "start" ? Json("left")
+           : text(*align) == "end"   ? Json("right")
+                                     : Json(text(*align));
   }
   if (name == "line-height") {
     const auto height = get("paragraph.fo.line-height");
@@ -120,7 +129,10 @@ Json officeValue(const Explained& document, const Applied& styles, const std::st
   }
   if (name == "break") {
     const auto before = get("paragraph.fo.break-before");
-    return !before ? Json() : text(*before) == "page" ? Json("page-before") : text(*before) == "auto" ? Json("none") : Json(text(*before));
+    return !before                   ? Json()
+           : text(*before) == "page" ? Json("page-before")
+           : text(*before) == "auto" ? Json("none")
+                                     : Json(text(*before));
   }
   if (name == "master-page") {
     const auto page = get("style.style.master-page-name");
@@ -151,7 +163,8 @@ std::size_t compare(const Explained& document, const Applied& styles, const Json
 
 TEST(TruthTest, ExplainedValuesAreThoseThatAnOfficeProgramShows) {
   std::size_t compared = 0;
-  for (const std::string name : {"01-tiny-blank-page", "02-tiny-address-label", "03-small-invoice", "05-medium-markup-writer", "08-medium-font-features"}) {
+  for (const std::string name : {"01-tiny-blank-page", "02-tiny-address-label", "03-small-invoice",
+                                 "05-medium-markup-writer", "08-medium-font-features"}) {
     const Json truth = readJson(dataPath(name + ".truth.json"));
     const auto flatFile = dataPath(name + ".fodt");
     const Explained document(std::filesystem::exists(flatFile) ? flatFile : dataPath(name));
@@ -162,7 +175,8 @@ TEST(TruthTest, ExplainedValuesAreThoseThatAnOfficeProgramShows) {
         const std::string label = name + ' ' + family + ':' + styleName;
         compared += compare(document, {style}, expected, label);
         EXPECT_EQ(expected["display_name"], (*style)["display_name"]) << label;
-        const Json parent = expected["parent"].is_null() ? Json(family) : Json(family + ':' + expected["parent"].get<std::string>());
+        const Json parent =
+            expected["parent"].is_null() ? Json(family) : Json(family + ':' + expected["parent"].get<std::string>());
         EXPECT_EQ((*style)["parent"], parent) << label;
         // Without a next style, the style itself follows.
         const Json next = (*style)["next_style"].is_null() ? Json(styleName) : (*style)["next_style"];
@@ -173,7 +187,8 @@ TEST(TruthTest, ExplainedValuesAreThoseThatAnOfficeProgramShows) {
       Applied applied;
       if (sample.contains("spans")) {
         for (const Json& span : sample["spans"]) {
-          const Json* style = span["automatic"] ? document.automatic("text", span["style"]) : document.named("text", span["style"]);
+          const Json* style =
+              span["automatic"] ? document.automatic("text", span["style"]) : document.named("text", span["style"]);
           if (style != nullptr) applied.insert(applied.begin(), style);
         }
       }
@@ -182,7 +197,8 @@ TEST(TruthTest, ExplainedValuesAreThoseThatAnOfficeProgramShows) {
                                                                  : document.named("paragraph", paragraph);
       ASSERT_NE(style, nullptr) << name << ' ' << paragraph;
       applied.push_back(style);
-      compared += compare(document, applied, sample, name + " sample " + paragraph + " '" + sample["text"].get<std::string>() + '\'');
+      compared += compare(document, applied, sample,
+                          name + " sample " + paragraph + " '" + sample["text"].get<std::string>() + '\'');
     }
   }
   EXPECT_GT(compared, 2500u);

@@ -30,9 +30,9 @@ TEST(LengthTest, FourDecimalsOfEveryUnitAreExact) {
 }
 
 TEST(LengthTest, IsWrittenShortAndComesBackAsItself) {
-  const std::pair<const char*, const char*> cases[] = {{"2.54cm", "1in"},       {"0.499cm", "0.499cm"}, {"12pt", "12pt"},
-                                                       {"-0.2500in", "-0.25in"},  {"0mm", "0cm"},        {"10mm", "1cm"},
-                                                       {"0.0001pc", "0.0012pt"}};
+  const std::pair<const char*, const char*> cases[] = {
+      {"2.54cm", "1in"}, {"0.499cm", "0.499cm"}, {"12pt", "12pt"},        {"-0.2500in", "-0.25in"},
+      {"0mm", "0cm"},    {"10mm", "1cm"},        {"0.0001pc", "0.0012pt"}};
   for (const auto& [text, shortest] : cases) EXPECT_EQ(lengthText(*parseLength(text)), shortest);
   EXPECT_EQ(lengthText(*parseLength("1in"), true), "72pt");
   rc::check("any length comes back", [](std::int32_t units, bool points) {
