@@ -41,7 +41,7 @@ Ref<ZTDocument> ZTDocument::create() {
   for (const StyleFamily family : kStyleFamilies) {
     if (family == StyleFamily::other) continue;
     const StringRef identifier(rootIdentifier(familyName(family)));
-    document->mDefaults->addStyle(OdfStyleClass::forFamily(family).makeStyle({.identifier = identifier}));
+    document->mDefaults->addStyle(makeFamilyStyle(family, {.identifier = identifier}));
   }
   document->mUndoManager->enableUndoRegistration();
   return document;

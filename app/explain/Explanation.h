@@ -26,7 +26,7 @@ std::string_view roleName(ExplainedEntry::Role role);
 /// A property of a style: what it comes to and why.
 struct ExplainedProperty {
   PropertyKey key;
-  Ref<NSObject> effective;  ///< what the style itself answers; none where the winner says "explicitly none"
+  Ref<NSObject> effective;              ///< what the style itself answers; none where the winner says "explicitly none"
   std::vector<ExplainedEntry> entries;  ///< nearest first, at least one
   std::size_t moreHidden = 0;           ///< hidden entries that are not listed
 };

@@ -59,7 +59,7 @@ void ListImporter::makeStyles() {
     }
     fields.parentIdentifier = rootIdentifier("list");
     fields.overridePropertyMap = list.map.get();
-    list.style = asOdfStyle(ListStyle::styleClass().makeStyle(fields).get());
+    list.style = makeFamilyStyle(StyleFamily::list, fields);
     mDocument.recordOrigin(list.style, {StyleOrigin::Kind::listStyle, raw.part, raw.line, raw.name});
     const std::string label = mDocument.labelOf(*list.style);
     for (std::size_t index = 0; index < raw.levels.size(); ++index)
@@ -78,7 +78,7 @@ Ref<OdfStyle> ListImporter::makeLevel(List& list, std::size_t index, const std::
   ZTSStyleFields fields;
   fields.parentIdentifier = rootIdentifier("list-level");
   fields.overridePropertyMap = list.levelMaps[index].get();
-  Ref<OdfStyle> level(asOdfStyle(ListLevelStyle::styleClass().makeStyle(fields).get()));
+  Ref<OdfStyle> level = makeFamilyStyle(StyleFamily::listLevel, fields);
   list.style->p_setValueForProperty(level, keys::listLevel(position));
   mDocument.recordOrigin(
       level, {StyleOrigin::Kind::listLevel, list.raw->part, raw.line, fmt::format("{}/level-{}", label, position)});

@@ -180,7 +180,7 @@ Ref<NSObject> PropertyImporter::value(const PropertyRule* rule, PropertyKey key,
 void PropertyImporter::extendRegistries() {
   for (const StyleFamily family : kStyleFamilies) {
     if (const Ref<PropertySet>& wanted = mWanted.at(static_cast<std::size_t>(family))) {
-      OdfStyleClass::forFamily(family).extendRegistry(wanted->keys());
+      FamilyRegistry::of(family).extend(wanted->keys());
     }
   }
 }

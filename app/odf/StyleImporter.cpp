@@ -86,10 +86,6 @@ class StyleImporter {
     mProperties.extendRegistries();
   }
 
-  static Ref<OdfStyle> makeStyle(StyleFamily family, const ZTSStyleFields& fields) {
-    return Ref<OdfStyle>(asOdfStyle(OdfStyleClass::forFamily(family).makeStyle(fields).get()));
-  }
-
   // The root of each family that occurs. It has the identifier of the application's default, from which it inherits.
   void makeRoots() {
     std::set<std::string> families;
@@ -105,9 +101,9 @@ class StyleImporter {
       if (family == StyleFamily::other) map->set(keys::otherFamily(), NSString::make(name));
       const StringRef identifier(rootIdentifier(name));
       const bool hasDefault = family != StyleFamily::other;
-      mRoots.push_back(makeStyle(family, {.identifier = identifier,
-                                          .parentIdentifier = hasDefault ? identifier : StringRef(),
-                                          .overridePropertyMap = map.get()}));
+      mRoots.push_back(makeFamilyStyle(family, {.identifier = identifier,
+                                                .parentIdentifier = hasDefault ? identifier : StringRef(),
+                                                .overridePropertyMap = map.get()}));
       mDocument->recordOrigin(
           mRoots.back(),
           raw != nullptr ? StyleOrigin{StyleOrigin::Kind::defaultStyle, raw->part, raw->line, {}} : StyleOrigin{});
@@ -130,7 +126,7 @@ class StyleImporter {
       fields.parentIdentifier = parent != nullptr ? identifierOf(*parent) : rootOf(raw.family);
       fields.overridePropertyMap = map.get();
       Ref<OdfStyle>& style = mStyles[indexOf(raw)];
-      style = makeStyle(*familyWithName(raw.family), fields);
+      style = makeFamilyStyle(*familyWithName(raw.family), fields);
       const auto kind = isNamed ? StyleOrigin::Kind::named : StyleOrigin::Kind::automatic;
       mDocument->recordOrigin(style, {kind, raw.part, raw.line, raw.name});
     }

@@ -31,19 +31,10 @@ constexpr const char* className(StyleFamily family) {
 
 /// What the library's class template knows about the C++ class, with the registry of the family.
 template <StyleFamily kFamily>
-class FamilyStyleClass : public OdfStyleClass {
+class FamilyStyleClass : public ZTSStyleClassOf<FamilyStyle<kFamily>> {
  public:
-  FamilyStyleClass(std::string_view name, const ZTClass& base)
-      : OdfStyleClass(name, &base, &typeid(FamilyStyle<kFamily>)) {
-    setPlainGroups(plainTelling | plainMatching | plainResolving);
-  }
-  [[nodiscard]] StyleFamily family() const override { return kFamily; }
-  Ref<NSObject> allocate() const override {
-    struct Bare final : FamilyStyle<kFamily> {};
-    auto* style = new Bare;
-    stamp(*style);
-    return Ref<NSObject>(static_cast<ZTAXMLCoding*>(style));
-  }
+  using ZTSStyleClassOf<FamilyStyle<kFamily>>::ZTSStyleClassOf;
+  const PropertySet& properties() const override { return FamilyRegistry::of(kFamily).properties(); }
 };
 
 std::vector<PropertyKey> references(StyleFamily family) {
@@ -92,28 +83,25 @@ template class FamilyStyle<StyleFamily::list>;
 template class FamilyStyle<StyleFamily::listLevel>;
 template class FamilyStyle<StyleFamily::other>;
 
-const OdfStyleClass& OdfStyleClass::forFamily(StyleFamily family) {
-  const auto of = [](const ZTSStyleClass& object) -> const OdfStyleClass& {
-    return static_cast<const OdfStyleClass&>(object);
-  };
+const ZTSStyleClass& familyStyleClass(StyleFamily family) {
   switch (family) {
-    case StyleFamily::paragraph: return of(ParagraphStyle::styleClass());
-    case StyleFamily::text: return of(TextStyle::styleClass());
-    case StyleFamily::table: return of(TableStyle::styleClass());
-    case StyleFamily::tableColumn: return of(TableColumnStyle::styleClass());
-    case StyleFamily::tableRow: return of(TableRowStyle::styleClass());
-    case StyleFamily::tableCell: return of(TableCellStyle::styleClass());
-    case StyleFamily::section: return of(SectionStyle::styleClass());
-    case StyleFamily::graphic: return of(GraphicStyle::styleClass());
-    case StyleFamily::presentation: return of(PresentationStyle::styleClass());
-    case StyleFamily::drawingPage: return of(DrawingPageStyle::styleClass());
-    case StyleFamily::chart: return of(ChartStyle::styleClass());
-    case StyleFamily::ruby: return of(RubyStyle::styleClass());
-    case StyleFamily::list: return of(ListStyle::styleClass());
-    case StyleFamily::listLevel: return of(ListLevelStyle::styleClass());
+    case StyleFamily::paragraph: return ParagraphStyle::styleClass();
+    case StyleFamily::text: return TextStyle::styleClass();
+    case StyleFamily::table: return TableStyle::styleClass();
+    case StyleFamily::tableColumn: return TableColumnStyle::styleClass();
+    case StyleFamily::tableRow: return TableRowStyle::styleClass();
+    case StyleFamily::tableCell: return TableCellStyle::styleClass();
+    case StyleFamily::section: return SectionStyle::styleClass();
+    case StyleFamily::graphic: return GraphicStyle::styleClass();
+    case StyleFamily::presentation: return PresentationStyle::styleClass();
+    case StyleFamily::drawingPage: return DrawingPageStyle::styleClass();
+    case StyleFamily::chart: return ChartStyle::styleClass();
+    case StyleFamily::ruby: return RubyStyle::styleClass();
+    case StyleFamily::list: return ListStyle::styleClass();
+    case StyleFamily::listLevel: return ListLevelStyle::styleClass();
     case StyleFamily::other: break;
   }
-  return of(OtherStyle::styleClass());
+  return OtherStyle::styleClass();
 }
 
 }  // namespace zt

@@ -6,6 +6,7 @@
 #include <platform/NSNull.h>
 #include <platform/NSString.h>
 
+#include <deque>
 #include <optional>
 
 namespace zt {
@@ -81,27 +82,35 @@ OdfStyle* asOdfStyle(NSObject* object) noexcept {
   return const_cast<OdfStyle*>(asOdfStyle(static_cast<const NSObject*>(object)));
 }
 
-const PropertySet& OdfStyleClass::properties() const {
+const PropertySet& FamilyRegistry::properties() const {
   if (const PropertySet* current = mCurrent.load(std::memory_order_acquire)) return *current;
-  extendRegistry(knownProperties(family()));
+  extend({});
   return *mCurrent.load(std::memory_order_acquire);
 }
 
-void OdfStyleClass::extendRegistry(const std::vector<PropertyKey>& keys) const {
+void FamilyRegistry::extend(const std::vector<PropertyKey>& keys) const {
   const std::lock_guard lock(mMutex);
   const PropertySet* current = mCurrent.load(std::memory_order_acquire);
-  Ref<PropertySet> next;
-  if (current == nullptr) {
-    next = PropertySet::with(knownProperties(family()));
-  } else {
-    bool isNew = false;
-    for (const PropertyKey key : keys) isNew |= !current->contains(key);
-    if (!isNew) return;
-    next = current->copy();
-  }
+  bool isNew = current == nullptr;
+  for (const PropertyKey key : keys) isNew = isNew || !current->contains(key);
+  if (!isNew) return;
+  const Ref<PropertySet> next = current != nullptr ? current->copy() : PropertySet::with(knownProperties(mFamily));
   for (const PropertyKey key : keys) next->add(key);
-  mEarlier.push_back(next);
+  mAnswered.push_back(next);
   mCurrent.store(next.get(), std::memory_order_release);
+}
+
+const FamilyRegistry& FamilyRegistry::of(StyleFamily family) {
+  static const auto* registries = [] {
+    auto* all = new std::deque<FamilyRegistry>;
+    for (const StyleFamily each : kStyleFamilies) all->emplace_back(each);
+    return all;
+  }();
+  return registries->at(static_cast<std::size_t>(family));
+}
+
+Ref<OdfStyle> makeFamilyStyle(StyleFamily family, const ZTSStyleFields& fields) {
+  return Ref<OdfStyle>(asOdfStyle(familyStyleClass(family).makeStyle(fields).get()));
 }
 
 }  // namespace zt

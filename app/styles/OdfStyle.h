@@ -11,8 +11,6 @@
 
 namespace zt {
 
-class OdfStyleClass;
-
 /// A style of a document: what all families have in common. The properties of a family are those
 /// that PropertyRules.h knows, and whatever else its documents were found to set.
 class OdfStyle : public ZTSAggregateStyle {
@@ -44,27 +42,33 @@ class OdfStyle : public ZTSAggregateStyle {
 const OdfStyle* asOdfStyle(const NSObject* object) noexcept;
 OdfStyle* asOdfStyle(NSObject* object) noexcept;
 
-/// The class object of a family. Its registry grows when a document sets something unknown: what is
-/// read is never lost for want of a key.
-class OdfStyleClass : public ZTSStyleClass {
+/// The property registry of a family. It grows when a document sets something unknown: what is read
+/// is never lost for want of a key.
+class FamilyRegistry {
  public:
-  [[nodiscard]] virtual StyleFamily family() const = 0;
-  const PropertySet& properties() const override;
+  explicit FamilyRegistry(StyleFamily family) : mFamily(family) {}
 
-  /// Adds keys to the registry. Safe across threads; sets answered before stay as they were. Each
-  /// call that adds something keeps one more set for ever: collect keys and call once.
-  void extendRegistry(const std::vector<PropertyKey>& keys) const;
+  /// The keys of now; the set stays as it is for ever.
+  [[nodiscard]] const PropertySet& properties() const;
 
-  /// The class object of a family.
-  static const OdfStyleClass& forFamily(StyleFamily family);
+  /// Adds keys. Safe across threads. Each call that adds something keeps one more set for ever:
+  /// collect keys and call once.
+  void extend(const std::vector<PropertyKey>& keys) const;
 
- protected:
-  using ZTSStyleClass::ZTSStyleClass;
+  /// The one of a family.
+  static const FamilyRegistry& of(StyleFamily family);
 
  private:
+  StyleFamily mFamily;
   mutable std::atomic<const PropertySet*> mCurrent{nullptr};
-  mutable std::mutex mMutex;                               // of those who extend
-  mutable std::vector<Ref<const PropertySet>> mEarlier;  // all sets that were ever answered
+  mutable std::mutex mMutex;                              // of those who extend
+  mutable std::vector<Ref<const PropertySet>> mAnswered;  // all sets that were ever answered
 };
+
+/// The class object of a family.
+const ZTSStyleClass& familyStyleClass(StyleFamily family);
+
+/// Makes a style of a family; none where the map holds a key that the registry lacks.
+Ref<OdfStyle> makeFamilyStyle(StyleFamily family, const ZTSStyleFields& fields);
 
 }  // namespace zt

@@ -61,7 +61,7 @@ PropertyKey listStyle();
 PropertyKey masterPage();
 PropertyKey nextStyle();
 PropertyKey linkedStyle();
-PropertyKey otherFamily();  ///< the family's name, on styles of `StyleFamily::other`
+PropertyKey otherFamily();                 ///< the family's name, on styles of `StyleFamily::other`
 PropertyKey listLevel(std::size_t level);  ///< 1 to 10: the style of a level of a list style
 PropertyKey levelTextStyle();              ///< of a level: the text style of its number or bullet
 inline constexpr std::size_t kListLevels = 10;
