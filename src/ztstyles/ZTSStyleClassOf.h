@@ -1,6 +1,6 @@
 #pragma once
 
-#include <ztstyles/ZTSAggregateStyle.h>
+#include <ztstyles/ZTSDerivingStyle.h>
 
 namespace zt {
 
@@ -50,9 +50,28 @@ class ZTSStyleClassOf : public ZTSStyleClass {
   // one, which adds nothing; its class object is T's.
   struct Bare final : T {};
 
+  /// A deriving style without source and derived properties shows its own map as it is stored.
+  static constexpr bool derivesNothing() {
+    if constexpr (requires { &T::isSourceProperty; &T::isDerivedProperty; }) {
+      return kSameOperation<decltype(&T::isSourceProperty), decltype(&ZTSDerivingStyle::isSourceProperty)> &&
+             kSameOperation<decltype(&T::isDerivedProperty), decltype(&ZTSDerivingStyle::isDerivedProperty)>;
+    } else {
+      return false;
+    }
+  }
+  static constexpr bool showsOwnMap() {
+    if constexpr (requires { &T::overridePropertyMap; }) {
+      return kSameOperation<decltype(&T::overridePropertyMap), decltype(&ZTSStyle::overridePropertyMap)> ||
+             (derivesNothing() && kSameOperation<decltype(&T::overridePropertyMap), decltype(&ZTSDerivingStyle::overridePropertyMap)>);
+    } else {
+      return false;
+    }
+  }
   static constexpr bool variesPlainly() {
     if constexpr (requires { &T::overridePropertyMapWithPropertyMap; }) {
-      return kSameOperation<decltype(&T::overridePropertyMapWithPropertyMap), decltype(&ZTSStyle::overridePropertyMapWithPropertyMap)>;
+      using Operation = decltype(&T::overridePropertyMapWithPropertyMap);
+      return kSameOperation<Operation, decltype(&ZTSStyle::overridePropertyMapWithPropertyMap)> ||
+             (derivesNothing() && kSameOperation<Operation, decltype(&ZTSDerivingStyle::overridePropertyMapWithPropertyMap)>);
     } else {
       return false;
     }
@@ -67,11 +86,10 @@ class ZTSStyleClassOf : public ZTSStyleClass {
         all |= plainReading;
       }
     }
-    if constexpr (requires { &T::stylePropertiesChanged; &T::inspectableProperties; &T::overridePropertyMap; &T::undoManager; }) {
+    if constexpr (requires { &T::stylePropertiesChanged; &T::inspectableProperties; &T::undoManager; }) {
       if (kSameOperation<decltype(&T::stylePropertiesChanged), decltype(&ZTSStyle::stylePropertiesChanged)> &&
           kSameOperation<decltype(&T::inspectableProperties), decltype(&ZTSStyle::inspectableProperties)> &&
-          kSameOperation<decltype(&T::overridePropertyMap), decltype(&ZTSStyle::overridePropertyMap)> &&
-          kSameOperation<decltype(&T::undoManager), decltype(&ZTSStyle::undoManager)>) {
+          showsOwnMap() && kSameOperation<decltype(&T::undoManager), decltype(&ZTSStyle::undoManager)>) {
         all |= plainTelling;
       }
     }
@@ -90,16 +108,15 @@ class ZTSStyleClassOf : public ZTSStyleClass {
       }
     }
     if constexpr (requires { &T::valueForProperty; &T::referencedStyles; &T::recursivelyReferencedStyles; }) {
-      if ((kSameOperation<decltype(&T::valueForProperty), decltype(&ZTSStyle::valueForProperty)> &&
+      // A class with the bit is an aggregate unless it is plain.
+      if (((all & plainReading) != 0 && kSameOperation<decltype(&T::valueForProperty), decltype(&ZTSStyle::valueForProperty)> &&
            kSameOperation<decltype(&T::referencedStyles), decltype(&ZTSStyle::referencedStyles)> &&
            kSameOperation<decltype(&T::recursivelyReferencedStyles), decltype(&ZTSStyle::recursivelyReferencedStyles)>) ||
           refersLikeAggregate()) {
         all |= libraryReading;
       }
     }
-    if constexpr (requires { &T::overridePropertyMap; }) {
-      if (kSameOperation<decltype(&T::overridePropertyMap), decltype(&ZTSStyle::overridePropertyMap)>) all |= plainMatching;
-    }
+    if (showsOwnMap()) all |= plainMatching;
     if constexpr (requires { &T::updateParent; }) {
       if (kSameOperation<decltype(&T::updateParent), decltype(&ZTSStyle::updateParent)>) all |= plainResolving;
     }
