@@ -2,13 +2,15 @@
 /// @file
 /// The concrete style classes, one for each family.
 
-#include <app/styles/OdfStyle.h>
+#include <app/styles/ShapeStyle.h>
+
+#include <type_traits>
 
 namespace zt {
 
 /// A style of one family.
 template <StyleFamily kFamily>
-class FamilyStyle : public OdfStyle {
+class FamilyStyle : public std::conditional_t<isShapeFamily(kFamily), ShapeStyle, OdfStyle> {
  public:
   static const ZTSStyleClass& styleClass();
   const ZTSStyleClass& classObject() const override { return styleClass(); }

@@ -29,8 +29,15 @@ const ZTSStyleClass& OdfStyle::styleClass() {
   class AbstractClass : public ZTSStyleClass {
     using ZTSStyleClass::ZTSStyleClass;
   };
-  static const auto* object = new AbstractClass("OdfStyle", &ZTSAggregateStyle::styleClass(), &typeid(OdfStyle));
+  static const auto* object = new AbstractClass("OdfStyle", &ZTSDerivingStyle::styleClass(), &typeid(OdfStyle));
   return *object;
+}
+
+bool OdfStyle::initWithName(const ZTSStyleFields& fields) {
+  const Ref<const PropertyMap> stored = truePropertyMapFromPropertyMap(Ref<const PropertyMap>(fields.overridePropertyMap));
+  ZTSStyleFields storedFields = fields;
+  storedFields.overridePropertyMap = stored.get();
+  return ZTSAggregateStyle::initWithName(storedFields);
 }
 
 std::string OdfStyle::familyName() const {
@@ -42,6 +49,7 @@ std::string OdfStyle::familyName() const {
 }
 
 Ref<NSObject> OdfStyle::valueForProperty(PropertyKey key) const {
+  if (isDerivedProperty(key)) return deriveValueForProperty(key);
   const PropertyRule* rule = propertyRule(key);
   const bool isInherited = rule == nullptr || rule->isInherited;
   const bool isShare = rule != nullptr && rule->isShareOfParent;

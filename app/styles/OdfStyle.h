@@ -13,11 +13,17 @@ namespace zt {
 
 /// A style of a document: what all families have in common. The properties of a family are those
 /// that PropertyRules.h knows, and whatever else its documents were found to set.
-class OdfStyle : public ZTSAggregateStyle {
+class OdfStyle : public ZTSDerivingStyle {
  public:
   /// The class object of this class itself, the base of those of the families. It makes no styles.
   static const ZTSStyleClass& styleClass();
   const ZTSStyleClass& classObject() const override { return styleClass(); }
+
+  /// A map may hold derived properties; the values are taken as they are. Refused, after a report, for
+  /// a key that the family's registry lacks.
+  bool initWithName(const ZTSStyleFields& fields) override;
+  /// Most families derive nothing: every property is its own source.
+  PropertyKey sourcePropertyForProperty(PropertyKey key) const override { return key; }
 
   [[nodiscard]] virtual StyleFamily family() const { return StyleFamily::other; }
   /// The family's name as files write it, also for families that are not known.

@@ -201,6 +201,16 @@ PropertyKey listLevel(std::size_t level) {
   return levels.at(level - 1);
 }
 
+PropertyKey opacity() {
+  static const PropertyKey key("graphic.draw.opacity");
+  return key;
+}
+
+PropertyKey transparency() {
+  static const PropertyKey key("graphic.zt.transparency");
+  return key;
+}
+
 PropertyKey levelTextStyle() {
   static const PropertyKey key("level.text.style-name");
   return key;

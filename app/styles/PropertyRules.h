@@ -64,6 +64,8 @@ PropertyKey linkedStyle();
 PropertyKey otherFamily();                 ///< the family's name, on styles of `StyleFamily::other`
 PropertyKey listLevel(std::size_t level);  ///< 1 to 10: the style of a level of a list style
 PropertyKey levelTextStyle();              ///< of a level: the text style of its number or bullet
+PropertyKey opacity();                     ///< of a shape's fill, as files store it
+PropertyKey transparency();                ///< of a shape's fill, as people set it: derived from the opacity
 inline constexpr std::size_t kListLevels = 10;
 }  // namespace keys
 

@@ -305,6 +305,7 @@ constexpr std::array kGraphic = {
     Row{"draw.fill-color", "C"},
     Row{"draw.secondary-fill-color", "C"},
     Row{"draw.opacity", "P"},
+    Row{"zt.transparency", "P"},  // never stored: the rest of the opacity
     Row{"draw.stroke", "", "none dash solid"},
     Row{"svg.stroke-color", "C"},
     Row{"svg.stroke-width", "LP"},
