@@ -41,6 +41,7 @@ struct ZTAXMLArchiver::State {
   std::unordered_map<const NSObject*, Written> written;  // its values stay where they are
   std::vector<Ref<NSObject>> owed;
   std::uint64_t lastId = 0;
+  std::shared_ptr<ZTAXMLArchiver*> self;
   Ref<ZTAErrorHandler> errorHandler;
   bool refersOnly = false;  // the object that is being written refers to others and owns none
 };
@@ -69,6 +70,7 @@ ZTAXMLArchiver::ZTAXMLArchiver(std::uint64_t version, std::uint64_t currentVersi
     : mState(std::make_unique<State>()) {
   mState->version = version;
   mState->currentVersion = currentVersion;
+  mState->self = std::make_shared<ZTAXMLArchiver*>(this);
   xmlInitParser();
   mState->document.reset(xmlNewDoc(xml::chars("1.0")));
   if (!mState->document) throw std::bad_alloc();
@@ -83,8 +85,22 @@ ZTAXMLArchiver::ZTAXMLArchiver(std::uint64_t version, std::uint64_t currentVersi
   xml::setAttribute(mState->archive, CorvaleNamespace, xml::kVersion, std::to_string(version).c_str());
 }
 
-ZTAXMLArchiver::~ZTAXMLArchiver() = default;
+ZTAXMLArchiver::~ZTAXMLArchiver() {
+  *mState->self = nullptr;
+  std::vector<Ref<NSObject>> referrers;
+  const auto note = [&](const Ref<NSObject>& object) {
+    const auto* coding = object->isPlainValue() ? nullptr : dynamic_cast<const ZTAXMLCoding*>(object.get());
+    if (coding != nullptr && coding->archivesByReference()) referrers.push_back(object);
+  };
+  // The substitutes alone: the objects themselves live elsewhere.
+  for (const Ref<NSObject>& substitute : mState->substitutes.allValues()) note(substitute);
+  for (const Ref<NSObject>& object : mState->owed) note(object);
+  mState.reset();
+  xml::releaseReferrers(std::move(referrers));
+}
 ZTVXMLArchiverForPB::~ZTVXMLArchiverForPB() = default;
+
+std::shared_ptr<ZTAXMLArchiver* const> ZTAXMLArchiver::place() const noexcept { return mState->self; }
 
 std::uint64_t ZTAXMLArchiver::version() const noexcept { return mState->version; }
 

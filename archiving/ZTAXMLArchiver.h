@@ -38,6 +38,8 @@ class ZT_EXPORT ZTAXMLArchiver : public NSObject {
   ZTAXMLArchiver(std::uint64_t version, std::uint64_t currentVersion);
 
   [[nodiscard]] std::uint64_t version() const noexcept;
+  /// Where the archiver can be found without being held: none is found there once it is destroyed.
+  [[nodiscard]] std::shared_ptr<ZTAXMLArchiver* const> place() const noexcept;
 
   /// @name The archive
   /// @{

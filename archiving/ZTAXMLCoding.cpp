@@ -2,6 +2,8 @@
 #include <archiving/ZTAXMLCoding.h>
 #include <platform/ZTClass.h>
 
+#include <utility>
+
 namespace zt {
 
 Ref<ZTAError> ZTAErrorHandler::handleError(Ref<ZTAError> error) { return error; }
@@ -14,5 +16,8 @@ const ZTClass& ZTAXMLCoding::classForCoder() const { return classObject(); }
 const ZTClass* ZTAXMLCoding::ztClassAncestor() const { return nullptr; }
 bool ZTAXMLCoding::archivesByReference() const { return false; }
 void ZTAXMLCoding::replaceUnarchivedObject(NSObject&, NSObject*) {}
+void ZTAXMLCoding::releaseArchivedObjects(std::vector<Ref<NSObject>>&& objects) const {
+  const std::vector<Ref<NSObject>> released = std::move(objects);
+}
 
 }  // namespace zt

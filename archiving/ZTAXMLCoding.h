@@ -3,6 +3,7 @@
 #include <platform/NSObject.h>
 
 #include <cstdint>
+#include <vector>
 
 struct _xmlNode;
 
@@ -55,6 +56,10 @@ class ZT_EXPORT ZTAXMLCoding : public ZTAErrorHandler {
   /// An object that this one was handed while that one was still being read turned out to be another one,
   /// or none: no reference to it may stay. Called when this object has been read. The base does nothing.
   virtual void replaceUnarchivedObject(NSObject& dropped, NSObject* kept);
+  /// An archiver or unarchiver lets go of these objects, all of which archive by reference; called on one of
+  /// them. Where such objects may hold one another in circles, this is the place to free them. The base
+  /// releases them.
+  virtual void releaseArchivedObjects(std::vector<Ref<NSObject>>&& objects) const;
   /// @}
 
  protected:

@@ -78,6 +78,17 @@ void checkDepthBelow(const xmlNode* parent) {
   if (depth > kDeepest) raise(format("elements would nest deeper than %d levels", kDeepest));
 }
 
+void releaseReferrers(std::vector<Ref<NSObject>>&& objects) noexcept {
+  const auto* first = objects.empty() ? nullptr : dynamic_cast<const ZTAXMLCoding*>(objects.front().get());
+  if (first == nullptr) return;
+  const Ref<const ZTAXMLCoding> kept(first);  // the operation must not end the object that it is called on
+  try {
+    first->releaseArchivedObjects(std::move(objects));
+  } catch (...) {
+    // They are released in any case; what could not be freed stays allocated.
+  }
+}
+
 }  // namespace xml
 
 _xmlNode* ztaxmlFirstChildNsNamed(const _xmlNode* node, const _xmlNs& xmlNamespace, const char* name) {

@@ -7,7 +7,9 @@
 #include <libxml/tree.h>
 
 #include <cstring>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace zt::xml {
 
@@ -77,6 +79,10 @@ void setAttribute(xmlNode* node, xmlNs& ns, const char* name, const char* value)
 
 /// Raises where what is written below this element could not be read again for its depth.
 void checkDepthBelow(const xmlNode* parent);
+
+/// Lets go of the objects that archive by reference, as `ZTAXMLCoding::releaseArchivedObjects` says. To be
+/// called when nothing else of an archiver holds them.
+void releaseReferrers(std::vector<Ref<NSObject>>&& objects) noexcept;
 
 /// Raises an error without place: the archiver or unarchiver that it passes through adds that.
 [[noreturn]] void raise(std::string message);

@@ -25,7 +25,18 @@ ZTAXMLUnarchiver::ZTAXMLUnarchiver(std::string bytes, ZTAUnarchiverOptions optio
   collectEntries();
 }
 
-ZTAXMLUnarchiver::~ZTAXMLUnarchiver() = default;
+ZTAXMLUnarchiver::~ZTAXMLUnarchiver() {
+  if (!mState) return;  // nothing has been parsed
+  // Objects that refer to one another in circles have an element that is referred to.
+  std::vector<Ref<NSObject>> referrers;
+  for (const Entry& entry : mState->entries) {
+    const auto* coding =
+        entry.object && !entry.object->isPlainValue() ? dynamic_cast<const ZTAXMLCoding*>(entry.object.get()) : nullptr;
+    if (coding != nullptr && coding->archivesByReference()) referrers.push_back(entry.object);
+  }
+  mState.reset();
+  xml::releaseReferrers(std::move(referrers));
+}
 
 Ref<ZTAXMLUnarchiver> ZTAXMLUnarchiver::unarchiverForBytes(std::string bytes, ZTAUnarchiverOptions options) {
   return Ref<ZTAXMLUnarchiver>(new ZTAXMLUnarchiver(std::move(bytes), std::move(options)));

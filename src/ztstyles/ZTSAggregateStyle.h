@@ -62,6 +62,8 @@ class ZT_EXPORT ZTSAggregateStyle : public ZTSStyle {
   void lockedStyleRemoveValuesForProperties(const PropertySet& keys, std::int32_t flags) override;
   void setStylesheet(ZTSStylesheet* stylesheet) override;
   void archivingSetStylesheet(ZTSStylesheet* stylesheet) override;
+  /// As in `ZTSStyle`; a stored value of a referenced-style property that is no style is reported and dropped.
+  Ref<NSObject> initMoreWithXMLUnarchiver(ZTAXMLUnarchiver& unarchiver, _xmlNode* node) override;
   /// Ends the observation of what it refers to, then clears the link.
   void cleanup() override;
   /// @}

@@ -311,6 +311,10 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   void preencodeHookWithXMLArchiver(ZTAXMLArchiver& archiver) override;
   const ZTClass* ztClassAncestor() const override;
   Ref<ZTAError> handleError(Ref<ZTAError> error) override;
+  /// A style refers to the styles among its values; it does not own them.
+  bool archivesByReference() const override { return true; }
+  void replaceUnarchivedObject(NSObject& dropped, NSObject* kept) override;
+  void releaseArchivedObjects(std::vector<Ref<NSObject>>&& objects) const override;
 
   /// The map to write; none counts as empty. The base answers the live own map.
   virtual Ref<const PropertyMap> archivedPropertiesForVersion(std::uint64_t version, ZTAXMLArchiver& archiver) const;

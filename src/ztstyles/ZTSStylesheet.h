@@ -8,6 +8,7 @@
 #include <ztstyles/ZTSStylesheetHost.h>
 #include <ztstyles/ZTSStylesheetObserver.h>
 
+#include <functional>
 #include <memory>
 
 namespace zt {
@@ -323,6 +324,11 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
                                               const StyleVariationRequest& request, const PropertyMap* wanted);
   void sortByRegistry(std::vector<Ref<ZTSStyle>>& styles) const;
   ZTSOrphanIndex& orphans();
+
+  // Reading an archive.
+  void readStyles(ZTAXMLUnarchiver& unarchiver, _xmlNode* container, const std::function<void(Ref<ZTSStyle>, _xmlNode*)>& take);
+  void takeIdentified(ZTAXMLUnarchiver& unarchiver, Ref<ZTSStyle> style, _xmlNode* child);
+  void takeAnonymous(Ref<ZTSStyle> style);
 
   enum class Tracker : std::uint8_t { none, host, document };
   [[nodiscard]] const ZTYTrackable* changeTracker() const;  // who answers now, or none

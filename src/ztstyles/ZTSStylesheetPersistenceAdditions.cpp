@@ -1,0 +1,239 @@
+// A stylesheet as an element of an archive.
+
+#include <archiving/ZTAXMLArchiver.h>
+#include <archiving/ZTAXMLFunctions.h>
+#include <archiving/ZTAXMLUnarchiver.h>
+#include <platform/NSException.h>
+#include <platform/NSValue.h>
+#include <support/ZTUDynamicCast.h>
+#include <support/ZTULog.h>
+#include <ztstyles/ZTSArchiving.h>
+#include <ztstyles/ZTSArchivingSettings.h>
+#include <ztstyles/ZTSStyleOrdering.h>
+#include <ztstyles/ZTSStylesheet.h>
+
+#include <libxml/tree.h>
+
+#include <utility>
+
+namespace zt {
+
+namespace {
+
+constexpr const char* kSourceFile = "src/ztstyles/ZTSStylesheetPersistenceAdditions";
+
+/// The settings of all stylesheets of the process.
+struct ClassSettings {
+  bool sortXMLStyles = false;
+  std::vector<Ref<ZTSStylesheetUpgrader>> upgraders;
+  std::vector<Ref<ZTSStylesheetDowngrader>> downgraders;
+};
+
+ClassSettings& settings() {
+  static auto* all = new ClassSettings;  // outlives every static
+  return *all;
+}
+
+xmlNode* newContainer(xmlNode* node, const char* name) {
+  return xmlNewChild(node, &CorvaleNamespace, reinterpret_cast<const xmlChar*>(name), nullptr);
+}
+
+/// Whether the host lets the style into an archive.
+bool shouldArchive(const ZTSStyle& style, const ZTSStylesheetHost* host) {
+  if (host == nullptr) return true;
+  if (style.usageCount() == 0 && !host->shouldArchiveUnusedStyle(style)) return false;
+  return host->shouldArchiveStyle(style);
+}
+
+}  // namespace
+
+void ZTSInitArchivingClassToElementNameMappings() {
+  ztaxmlRegisterClassNamePair(ZTSStylesheet::stylesheetClass(), kElementName_StyleSheet);
+}
+
+bool ZTSStylesheet::sortXMLStyles() { return settings().sortXMLStyles; }
+void ZTSStylesheet::setSortXMLStyles(bool sort) { settings().sortXMLStyles = sort; }
+
+void ZTSStylesheet::p_resetClassSettings() {
+  settings() = ClassSettings();
+  resetStyleArchivingSettings();
+}
+
+std::optional<std::vector<Ref<ZTSStyle>>> ZTSStylesheet::enumeratorForOrderedIdentifiedStyles() const { return {}; }
+std::optional<std::vector<Ref<ZTSStyle>>> ZTSStylesheet::enumeratorForOrderedAnonymousStyles() const { return {}; }
+
+// ---- Upgrading and downgrading
+
+void ZTSStylesheet::registerUpgrader(Ref<ZTSStylesheetUpgrader> upgrader) {
+  if (upgrader) settings().upgraders.push_back(std::move(upgrader));
+}
+void ZTSStylesheet::registerDowngrader(Ref<ZTSStylesheetDowngrader> downgrader) {
+  if (downgrader) settings().downgraders.push_back(std::move(downgrader));
+}
+
+void ZTSStylesheet::postUnarchiveUpgradeForUnarchiver(ZTAXMLUnarchiver& unarchiver) {
+  const std::vector<Ref<ZTSStylesheetUpgrader>> upgraders = settings().upgraders;
+  for (const Ref<ZTSStylesheetUpgrader>& each : upgraders)
+    each->postUnarchiveUpgradeStylesheetForUnarchiver(*this, unarchiver);
+}
+
+void ZTSStylesheet::preArchiveDowngradeForVersion(std::uint64_t version, ZTAXMLArchiver& archiver) {
+  const std::vector<Ref<ZTSStylesheetDowngrader>> downgraders = settings().downgraders;
+  for (const Ref<ZTSStylesheetDowngrader>& each : downgraders) {
+    each->preArchiveDowngradeStylesheetForVersionArchiver(*this, version, archiver);
+  }
+}
+
+// ---- Writing
+
+void ZTSStylesheet::encodeWithXMLArchiver(ZTAXMLArchiver& archiver, _xmlNode* node, std::uint64_t) {
+  xmlNode* identifiedNode = newContainer(node, "styles");
+  if (identifiedNode == nullptr) {
+    ZTULog_Fn(kZTULogFailure, kSourceFile,
+              "Couldn't get node to put identified styles on for stylesheet %@, out node %p", this, address(node));
+    throw NSGenericException(
+        format("Couldn't get node to put identified styles on for stylesheet %@, out node %p", this, address(node)));
+  }
+  xmlNode* anonymousNode = newContainer(node, "anon-styles");
+  if (anonymousNode == nullptr) {
+    ZTULog_Fn(kZTULogFailure, kSourceFile,
+              "Couldn't get node to put anonymous styles on for stylesheet %@, out node %p", this, address(node));
+    throw NSGenericException(
+        format("Couldn't get node to put anonymous styles on for stylesheet %@, out node %p", this, address(node)));
+  }
+  if (mParent) archiver.encodeObjectWithName(Ref<NSObject>(parent()).get(), node, "parent", CorvaleNamespace);
+
+  if (auto* nodes =
+          ZTUDynamicCast<ZTUPointerKeyDictionary>(archiver.metadataForKey(kZTSStyleDelayedStyleSaveNodeDict))) {
+    nodes->setObjectForKey(
+        ZTUPair::pairWithFirstSecond(NSValue::withPointer(identifiedNode), NSValue::withPointer(anonymousNode)),
+        Ref<NSObject>(this));
+    return;
+  }
+
+  const bool isDiffable = ztaShouldGenerateDiffableXml();
+  const auto write = [&](const std::vector<Ref<ZTSStyle>>& styles, xmlNode* container) {
+    for (const Ref<ZTSStyle>& style : styles) {
+      if (shouldArchive(*style, mHost)) archiver.encodeObject(style.get(), container, CorvaleNamespace);
+    }
+  };
+
+  std::optional<std::vector<Ref<ZTSStyle>>> ordered;
+  if (sortXMLStyles()) ordered = enumeratorForOrderedIdentifiedStyles();
+  if (!ordered && isDiffable) {
+    ordered = identifiedStyles().retainedSnapshot();
+    sortIdentifiedStylesForDiff(*ordered);
+  }
+  write(ordered ? *ordered : p_orderedIdentifiedStyles(), identifiedNode);
+
+  ordered.reset();
+  if (sortXMLStyles()) ordered = enumeratorForOrderedAnonymousStyles();
+  if (!ordered) {
+    if (isDiffable) p_cleanupAnonymousStyleOrderingMap();
+    ordered = mAnonymousStyles.retainedSnapshot();
+    if (isDiffable) sortAnonymousStylesForDiff(*ordered, *mAnonymousStyleOrderingMap);
+  }
+  write(*ordered, anonymousNode);
+}
+
+// ---- Reading
+
+bool ZTSStylesheet::initWithXMLUnarchiver(ZTAXMLUnarchiver& unarchiver, _xmlNode* node, std::uint64_t version) {
+  if (!initWithHost(nullptr)) return false;
+
+  Ref<ZTSStylesheet> parent;
+  if (xmlNode* parentNode = ztaxmlFirstChildNsNamed(node, CorvaleNamespace, "parent")) {
+    parent = ZTUDynamicCast<ZTSStylesheet>(unarchiver.createObjectOfClass(stylesheetClass(), parentNode));
+    if (parent == this || (parent && isAncestorOfStylesheet(parent.get()))) {
+      unarchiver.raise(parentNode, "a stylesheet cannot be among its own ancestors");
+    }
+    if (parent) parent->p_addChild(*this);
+  }
+  p_setParent(std::move(parent));
+
+  if (xmlNode* container = ztaxmlFirstChildNsNamed(node, CorvaleNamespace, "styles")) {
+    readStyles(unarchiver, container, [&](Ref<ZTSStyle> style, _xmlNode* child) {
+      if (style->isIdentified()) return takeIdentified(unarchiver, std::move(style), child);
+      ZTULog_Fn(kZTULogFailure, kSourceFile,
+                "Stylesheet %p found style %p without identifier among the identified styles, keeping it as anonymous",
+                address(this), address(style.get()));
+      unarchiver.report(child, "expected an identifier, found none; the style is kept as an anonymous one");
+      takeAnonymous(std::move(style));
+    });
+  }
+
+  const bool isDiffable = ztaShouldGenerateDiffableXml();
+  mAnonymousStyleOrderingMap.reset();
+  if (isDiffable) mAnonymousStyleOrderingMap = std::make_unique<ZTSAnonymousStyleOrderingMap>();
+  xmlNode* container = ztaxmlFirstChildNsNamed(node, CorvaleNamespace, "anon-styles");
+  if (container == nullptr) {
+    ZTULog_Fn(kZTULogFailure, kSourceFile, "Stylesheet %p couldn't create anonymous children.", address(this));
+    throw NSGenericException(format("Stylesheet %p couldn't create anonymous children.", address(this)));
+  }
+  readStyles(unarchiver, container, [&](Ref<ZTSStyle> style, _xmlNode* child) {
+    if (style->isIdentified()) {
+      if (styleWithIdentifier(style->identifier()) == style.get()) return;
+      ZTULog_Fn(kZTULogFailure, kSourceFile,
+                "Stylesheet %p found style %p with identifier '%@' among the anonymous styles", address(this),
+                address(style.get()), style->identifier());
+      if (styleWithIdentifier(style->identifier()) == nullptr) {
+        unarchiver.report(child, format("expected no identifier, found '%@'; the style is kept as an identified one",
+                                        style->identifier()));
+        return takeIdentified(unarchiver, std::move(style), child);
+      }
+      unarchiver.report(
+          child, format("expected no identifier, found '%@', which another style has; the style is kept without it",
+                        style->identifier()));
+      style->p_setIdentifier({});
+    }
+    if (mAnonymousStyleOrderingMap) ZTSIndexOfAnonymousStyle(*style, *mAnonymousStyleOrderingMap);
+    takeAnonymous(std::move(style));
+  });
+
+  const std::vector<Ref<ZTSStyle>> all = styles().retainedSnapshot();
+  for (const Ref<ZTSStyle>& style : all) style->archivingUpdateParent();
+  for (const Ref<ZTSStyle>& style : all) style->upgradeStyleWithUnarchiver(unarchiver, version);
+  if (isDiffable) p_cleanupAnonymousStyleOrderingMap();
+  mIsChangeCommunicationEnabled = true;
+  return true;
+}
+
+/// Makes the styles of a container, one after the other, and hands over those that may be kept.
+void ZTSStylesheet::readStyles(ZTAXMLUnarchiver& unarchiver, _xmlNode* container,
+                               const std::function<void(Ref<ZTSStyle>, _xmlNode*)>& take) {
+  for (xmlNode* child = container->children; child != nullptr; child = child->next) {
+    if (child->type != XML_ELEMENT_NODE || child->name == nullptr) continue;
+    const Ref<NSObject> object = unarchiver.createObjectFromNode(child);
+    Ref<ZTSStyle> style(asStyle(object.get()));
+    if (object && !style)
+      unarchiver.report(child,
+                        format("expected a style, found an object of the class '%@'", object->classObject().name()));
+    if (style && style->stylesheet() != nullptr && style->stylesheet() != this) {
+      unarchiver.report(child, "expected a style of this stylesheet, found one of another");
+      style.reset();
+    }
+    if (style) {
+      take(std::move(style), child);
+    } else if (!ztaxmlOkToSkipNode(child)) {
+      ZTULog_Fn(kZTULogFailure, kSourceFile, "Stylesheet %p couldn't create child from node %p, skipping",
+                address(this), address(child));
+    }
+  }
+}
+
+void ZTSStylesheet::takeIdentified(ZTAXMLUnarchiver& unarchiver, Ref<ZTSStyle> style, _xmlNode* child) {
+  const Ref<ZTSStyle> earlier = mIdentifiedStyles.set(style->identifier(), style);
+  if (earlier == style) return;
+  if (earlier) {
+    unarchiver.report(child, format("the identifier '%@' has been given before; this style replaces the earlier one",
+                                    style->identifier()));
+    earlier->archivingSetStylesheet(nullptr);
+  }
+  style->archivingSetStylesheet(this);
+}
+
+void ZTSStylesheet::takeAnonymous(Ref<ZTSStyle> style) {
+  if (mAnonymousStyles.addObject(style.get())) style->archivingSetStylesheet(this);
+}
+
+}  // namespace zt

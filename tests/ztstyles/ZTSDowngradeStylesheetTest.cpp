@@ -1,0 +1,108 @@
+#include <tests/ztstyles/Archives.h>
+#include <ztstyles/ZTSDowngradeStylesheet.h>
+
+namespace zt::testing {
+
+namespace {
+
+struct Family {
+  Scene parent;
+  Scene scene{parent.sheet.get()};
+  Scene sibling{parent.sheet.get()};
+  Scene unrelated;
+  ZTSStyle& body = parent.style("body", {}, {{size, 1}}, true);
+  ZTSStyle& far = unrelated.style("far");
+  TestAggregate& h1 = scene.style<TestAggregate>("h1", "body", {{list, body}, {label, far}});
+  TestAggregate& loose = scene.style<TestAggregate>({}, "h1", {{list, h1}});
+  Ref<ZTAXMLArchiver> archiver = make<ZTAXMLArchiver>(1, 2);
+
+  Ref<ZTSDowngradeStylesheet> downgraded(ZTSStylesheet& sheet) const {
+    return ZTUDynamicCast<ZTSDowngradeStylesheet>(sheet.overrideDowngradeStylesheetWithArchiver(*archiver));
+  }
+  ZTSStyle& copyOf(const ZTSStyle& style) const { return dynamic_cast<ZTSStyle&>(*archiver->encoderForObject(&style)); }
+};
+
+}  // namespace
+
+TEST(DowngradeStylesheetTest, EveryStyleOfTheFamilyHasACopyThatRefersToCopies) {
+  Family family;
+  EXPECT_EQ(family.scene.sheet->downgradeStylesheetWithArchiver(*family.archiver), nullptr);
+  const Ref<ZTSDowngradeStylesheet> copy = family.downgraded(*family.scene.sheet);
+  EXPECT_EQ(family.downgraded(*family.scene.sheet), copy);
+  EXPECT_EQ(copy->downgradeStylesheetWithArchiver(*family.archiver), copy);
+  EXPECT_EQ(&copy->originalStylesheet(), family.scene.sheet.get());
+  for (ZTSStylesheet* sheet : {family.parent.sheet.get(), family.sibling.sheet.get()})
+    EXPECT_NE(sheet->downgradeStylesheetWithArchiver(*family.archiver), nullptr);
+  for (ZTSStyle* style : {&family.body, static_cast<ZTSStyle*>(&family.h1), static_cast<ZTSStyle*>(&family.loose)}) {
+    ZTSStyle& standIn = family.copyOf(*style);
+    EXPECT_EQ(&standIn.classObject(), &style->classObject());
+    EXPECT_TRUE(standIn.identifier() == style->identifier() && standIn.parentIdentifier() == style->parentIdentifier());
+    EXPECT_EQ(standIn.isLocked(), style->isLocked());
+    EXPECT_EQ(standIn.stylesheet(), style->stylesheet()->downgradeStylesheetWithArchiver(*family.archiver).get());
+  }
+  ZTSStyle& h1 = family.copyOf(family.h1);
+  EXPECT_EQ(h1.rawValueForProperty(list), static_cast<NSObject*>(&family.copyOf(family.body)));
+  EXPECT_EQ(h1.rawValueForProperty(label), static_cast<NSObject*>(&family.far));
+  EXPECT_EQ(family.copyOf(family.loose).rawValueForProperty(list), static_cast<NSObject*>(&h1));
+  EXPECT_EQ(family.copyOf(family.loose).parent(), &h1);
+  EXPECT_FALSE(copy->isChangeCommunicationEnabled());
+  EXPECT_FALSE(copy->parent()->children().containsObject(copy.get()));
+}
+
+TEST(DowngradeStylesheetTest, ReplacedAndRemovedStylesAreWrittenSoAndTheOriginalsStay) {
+  Family family;
+  auto& goes = family.scene.style("goes", "h1");
+  const std::string before = archived(*family.scene.sheet);
+  const Ref<ZTSDowngradeStylesheet> copy = family.downgraded(*family.scene.sheet);
+  copy->replaceStyleWithStyle(Ref<ZTSStyle>(&family.h1),
+                              make<TestStyle>({.identifier = "h1", .parentIdentifier = "body"}));
+  copy->removeStyle(Ref<ZTSStyle>(&goes));
+  EXPECT_FALSE(copy->hasReplacementForStyle(goes));
+  ZTUAssertionRecorder reports;
+  EXPECT_EQ(copy->replacementForStyle(goes), nullptr);
+  EXPECT_EQ(reports.descriptions(), std::vector<std::string>{"Could not find replacement style."});
+  EXPECT_EQ(copy->replacementForStyle(family.h1),
+            Ref<NSObject>(static_cast<ZTAXMLCoding*>(copy->styleWithIdentifier("h1"))));
+  const std::string text = archived(*family.scene.sheet, *family.archiver);
+  EXPECT_EQ(copy->host(), nullptr);
+  EXPECT_EQ(copy->parent(), family.parent.sheet->downgradeStylesheetWithArchiver(*family.archiver).get());
+  EXPECT_EQ(text.find("goes"), std::string::npos);
+  const Loaded loaded(text);
+  EXPECT_EQ(&loaded.sheet->classObject(), &ZTSStylesheet::stylesheetClass());
+  EXPECT_EQ(&loaded["h1"].classObject(), &TestStyle::styleClass());
+  EXPECT_EQ(valueOf(loaded["h1"], size), 1) << "the parent is written as a copy too";
+  EXPECT_EQ(archived(*family.scene.sheet), before);
+}
+
+TEST(DowngradeStylesheetTest, NothingOfTheCopiesStaysOnTheOriginals) {
+  Family family;
+  family.loose.incrementUsageCount();
+  const auto usage = family.far.usageCount();
+  {
+    const auto archiver = std::exchange(family.archiver, {});
+    const Ref<ZTSStylesheet> copy = family.scene.sheet->overrideDowngradeStylesheetWithArchiver(*archiver);
+    dynamic_cast<ZTSStyle&>(*archiver->encoderForObject(&family.loose)).incrementUsageCount();
+    dynamic_cast<ZTSStyle&>(*archiver->encoderForObject(&family.h1))
+        .setValueForProperty(Ref<NSObject>(archiver->encoderForObject(&family.loose)), label);
+  }
+  EXPECT_EQ(family.far.usageCount(), usage);
+  EXPECT_EQ(family.far.observers().countForObject(&family.h1), 1u);
+  EXPECT_EQ(family.far.observers().count(), 1u);
+  EXPECT_EQ(family.body.children().count(), 1u);
+  EXPECT_EQ(family.unrelated.sheet->children().count() + family.scene.sheet->children().count(), 0u);
+}
+
+TEST(DowngradeStylesheetTest, ASubstituteOfAnotherClassIsReportedAndGiven) {
+  Family family;
+  const Ref<ZTSStylesheet> other = ZTSStylesheet::withHost();
+  family.archiver->setEncoderForObject(other, family.scene.sheet);
+  ZTUAssertionRecorder reports;
+  EXPECT_EQ(family.scene.sheet->overrideDowngradeStylesheetWithArchiver(*family.archiver), other);
+  EXPECT_EQ(reports.descriptions(), std::vector<std::string>{"Bad class"});
+  // A downgrade stylesheet outlives its archiver without harm.
+  const Ref<ZTSDowngradeStylesheet> copy = family.downgraded(*family.parent.sheet);
+  family.archiver.reset();
+  EXPECT_FALSE(copy->hasReplacementForStyle(family.body));
+}
+
+}  // namespace zt::testing

@@ -1,0 +1,237 @@
+#include <platform/NSArray.h>
+#include <tests/ztstyles/Archives.h>
+#include <ztstyles/ZTSStyleError.h>
+
+namespace zt::testing {
+
+namespace {
+
+/// Rebuilds "built-in" from its identifier, answers none for "broken"; has defaults.
+class BuiltIn : public TestStyle {
+ public:
+  struct Class final : TestClassOf<BuiltIn> {
+    using TestClassOf::TestClassOf;
+    bool canConstructStyleFromIdentifier(const StringRef& identifier) const override {
+      return identifier.view() != "plain";
+    }
+    StringRef localizationKeyPrefix() const override { return "BUILTIN_"; }
+  };
+  static const ZTSStyleClass& styleClass() {
+    static const auto* object = new Class("TestBuiltIn", TestStyle::styleClass());
+    return *object;
+  }
+  const ZTSStyleClass& classObject() const override { return styleClass(); }
+  Ref<ZTSStyle> initWithIdentifier(const StringRef& identifier) override {
+    if (identifier.view() == "broken") return {};
+    if (identifier.view() == "unable") return ZTSStyle::initWithIdentifier(identifier);
+    p_setIdentifier(identifier);
+    p_setPropertyMap(mapOf({{size, 99}}));
+    return Ref<ZTSStyle>(this);
+  }
+  bool hasDefaultValueForProp(PropertyKey key) const override { return key == size; }
+  Ref<NSObject> defaultValueForProp(PropertyKey key) const override {
+    return key == size ? NSNumber::withInteger(77) : Ref<NSNumber>();
+  }
+};
+
+/// Writes a stylesheet and then styles one by one, as a pasteboard does.
+class Pasteboard final : public ZTAXMLCoding {
+ public:
+  std::vector<ZTSStylesheet*> sheets;
+  std::vector<ZTSStyle*> styles;
+
+  void encodeWithXMLArchiver(ZTAXMLArchiver& archiver, _xmlNode* node, std::uint64_t) override {
+    for (ZTSStylesheet* sheet : sheets) archiver.encodeObject(sheet, node, CorvaleNamespace);
+    for (ZTSStyle* style : styles) archiver.encodeObject(style, node, CorvaleNamespace);
+  }
+  bool initWithXMLUnarchiver(ZTAXMLUnarchiver&, _xmlNode*, std::uint64_t) override { return false; }
+};
+
+std::vector<std::string> identifiersIn(const std::string& text) {
+  std::vector<std::string> found;
+  for (std::size_t at = text.find("ident=\""); at != std::string::npos; at = text.find("ident=\"", at + 1)) {
+    if (text[at - 1] != ':') continue;  // parent-ident
+    const std::size_t start = at + 7;
+    found.push_back(text.substr(start, text.find('"', start) - start));
+  }
+  return found;
+}
+
+}  // namespace
+
+TEST(StylePersistenceTest, AStyleInFullIsWrittenAsStored) {
+  const ClassSettingsScope settings;
+  Scene scene;
+  auto& body = scene.style(
+      "body", {}, {{weight, 2.5}, {colour, Ref<NSObject>(NSColor::withComponents(1, 2, 3, 4))}, {size, NSNull::null()}},
+      true);
+  body.p_setName("Body & <text>");
+  auto& aggregate = scene.style<TestAggregate>(
+      "a", "body",
+      {{list, body},
+       {size, Ref<NSObject>(NSArray::withObjects({Ref<NSObject>(NSString::make(" x ")), Ref<NSObject>(&body)}))}});
+  aggregate.p_setValueForProperty(Ref<NSObject>(&aggregate), label);
+  scene.style({}, {}).p_setName("");
+  expectStored(archived(*scene.sheet), "style-in-full.xml");
+  ZTSStyle::setSortXMLPropertiesByKey(true);
+  EXPECT_LT(archived(*scene.sheet).find("zt:colour"), archived(*scene.sheet).find("zt:weight"));
+
+  const Loaded loaded(archived(*scene.sheet));
+  EXPECT_EQ(loaded.findings(), std::vector<std::string>{});
+  EXPECT_TRUE(loaded["body"].isLocked());
+  EXPECT_EQ(loaded["body"].name().view(), "Body & <text>");
+  EXPECT_TRUE(isNull(loaded["body"].rawValueForProperty(size)));
+  EXPECT_EQ(loaded["a"].parent(), &loaded["body"]);
+  EXPECT_EQ(loaded["a"].rawValueForProperty(list), static_cast<NSObject*>(&loaded["body"]));
+  EXPECT_EQ(loaded["a"].rawValueForProperty(label), static_cast<NSObject*>(&loaded["a"]));
+  EXPECT_TRUE(loaded["body"].observers().containsObject(&loaded["a"]));
+  EXPECT_EQ(loaded["body"].name().view(), "Body & <text>");
+  EXPECT_TRUE(loaded.anonymous(0).isNamed());
+  loaded.sheet->validate();
+  EXPECT_EQ(archived(*loaded.sheet), archived(*scene.sheet));
+}
+
+TEST(StylePersistenceTest, ShortcutsWriteTheIdentifierAlone) {
+  const ClassSettingsScope settings;
+  Scene scene;
+  scene.style<BuiltIn>("one", "parent", {{size, 3}});
+  scene.style<BuiltIn>("plain", {}, {{weight, 3}, {size, 4}});
+  const std::string full = archived(*scene.sheet);
+  EXPECT_NE(full.find("parent-ident"), std::string::npos);
+  EXPECT_NE(full.find("<zt:size/>"), std::string::npos) << "a default is written empty";
+  const Loaded fullLoaded(full);
+  EXPECT_EQ(valueOf(fullLoaded["one"], size), 77);
+
+  ZTSStylesheet::p_resetClassSettings();
+  NSUserDefaults::standardUserDefaults().setBoolForKey(true, "UseStyleIdentifierShortcuts");
+  EXPECT_TRUE(checkUsingIdentifiers());
+  NSUserDefaults::standardUserDefaults().setBoolForKey(false, "UseStyleIdentifierShortcuts");
+  EXPECT_TRUE(checkUsingIdentifiers()) << "read once";
+  const std::string brief = archived(*scene.sheet);
+  EXPECT_NE(brief.find("<zt:object zt:class=\"TestBuiltIn\" zt:ident=\"one\"/>"), std::string::npos) << brief;
+  EXPECT_NE(brief.find("zt:ident=\"plain\" zt:locked=\"false\""), std::string::npos);
+  EXPECT_EQ(valueOf(Loaded(brief)["one"], size), 99);
+
+  const Loaded broken(sheetOf(element("zt:ident='broken'", "", "TestBuiltIn") + element("zt:ident='ok'")));
+  EXPECT_EQ(broken.sheet->styles().count(), 1u);
+  EXPECT_THAT(broken.logs, ::testing::ElementsAre(
+                               "1 Couldn't rebuild style of class 'TestBuiltIn' from identifier 'broken', skipping",
+                               ::testing::HasSubstr("couldn't create child from node")));
+  try {
+    Loaded(sheetOf(element("zt:ident='unable'", "", "TestBuiltIn")));
+    ADD_FAILURE();
+  } catch (const NSGenericException& exception) {
+    EXPECT_EQ(exception.reason(), "Could not initialize style of class 'TestBuiltIn' from identifier 'unable'");
+  }
+}
+
+TEST(StylePersistenceTest, WhatIsMissingIsDefaultedLoggedOrDropped) {
+  const std::string styles =
+      element("zt:ident='a'",
+              "<zt:size/><zt:weight><zt:integer>x</zt:integer></zt:weight><zt:colour><zt:null "
+              "zt:optional='true'/></zt:colour>"
+              "<zt:unknown/><zt:other><zt:integer>1</zt:integer></zt:other>\n<zt:label><zt:noise "
+              "zt:optional='true'/></zt:label>",
+              "TestBuiltIn") +
+      "\n<zt:object zt:class='TestStyle' zt:ident='c' zt:name='n'/>" +
+      element("zt:ident='d'", "<zt:list><zt:integer>3</zt:integer></zt:list><zt:label><zt:null/></zt:label>",
+              "TestAggregate");
+  BuiltIn::styleClass();
+  const Loaded loaded(sheetOf(styles));
+  EXPECT_EQ(valueOf(loaded["a"], size), 77);
+  EXPECT_TRUE(isNull(loaded["a"].rawValueForProperty(colour)));
+  EXPECT_EQ(loaded["a"].overridePropertyMap()->count(), 2u) << "what the class does not accept is gone";
+  EXPECT_EQ(loaded["d"].rawValueForProperty(list), nullptr);
+  EXPECT_TRUE(isNull(loaded["d"].rawValueForProperty(label)));
+  EXPECT_THAT(loaded.logs,
+              ::testing::ElementsAre(
+                  "1 Couldn't create property from node integer, using default",
+                  "10 Couldn't get value for weight from node or defaults, skipping",
+                  "10 Couldn't get value for label from node or defaults, skipping",
+                  ::testing::MatchesRegex(
+                      "1 No property list for TestStyle \\(0x[0-9a-f]+\\) ident: c named n on node 0x[0-9a-f]+"),
+                  ::testing::HasSubstr("couldn't create child from node")));
+  EXPECT_EQ(loaded.findings(),
+            (std::vector<std::string>{
+                "f:2: 'x' is no integer (in the style with identifier 'a')",
+                "f:3: expected an object or a value, found 'noise' (in the style with identifier 'a')",
+                "f:4: expected an element 'property-map' in a style, found none (in the style with identifier 'c')",
+                "f:5: expected a style as value of 'list', found one of the class 'NSNumber' (in the style with "
+                "identifier 'd')"}));
+}
+
+TEST(StylePersistenceTest, ErrorsNameTheStyleAndNeverNest) {
+  Scene scene;
+  auto& bad = scene.style("bad", {}, {{size, "\x01"}});
+  try {
+    archived(*scene.sheet);
+    ADD_FAILURE();
+  } catch (const ZTAArchiveException& exception) {
+    const auto* error = dynamic_cast<const ZTSStyleError*>(exception.error().get());
+    ASSERT_NE(error, nullptr);
+    EXPECT_EQ(error->style(), &bad);
+    EXPECT_THAT(exception.reason(), ::testing::EndsWith("(in the style with identifier 'bad')"));
+    auto again = ZTSStyleError::withRootErrorStyle(exception.error(), Ref<ZTSStyle>(&scene.style("other")));
+    EXPECT_EQ(&again->rootError(), &error->rootError());
+    EXPECT_EQ(again->style()->identifier().view(), "other");
+  }
+}
+
+TEST(StylePersistenceTest, OnDemandStylesWriteWhatTheyNeedFirstAndOnce) {
+  Scene parent;
+  Scene scene(parent.sheet.get());
+  parent.style("base");
+  auto& body = scene.style("body", "base");
+  auto& a = scene.style<TestAggregate>("a", "body");
+  auto& b = scene.style<TestAggregate>("b", {}, {{list, a}});
+  a.p_setValueForProperty(Ref<NSObject>(&b), label);  // a circle
+  auto& anonymous = scene.style<TestAggregate>({}, "body", {{list, a}, {label, b}});
+  scene.style("unneeded");
+  auto board = make<Pasteboard>();
+  board->sheets = {scene.sheet.get()};
+  board->styles = {&anonymous, &body};
+  const auto save = [&](bool withNodes, bool withSet) {
+    auto archiver = make<ZTVXMLArchiverForPB>(1);
+    if (withNodes) archiver->setMetadataForKey(make<ZTUPointerKeyDictionary>(), kZTSStyleDelayedStyleSaveNodeDict);
+    if (withSet) archiver->setMetadataForKey(make<ZTSSavedStyleSet>(), kZTSStyleDelayedStyleSavedSet);
+    return archived(*board, *archiver);
+  };
+  const std::string text = save(true, true);
+  EXPECT_EQ(identifiersIn(text), (std::vector<std::string>{"body", "b", "a", "base"})) << text;
+  EXPECT_EQ(identifiersIn(save(false, false)), (std::vector<std::string>{"body", "unneeded", "a", "b", "base"}));
+
+  ZTULogRecorder log;
+  const auto reasonOf = [&](auto operation) {
+    try {
+      operation();
+    } catch (const NSGenericException& exception) {
+      return exception.reason();
+    }
+    return std::string();
+  };
+  EXPECT_EQ(reasonOf([&] { save(true, false); }), "Couldn't get archived styles set");
+  board->sheets = {};
+  EXPECT_EQ(reasonOf([&] { save(true, true); }),
+            format("Couldn't get ident/anon styles node pair for TestAggregate %p, stylesheet %p", address(&anonymous),
+                   address(scene.sheet.get())));
+  ASSERT_EQ(log.entries().size(), 2u);
+  EXPECT_EQ(log.entries()[1].message, format("Couldn't get ident/anon styles node pair for style %p, stylesheet %p",
+                                             address(&anonymous), address(scene.sheet.get())));
+}
+
+TEST(StylePersistenceTest, OnDemandSavingFollowsLongChainsInALoop) {
+  Scene scene;
+  scene.style("0");
+  for (int index = 1; index < 50'000; ++index) scene.style(std::to_string(index), std::to_string(index - 1));
+  auto board = make<Pasteboard>();
+  board->sheets = {scene.sheet.get()};
+  board->styles = {scene.sheet->styleWithIdentifier("49999")};
+  auto archiver = make<ZTVXMLArchiverForPB>(1);
+  archiver->setMetadataForKey(make<ZTUPointerKeyDictionary>(), kZTSStyleDelayedStyleSaveNodeDict);
+  archiver->setMetadataForKey(make<ZTSSavedStyleSet>(), kZTSStyleDelayedStyleSavedSet);
+  const std::vector<std::string> written = identifiersIn(archived(*board, *archiver));
+  ASSERT_EQ(written.size(), 50'000u);
+  EXPECT_EQ(written.front() + " " + written.back(), "0 49999");
+}
+
+}  // namespace zt::testing

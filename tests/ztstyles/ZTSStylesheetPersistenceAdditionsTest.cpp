@@ -1,0 +1,147 @@
+#include <tests/ztstyles/Archives.h>
+
+namespace zt::testing {
+
+namespace {
+
+class ArchiveHost final : public ZTSStylesheetHost {
+ public:
+  NSUndoManager* undoManager() const override { return nullptr; }
+  NSDocument* document() const override { return nullptr; }
+  bool shouldArchiveUnusedStyle(const ZTSStyle& style) const override { return style.identifier().view() != "unused"; }
+  bool shouldArchiveStyle(const ZTSStyle& style) const override { return style.identifier().view() != "secret"; }
+};
+
+std::string errorOf(const std::string& bytes) {
+  ZTULogRecorder log;
+  try {
+    Loaded loaded(bytes);
+  } catch (const NSException& exception) {
+    return exception.reason();
+  }
+  return "no error";
+}
+
+}  // namespace
+
+TEST(StylesheetPersistenceTest, AnEmptyStylesheetHasTwoEmptyContainers) {
+  const Ref<ZTSStylesheet> sheet = ZTSStylesheet::withHost();
+  expectStored(archived(*sheet), "stylesheet-empty.xml");
+  const Loaded loaded(archived(*sheet));
+  EXPECT_EQ(loaded.sheet->styles().count(), 0u);
+  EXPECT_TRUE(loaded.sheet->isChangeCommunicationEnabled());
+}
+
+TEST(StylesheetPersistenceTest, AFamilyOfStylesheetsIsRead) {
+  Scene grandparent;
+  Scene parent(grandparent.sheet.get());
+  Scene scene(parent.sheet.get());
+  grandparent.style("body", {}, {{size, 10}});
+  parent.style<TestAggregate>("body", "body", {{weight, 1}});
+  auto& used = parent.style("used");
+  scene.style<TestAggregate>("h1", "body", {{list, used}});
+  scene.style({}, "h1", {{colour, "red"}});
+  const std::string text = archived(*scene.sheet);
+  const Loaded loaded(text);
+  EXPECT_EQ(loaded.findings(), std::vector<std::string>{});
+  ZTSStylesheet* readParent = loaded.sheet->parent();
+  ASSERT_NE(readParent, nullptr);
+  EXPECT_TRUE(readParent->children().containsObject(loaded.sheet.get()));
+  EXPECT_EQ(valueOf(loaded["h1"], size), 10);
+  EXPECT_EQ(loaded["h1"].rawValueForProperty(list), static_cast<NSObject*>(readParent->styleWithIdentifier("used")));
+  EXPECT_EQ(loaded.anonymous(0).parent(), &loaded["h1"]);
+  for (ZTSStylesheet* each = loaded.sheet.get(); each != nullptr; each = each->parent()) each->validate();
+  EXPECT_TRUE(loaded.sheet->indexesAreRight());
+  EXPECT_EQ(archived(*loaded.sheet), text);
+}
+
+TEST(StylesheetPersistenceTest, TheHostHoldsStylesBack) {
+  ArchiveHost host;
+  Scene scene;
+  for (const char* identifier : {"unused", "secret", "kept"}) scene.style(identifier);
+  scene.sheet->setHost(&host);
+  const Loaded loaded(archived(*scene.sheet));
+  EXPECT_EQ(loaded.sheet->styles().count(), 1u);
+  scene.sheet->styleWithIdentifier("unused")->incrementUsageCount();
+  scene.sheet->setHost(nullptr);
+  EXPECT_EQ(Loaded(archived(*scene.sheet)).sheet->styles().count(), 3u);
+}
+
+TEST(StylesheetPersistenceTest, WhatCanBeKeptIsKeptAndSaid) {
+  const Loaded loaded(sheetOf(
+      element("zt:ident='a' zt:id='1'",
+              "<zt:size><zt:integer>1</zt:integer></zt:size><zt:list><zt:ref zt:to='2'/></zt:list>", "TestAggregate") +
+          element("zt:ident='a'", "<zt:size><zt:integer>2</zt:integer></zt:size>") + element("zt:name='none'") +
+          "<zt:ref zt:to='1'/>" + element("zt:ident='loop1' zt:parent-ident='loop2'") +
+          element("zt:ident='loop2' zt:parent-ident='loop1'") + element("zt:ident='self' zt:parent-ident='self'") +
+          element("zt:ident='lost' zt:parent-ident='nobody'") + element("zt:ident='b' zt:id='2'") +
+          "\n<zt:string>text</zt:string><zt:ref zt:to='0'/>",
+      element("zt:ident='free'") + element("zt:ident='a' zt:parent-ident='b'") + "<zt:ref zt:to='2'/>"));
+  EXPECT_EQ(loaded.findings(),
+            (std::vector<std::string>{
+                "f:3: the identifier 'a' has been given before; this style replaces the earlier one",
+                "f:4: expected an identifier, found none; the style is kept as an anonymous one",
+                "f:4: the identifier 'a' has been given before; this style replaces the earlier one",
+                "f:10: expected a style, found an object of the class 'NSString'",
+                "f:10: expected a style, found an object of the class 'ZTSStylesheet'",
+                "f:11: expected no identifier, found 'free'; the style is kept as an identified one",
+                "f:12: expected no identifier, found 'a', which another style has; the style is kept without it"}));
+  EXPECT_EQ(valueOf(loaded["a"], size), 1) << "the reference came last";
+  EXPECT_TRUE(loaded["b"].observers().containsObject(&loaded["a"]));
+  EXPECT_EQ(loaded["b"].observers().countForObject(&loaded["a"]), 1u);
+  EXPECT_EQ(loaded.sheet->anonymousStyles().count(), 2u);
+  EXPECT_EQ(loaded.anonymous(1).parent(), &loaded["b"]);
+  EXPECT_TRUE((loaded["loop1"].parent() == nullptr) != (loaded["loop2"].parent() == nullptr));
+  EXPECT_EQ(loaded["self"].parent(), nullptr);
+  loaded.sheet->validate();
+  EXPECT_TRUE(loaded.sheet->indexesAreRight());
+}
+
+TEST(StylesheetPersistenceTest, WhatCannotBeKeptEndsTheReading) {
+  const std::string open = "<zt:archive xmlns:zt='urn:ztstyles:archive' zt:version='1'>\n<zt:stylesheet zt:id='1'>";
+  const std::string close = "<zt:anon-styles/></zt:stylesheet></zt:archive>";
+  EXPECT_THAT(errorOf(open + "</zt:stylesheet></zt:archive>"),
+              ::testing::MatchesRegex("Stylesheet 0x[0-9a-f]+ couldn't create anonymous children."));
+  EXPECT_EQ(errorOf(open + close), "no error") << "identified styles may be missing";
+  EXPECT_EQ(errorOf(open + "<zt:parent zt:to='1'/>" + close), "f:2: a stylesheet cannot be among its own ancestors");
+  EXPECT_EQ(errorOf(open + "<zt:parent><zt:parent zt:to='1'/><zt:anon-styles/></zt:parent>" + close),
+            "f:2: a stylesheet cannot be among its own ancestors");
+  EXPECT_EQ(errorOf(open + "<zt:parent><zt:anon-styles><zt:ref zt:to='1'/></zt:anon-styles></zt:parent>" + close),
+            "no error");
+  std::string deep;
+  for (int level = 0; level < 100'000; ++level) deep += "<zt:parent>";
+  EXPECT_EQ(errorOf(open + deep), "f:2: elements nest deeper than 200 levels");
+}
+
+TEST(StylesheetPersistenceTest, UpgradersAndDowngradersRunInTheirOrder) {
+  const ClassSettingsScope settings;
+  struct Both final : ZTSStylesheetUpgrader {
+    Log& log;
+    std::string name;
+    Both(Log& all, std::string text) : log(all), name(std::move(text)) {}
+    void postUnarchiveUpgradeStylesheetForUnarchiver(ZTSStylesheet& sheet, ZTAXMLUnarchiver& unarchiver) override {
+      log.push_back(name + " up from " + std::to_string(unarchiver.version()) +
+                    (sheet.parent() != nullptr ? " child" : ""));
+    }
+  };
+  struct Down final : ZTSStylesheetDowngrader {
+    Log& log;
+    explicit Down(Log& all) : log(all) {}
+    void preArchiveDowngradeStylesheetForVersionArchiver(ZTSStylesheet&, std::uint64_t version,
+                                                         ZTAXMLArchiver&) override {
+      log.push_back("down to " + std::to_string(version));
+    }
+  };
+  Scene parent;
+  Scene scene(parent.sheet.get());
+  archived(*scene.sheet, *make<ZTAXMLArchiver>(1, 2));  // nobody is registered
+  ZTSStylesheet::registerUpgrader(make<Both>(scene.log, "first"));
+  ZTSStylesheet::registerUpgrader(make<Both>(scene.log, "second"));
+  ZTSStylesheet::registerDowngrader(make<Down>(scene.log));
+  archived(*scene.sheet, *make<ZTAXMLArchiver>(2, 2));
+  Loaded(archived(*scene.sheet, *make<ZTAXMLArchiver>(1, 2)));
+  EXPECT_EQ(scene.log, (Log{"down to 1", "first up from 1", "second up from 1", "first up from 1 child",
+                            "second up from 1 child"}));
+}
+
+}  // namespace zt::testing
