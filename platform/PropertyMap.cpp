@@ -1,6 +1,8 @@
 #include <platform/PropertyMap.h>
 #include <platform/ZTHash.h>
 
+#include <boost/container/small_vector.hpp>
+
 #include <algorithm>
 #include <cstring>
 #include <limits>
@@ -110,12 +112,11 @@ void PropertyMap::grow(std::size_t capacity) {
 void PropertyMap::truncate(std::uint32_t count) noexcept {
   // The removed values are released last: what they run may look at this map.
   const std::uint32_t removed = mCount - count;
-  auto* dropped = new Ref<NSObject>[removed];
+  boost::container::small_vector<Ref<NSObject>, 16> dropped(removed);
   for (std::uint32_t index = 0; index < removed; ++index) dropped[index].swap(mEntries[count + index].value);
   std::destroy_n(mEntries + count, removed);
   mCount = count;
   rebuildTable();
-  delete[] dropped;
 }
 
 void PropertyMap::set(PropertyKey key, Ref<NSObject> value) {
