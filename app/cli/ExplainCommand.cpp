@@ -43,7 +43,7 @@ class ExplainCommand : public Command {
       writeJson(*document, explainer, wanted, console);
     } else if (!mProperty.empty()) {
       for (const StyleExplanation& explanation : wanted) {
-        printProperty(*document, *explanation.style, explanation.properties.front(), console);
+        printProperty(*document, explanation, explanation.properties.front(), console);
       }
     } else {
       bool isFirst = true;

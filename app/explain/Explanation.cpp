@@ -18,54 +18,47 @@ std::string_view roleName(ExplainedEntry::Role role) {
   return "hidden";
 }
 
-std::vector<const OdfStyle*> Explainer::chainOf(const OdfStyle& style) {
+StyleExplanation Explainer::explain(const OdfStyle& style) {
   std::vector<const OdfStyle*> chain;
   for (const ZTSStyle* at = &style; at != nullptr; at = at->parent()) {
-    if (const OdfStyle* level = asOdfStyle(at)) chain.push_back(level);
+    const OdfStyle* level = asOdfStyle(at);
+    const bool isAbove = level != nullptr && level->stylesheet() != style.stylesheet();
+    if (level != nullptr && (!isAbove || level->overridesAnyProperty())) chain.push_back(level);
   }
-  const OdfStyle* last = chain.back();
-  if (chain.size() > 1 && last->stylesheet() != style.stylesheet() && !last->overridesAnyProperty()) chain.pop_back();
-  return chain;
-}
-
-StyleExplanation Explainer::explain(const OdfStyle& style) {
+  mChain.clear();
   mEntries.clear();
-  const auto chain = chainOf(style);
   for (auto level = chain.rbegin(); level != chain.rend(); ++level) enter(**level);
-  return current(style);
+  return current();
 }
 
 void Explainer::explainAll(const std::function<void(const StyleExplanation&)>& visit) {
-  struct Step {
-    const OdfStyle* style;
-    std::size_t nextChild;
-  };
   const ChildrenInOrder children(mDocument);
+  std::vector<std::size_t> nextChildren;  // of the styles on the way from a top style down
   for (const OdfStyle* top : topStyles(mDocument)) {
+    mChain.clear();
     mEntries.clear();
     const OdfStyle* above = asOdfStyle(top->parent());
-    if (above != nullptr) enter(*above);
-    std::vector<Step> way;
+    if (above != nullptr && above->overridesAnyProperty()) enter(*above);
     const auto begin = [&](const OdfStyle& style) {
       enter(style);
-      visit(current(style));
-      way.push_back({&style, 0});
+      visit(current());
+      nextChildren.push_back(0);
     };
     begin(*top);
-    while (!way.empty()) {
-      Step& step = way.back();
-      const auto& below = children.of(*step.style);
-      if (step.nextChild < below.size()) {
-        begin(*below[step.nextChild++]);
+    while (!nextChildren.empty()) {
+      const auto& below = children.of(*mChain.back());
+      if (nextChildren.back() < below.size()) {
+        begin(*below[nextChildren.back()++]);
       } else {
-        leave(*step.style);
-        way.pop_back();
+        leave();
+        nextChildren.pop_back();
       }
     }
   }
 }
 
 void Explainer::enter(const OdfStyle& style) {
+  mChain.push_back(&style);
   const Ref<const PropertyMap> own = style.overridePropertyMap();
   if (own == nullptr) return;
   for (const PropertyMap::Entry& entry : *own) {
@@ -75,8 +68,9 @@ void Explainer::enter(const OdfStyle& style) {
   }
 }
 
-void Explainer::leave(const OdfStyle& style) {
-  const Ref<const PropertyMap> own = style.overridePropertyMap();
+void Explainer::leave() {
+  const Ref<const PropertyMap> own = mChain.back()->overridePropertyMap();
+  mChain.pop_back();
   if (own == nullptr) return;
   for (const PropertyMap::Entry& entry : *own) {
     const auto found = mEntries.find(entry.key.view());
@@ -85,9 +79,13 @@ void Explainer::leave(const OdfStyle& style) {
   }
 }
 
-StyleExplanation Explainer::current(const OdfStyle& style) const {
+StyleExplanation Explainer::current() const {
+  const OdfStyle& style = *mChain.back();
   StyleExplanation explanation;
   explanation.style = &style;
+  explanation.chainLength = mChain.size();
+  const auto listed = static_cast<std::ptrdiff_t>(std::min(mChain.size(), kLongestChain));
+  explanation.chain.assign(mChain.rbegin(), mChain.rbegin() + listed);
   explanation.properties.reserve(mEntries.size());
   for (const auto& [text, entries] : mEntries) {
     const PropertyRule* rule = propertyRule(entries.key);

@@ -34,6 +34,10 @@ struct ExplainedProperty {
 /// A style and all that it inherits. Borrows from the document: use it before the document changes.
 struct StyleExplanation {
   const OdfStyle* style = nullptr;
+  /// From the style towards its root, the nearest `Explainer::kLongestChain`. The application's default
+  /// above the document's root is left out where it sets nothing.
+  std::vector<const OdfStyle*> chain;
+  std::size_t chainLength = 0;                ///< of the whole chain
   std::vector<ExplainedProperty> properties;  ///< sorted by key
 };
 
@@ -43,6 +47,7 @@ class Explainer {
  public:
   /// How many entries of a property are listed; the nearest are.
   static constexpr std::size_t kMostEntries = 32;
+  static constexpr std::size_t kLongestChain = 64;
 
   explicit Explainer(const ZTDocument& document) : mDocument(document) {}
 
@@ -50,9 +55,6 @@ class Explainer {
   StyleExplanation explain(const OdfStyle& style);
   /// Every style of the document, parents before their children.
   void explainAll(const std::function<void(const StyleExplanation&)>& visit);
-
-  /// From the style to its root, the document's own root last unless the default above it sets something.
-  [[nodiscard]] static std::vector<const OdfStyle*> chainOf(const OdfStyle& style);
 
  private:
   struct Entry {
@@ -65,11 +67,12 @@ class Explainer {
   };
 
   void enter(const OdfStyle& style);
-  void leave(const OdfStyle& style);
-  [[nodiscard]] StyleExplanation current(const OdfStyle& style) const;
+  void leave();
+  [[nodiscard]] StyleExplanation current() const;
 
   const ZTDocument& mDocument;
-  std::map<std::string_view, Entries> mEntries;  // by key; of the styles entered and not left
+  std::vector<const OdfStyle*> mChain;           // the styles entered and not left, from the root
+  std::map<std::string_view, Entries> mEntries;  // theirs, by key
 };
 
 /// The styles of a document that have no parent among its own, in the order of the document.

@@ -1,5 +1,6 @@
 #include <app/explain/ExplanationOutput.h>
 
+#include <app/odf/JsonObject.h>
 #include <app/styles/PropertyRules.h>
 #include <app/styles/StyleValues.h>
 
@@ -17,7 +18,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr std::size_t kLongestChain = 64;  // that is listed; a chain may have any length
 constexpr std::size_t kLongestValue = 60;  // that people are shown
 
 Json textOrNull(const StringRef& text) { return text.isPresent() ? Json(text.text()) : Json(); }
@@ -39,12 +39,11 @@ std::string forPeople(const ZTDocument& document, PropertyKey key, const NSObjec
   return text.empty() ? "\"\"" : text;
 }
 
-std::string chainText(const ZTDocument& document, const std::vector<const OdfStyle*>& chain) {
+std::string chainText(const ZTDocument& document, const StyleExplanation& explanation) {
   std::string text;
-  for (std::size_t index = 0; index < std::min(chain.size(), kLongestChain); ++index) {
-    text += (index == 0 ? "" : " < ") + document.labelOf(*chain[index]);
-  }
-  return chain.size() > kLongestChain ? text + fmt::format(" < ... ({} styles)", chain.size()) : text;
+  for (const OdfStyle* style : explanation.chain) text += (text.empty() ? "" : " < ") + document.labelOf(*style);
+  const bool isCut = explanation.chainLength > explanation.chain.size();
+  return isCut ? text + fmt::format(" < ... ({} styles)", explanation.chainLength) : text;
 }
 
 // Where a property comes from, in a few words.
@@ -98,7 +97,7 @@ Json propertyAsJson(const ZTDocument& document, const ExplainedProperty& propert
 Json explanationAsJson(const ZTDocument& document, const StyleExplanation& explanation) {
   const OdfStyle& style = *explanation.style;
   const StyleOrigin* origin = document.originOf(style);
-  const auto chain = Explainer::chainOf(style);
+  const auto& chain = explanation.chain;
   Json json;
   json["style"] = document.labelOf(style);
   json["identifier"] = textOrNull(style.identifier());
@@ -111,24 +110,23 @@ Json explanationAsJson(const ZTDocument& document, const StyleExplanation& expla
   json["file"] = document.placeOf(style).file;
   json["line"] = document.placeOf(style).line;
   json["parent"] = chain.size() > 1 ? Json(document.labelOf(*chain[1])) : Json();
-  json["chain_length"] = chain.size();
+  json["chain_length"] = explanation.chainLength;
   Json chainJson = Json::array();
-  for (std::size_t index = 0; index < std::min(chain.size(), kLongestChain); ++index) {
-    chainJson.push_back(document.labelOf(*chain[index]));
-  }
+  for (const OdfStyle* level : chain) chainJson.push_back(document.labelOf(*level));
   json["chain"] = std::move(chainJson);
   json["next_style"] = ownText(style, keys::nextStyle());
   json["linked_style"] = ownText(style, keys::linkedStyle());
   json["uses"] = style.usageCount();
-  Json values = Json::object();
-  Json properties = Json::object();
+  JsonObject values;
+  JsonObject properties;
   for (const ExplainedProperty& property : explanation.properties) {
     const std::string key(property.key.view());
-    properties[key] = propertyAsJson(document, property);
-    values[key] = properties[key]["value"];
+    Json explained = propertyAsJson(document, property);
+    values.add(key, explained["value"]);
+    properties.add(key, std::move(explained));
   }
-  json["values"] = std::move(values);
-  json["properties"] = std::move(properties);
+  json["values"] = values.take();
+  json["properties"] = properties.take();
   return json;
 }
 
@@ -137,8 +135,7 @@ void printExplanation(const ZTDocument& document, const StyleExplanation& explan
   console.out << console.bold(document.labelOf(style));
   if (style.isNamed()) console.out << " \"" << style.name().view() << '"';
   console.out << console.faint("  " + document.placeOf(style).text()) << '\n';
-  const auto chain = Explainer::chainOf(style);
-  if (chain.size() > 1) console.out << "  inherits: " << chainText(document, chain) << '\n';
+  if (explanation.chain.size() > 1) console.out << "  inherits: " << chainText(document, explanation) << '\n';
   std::size_t widestKey = 0;
   std::size_t widestValue = 0;
   for (const ExplainedProperty& property : explanation.properties) {
@@ -155,18 +152,16 @@ void printExplanation(const ZTDocument& document, const StyleExplanation& explan
   if (explanation.properties.empty()) console.out << "  nothing is set\n";
 }
 
-void printProperty(const ZTDocument& document, const OdfStyle& style, const ExplainedProperty& property,
+void printProperty(const ZTDocument& document, const StyleExplanation& explanation, const ExplainedProperty& property,
                    const Console& console) {
-  console.out << property.key.view() << " of " << document.labelOf(style) << " is "
+  console.out << property.key.view() << " of " << document.labelOf(*explanation.style) << " is "
               << console.bold(forPeople(document, property.key, property.effective.get())) << '\n';
-  const auto chain = Explainer::chainOf(style);
   std::size_t widest = 0;
-  const std::size_t shown = std::min(chain.size(), kLongestChain);
-  for (std::size_t index = 0; index < shown; ++index) widest = std::max(widest, document.labelOf(*chain[index]).size());
+  for (const OdfStyle* level : explanation.chain) widest = std::max(widest, document.labelOf(*level).size());
   auto entry = property.entries.begin();
-  for (std::size_t index = 0; index < shown; ++index) {
-    const std::string label = fmt::format("{:<{}}", document.labelOf(*chain[index]), widest);
-    if (entry == property.entries.end() || entry->style != chain[index]) {
+  for (const OdfStyle* level : explanation.chain) {
+    const std::string label = fmt::format("{:<{}}", document.labelOf(*level), widest);
+    if (entry == property.entries.end() || entry->style != level) {
       console.out << "    " << console.faint(label + "  .") << '\n';
       continue;
     }
@@ -174,10 +169,11 @@ void printProperty(const ZTDocument& document, const OdfStyle& style, const Expl
     const std::string value = forPeople(document, property.key, entry->value);
     const std::string line = fmt::format("{}  {:<16} {}", label, value, roleName(entry->role));
     console.out << (counts ? "  > " + console.green(line) : "    " + line)
-                << console.faint("  " + document.placeOf(*chain[index]).text()) << '\n';
+                << console.faint("  " + document.placeOf(*level).text()) << '\n';
     ++entry;
   }
-  if (chain.size() > shown) console.out << "    ... and " << chain.size() - shown << " styles further up\n";
+  const std::size_t more = explanation.chainLength - explanation.chain.size();
+  if (more > 0) console.out << "    ... and " << more << " styles further up\n";
 }
 
 }  // namespace zt

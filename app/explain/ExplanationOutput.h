@@ -16,7 +16,7 @@ nlohmann::ordered_json explanationAsJson(const ZTDocument& document, const Style
 void printExplanation(const ZTDocument& document, const StyleExplanation& explanation, const Console& console);
 
 /// One property of a style for people, level by level, those that set nothing included.
-void printProperty(const ZTDocument& document, const OdfStyle& style, const ExplainedProperty& property,
+void printProperty(const ZTDocument& document, const StyleExplanation& explanation, const ExplainedProperty& property,
                    const Console& console);
 
 }  // namespace zt

@@ -85,7 +85,8 @@ Ref<OdfStyle> ListImporter::makeLevel(List& list, std::size_t index, const std::
   return level;
 }
 
-void ListImporter::connectTextStyles(const std::function<OdfStyle*(std::size_t part, const std::string& name)>& find) {
+void ListImporter::connectTextStyles(
+    const std::function<OdfStyle*(const RawListStyle& from, const std::string& name)>& find) {
   for (List& list : mLists) {
     for (std::size_t index = 0; index < list.levels.size(); ++index) {
       const RawListLevel& raw = list.raw->levels[index];
@@ -93,7 +94,7 @@ void ListImporter::connectTextStyles(const std::function<OdfStyle*(std::size_t p
       if (name == nullptr || list.levels[index] == nullptr) continue;
       if (name->empty()) {
         list.levels[index]->p_setValueForProperty(Ref<NSObject>(NSNull::null()), keys::levelTextStyle());
-      } else if (OdfStyle* target = find(list.raw->part, *name)) {
+      } else if (OdfStyle* target = find(*list.raw, *name)) {
         list.levels[index]->p_setValueForProperty(Ref<NSObject>(target), keys::levelTextStyle());
       } else {
         tell("missing-reference", *list.raw, raw.line, mDocument.labelOf(*list.levels[index]),
@@ -112,9 +113,10 @@ void ListImporter::addStyles() {
   }
 }
 
-OdfStyle* ListImporter::find(std::size_t part, const std::string& name) const {
-  for (const bool isAutomatic : {true, false}) {
-    const auto place = mPlaces.find(keyFor(false, isAutomatic, part, name));
+OdfStyle* ListImporter::find(const RawStyle& from, const std::string& name) const {
+  const bool seesAutomaticFirst = from.kind == RawStyle::Kind::automatic;
+  for (const bool isAutomatic : {seesAutomaticFirst, !seesAutomaticFirst}) {
+    const auto place = mPlaces.find(keyFor(false, isAutomatic, from.part, name));
     if (place != mPlaces.end()) return mLists[place->second].style.get();
   }
   return nullptr;

@@ -25,12 +25,13 @@ class ListImporter {
   /// Makes the styles and notes where they came from; levels become values of their lists.
   void makeStyles();
   /// Sets the text style of each level that names one. `find` answers none where there is none.
-  void connectTextStyles(const std::function<OdfStyle*(std::size_t part, const std::string& name)>& find);
+  void connectTextStyles(const std::function<OdfStyle*(const RawListStyle& from, const std::string& name)>& find);
   /// Adds all to the document's stylesheet, levels before their lists.
   void addStyles();
 
-  /// What a reference from a part finds: an automatic list style of that part, else a named one.
-  [[nodiscard]] OdfStyle* find(std::size_t part, const std::string& name) const;
+  /// What a reference from a style finds. Automatic styles see the automatic lists of their part first, named
+  /// styles the named ones; each the others otherwise.
+  [[nodiscard]] OdfStyle* find(const RawStyle& from, const std::string& name) const;
 
  private:
   struct List {

@@ -1,5 +1,6 @@
 #include <app/odf/Stats.h>
 
+#include <app/odf/JsonObject.h>
 #include <app/odf/StyleEntries.h>
 
 #include <algorithm>
@@ -33,15 +34,15 @@ double rounded(double value, int digits) {
 }
 
 Json toJson(const Counts& counts) {
-  Json json = Json::object();
-  for (const auto& [name, count] : counts) json[name] = count;
-  return json;
+  JsonObject json;
+  for (const auto& [name, count] : counts) json.add(name, count);
+  return json.take();
 }
 
 Json numbered(const std::map<std::size_t, std::size_t>& counts) {
-  Json json = Json::object();
-  for (const auto& [number, count] : counts) json[std::to_string(number)] = count;
-  return json;
+  JsonObject json;
+  for (const auto& [number, count] : counts) json.add(std::to_string(number), count);
+  return json.take();
 }
 
 // The name of the document: of its folder, or of its file without the ending.
@@ -105,8 +106,9 @@ class Statistics {
     mJson["automatic_names_used_in_both_parts"] =
         std::count_if(partsOfName.begin(), partsOfName.end(), [](const auto& name) { return name.second.size() > 1; });
     mJson["automatic_names_equal_to_named"] = equalToNamed;
-    mJson["duplicate_names"] = Json::object();
-    for (const auto& [name, count] : mIndex.repeated()) mJson["duplicate_names"][name] = count;
+    JsonObject repeated;
+    for (const auto& [name, count] : mIndex.repeated()) repeated.add(name, count);
+    mJson["duplicate_names"] = repeated.take();
   }
 
   // Each style's chain is measured once, upwards until one that is known; a loop counts its members.
@@ -263,10 +265,9 @@ class Statistics {
                                                    {"family", first.family},
                                                    {"parent", first.parent ? Json(*first.parent) : Json()}});
     }
-    mJson["automatic_by_family_total_and_distinct"] = Json::object();
-    for (const auto& [family, counts] : byFamily) {
-      mJson["automatic_by_family_total_and_distinct"][family] = {counts.first, counts.second};
-    }
+    JsonObject families;
+    for (const auto& [family, counts] : byFamily) families.add(family, Json::array({counts.first, counts.second}));
+    mJson["automatic_by_family_total_and_distinct"] = families.take();
     mJson["automatic_distinct_without_rsid"] = withoutRevisions.size();
     mJson["entries_equal_to_inherited"] = equalToInherited;
     mJson["automatic_with_no_properties"] = empty;

@@ -151,14 +151,15 @@ class StyleImporter {
       const Ref<OdfStyle>& style = mStyles[indexOf(raw)];
       const std::string* list = raw.attribute("style", "list-style-name");
       if (style == nullptr || list == nullptr || list->empty() || style->family() != StyleFamily::paragraph) continue;
-      if (OdfStyle* target = mLists.find(raw.part, *list)) {
+      if (OdfStyle* target = mLists.find(raw, *list)) {
         style->p_setValueForProperty(Ref<NSObject>(target), keys::listStyle());
       } else {
         tell("missing-reference", raw, fmt::format("the list style '{:.60}' does not exist; not set", *list));
       }
     }
-    mLists.connectTextStyles([this](std::size_t part, const std::string& name) {
-      const RawStyle* target = mIndex.referred(part, "text", name);
+    mLists.connectTextStyles([this](const RawListStyle& from, const std::string& name) {
+      const RawStyle* target = from.isAutomatic ? nullptr : mIndex.named("text", name);
+      if (target == nullptr) target = mIndex.referred(from.part, "text", name);
       return target != nullptr ? mStyles[indexOf(*target)].get() : nullptr;
     });
   }

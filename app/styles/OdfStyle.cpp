@@ -55,8 +55,6 @@ Ref<NSObject> OdfStyle::valueForProperty(PropertyKey key) const {
   const bool isShare = rule != nullptr && rule->isShareOfParent;
   std::optional<Percentage> share;
   for (const ZTSStyle* style = this; style != nullptr; style = style->parent()) {
-    // An ancestor of a foreign class may look values up in its own way.
-    if (style != this && asOdfStyle(style) == nullptr) return resolved(share, style->valueForProperty(key));
     NSObject* own = style->p_overrideValueForProperty(key);
     if (own == nullptr) {
       if (!isInherited) break;

@@ -33,7 +33,7 @@ class OdfStyle : public ZTSDerivingStyle {
   /// (font sizes, margins) is answered as what it comes to, over any number of levels; where no
   /// ancestor gives a length, as the percentage that remains. Properties that are not inherited
   /// (the next style, the linked style, ...) are answered from the style's own entry alone.
-  /// Walks the chain in a loop: its length costs no call depth.
+  /// Walks the chain in a loop, by the own entries of its styles: its length costs no call depth.
   Ref<NSObject> valueForProperty(PropertyKey key) const final;
 
   /// Accepts none, what the property's rule takes, and opaque text for unknown properties.
