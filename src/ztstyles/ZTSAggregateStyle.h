@@ -60,6 +60,7 @@ class ZT_EXPORT ZTSAggregateStyle : public ZTSStyle {
   void removeValuesForProperties(const PropertySet& keys) override;
   void lockedStyleSetValuesForProperties(const PropertyMap& values, std::int32_t flags) override;
   void lockedStyleRemoveValuesForProperties(const PropertySet& keys, std::int32_t flags) override;
+  void unconditionalRemoveValueForProperty(PropertyKey key) override;
   void setStylesheet(ZTSStylesheet* stylesheet) override;
   void archivingSetStylesheet(ZTSStylesheet* stylesheet) override;
   /// As in `ZTSStyle`; a stored value of a referenced-style property that is no style is reported and dropped.

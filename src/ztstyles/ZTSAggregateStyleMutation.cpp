@@ -158,6 +158,13 @@ void ZTSAggregateStyle::lockedStyleRemoveValuesForProperties(const PropertySet& 
   pause.leaveEnded();
 }
 
+void ZTSAggregateStyle::unconditionalRemoveValueForProperty(PropertyKey key) {
+  ZTSObservationPause pause(*this);
+  if (asStyle(p_overrideValueForProperty(key)) != nullptr) pause.end(key);
+  ZTSStyle::unconditionalRemoveValueForProperty(key);
+  pause.leaveEnded();
+}
+
 // ---- The stylesheet
 
 void ZTSAggregateStyle::setStylesheet(ZTSStylesheet* stylesheet) {

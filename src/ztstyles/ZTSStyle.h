@@ -333,7 +333,8 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   virtual void upgradeStyleWithUnarchiver(ZTAXMLUnarchiver& unarchiver, std::uint64_t version);
   /// The own entry as stored, borrowed, or none.
   [[nodiscard]] NSObject* rawValueForProperty(PropertyKey key) const noexcept { return p_overrideValueForProperty(key); }
-  void unconditionalRemoveValueForProperty(PropertyKey key) { p_removeValueForProperty(key); }
+  /// Removes the own entry without undo and telling. An aggregate lets go of what it refers to.
+  virtual void unconditionalRemoveValueForProperty(PropertyKey key) { p_removeValueForProperty(key); }
   /// A new style of the class with the same fields and own values, for an archive of an older version.
   virtual Ref<ZTSStyle> downgradeCopy() const;
   /// The copy that a deep copy makes; the base answers `copy()`.

@@ -266,7 +266,7 @@ void ZTSStyle::upgradeStyleWithUnarchiver(ZTAXMLUnarchiver&, std::uint64_t) {
   for (const PropertyMap::Entry& entry : *mLocalPropertyMap) {
     if (!mine.isValidProperty(entry.key)) refused.push_back(entry.key);
   }
-  for (PropertyKey key : refused) p_removeValueForProperty(key);
+  for (PropertyKey key : refused) unconditionalRemoveValueForProperty(key);
 }
 
 // ---- Saving on demand

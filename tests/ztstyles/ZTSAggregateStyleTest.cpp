@@ -109,6 +109,8 @@ TEST(AggregateTest, MovesCountsAndObservationWithEveryKindOfChangeAndItsUndo) {
     EXPECT_EQ(state(), change.after);
     scene.undo();
   }
+  a.unconditionalRemoveValueForProperty(list);
+  EXPECT_EQ(state(), (std::vector<std::size_t>{0, 0, 0, 0}));
 }
 
 TEST(AggregateTest, KeepsItsCountsWhenAChangeIsRefused) {
