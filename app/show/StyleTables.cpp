@@ -1,0 +1,108 @@
+#include <app/show/StyleTables.h>
+
+#include <inspection/HVStylesheetTableDataSource.h>
+
+namespace zt {
+
+namespace {
+
+/// The library's table of styles with two more columns that only the document can fill: `label`, a name for people,
+/// and `line`, where the style stands in its file.
+class DocumentStyleSource final : public NSObject, public NSTableViewDataSource {
+ public:
+  DocumentStyleSource(Ref<ZTDocument> document, Ref<HVStyleTableDataSource> styles)
+      : mDocument(std::move(document)), mStyles(std::move(styles)) {}
+
+  std::size_t numberOfRowsInTableView(const NSTableView* view) override { return mStyles->numberOfRowsInTableView(view); }
+
+  Ref<NSObject> tableViewObjectValueForTableColumnRow(const NSTableView* view, const NSTableColumn& column,
+                                                      std::size_t row) override {
+    const ZTSStyle* style = mStyles->styleAtIndex(row);
+    const std::string_view identifier = column.identifier().view();
+    if (style != nullptr && identifier == "label") {
+      return style->isNamed() ? Ref<NSObject>(style->name().object()) : Ref<NSObject>(NSString::make(mDocument->labelOf(*style)));
+    }
+    if (style != nullptr && identifier == "line") {
+      const StyleOrigin* origin = mDocument->originOf(*style);
+      if (origin == nullptr || origin->line == 0) return {};
+      return NSString::make(mDocument->placeOf(*style).text());
+    }
+    return mStyles->tableViewObjectValueForTableColumnRow(view, column, row);
+  }
+
+ private:
+  Ref<ZTDocument> mDocument;
+  Ref<HVStyleTableDataSource> mStyles;
+};
+
+Ref<NSTableView> viewWith(std::initializer_list<const char*> columns, NSTableViewDataSource* source) {
+  const auto view = make<NSTableView>();
+  for (const char* column : columns) view->addTableColumn(make<NSTableColumn>(StringRef(column)));
+  view->setDataSource(source);
+  return view;
+}
+
+ShownTable tableOfStylesheet(const char* title, ZTSStylesheet& stylesheet) {
+  const auto source = make<HVStylesheetTableDataSource>();
+  source->setStylesheet(Ref<ZTSStylesheet>(&stylesheet));
+  return {title, viewWith({"address", "parentAddress"}, source.get()), {source}};
+}
+
+ShownTable tableOfStyles(const char* title, const Ref<ZTDocument>& document, ZTSStylesheet& stylesheet) {
+  const auto styles = HVStyleTableDataSource::dataSourceWithStyles(stylesheet.styles().retainedSnapshot());
+  const auto source = make<DocumentStyleSource>(document, styles);
+  return {title, viewWith({"class", "identifier", "label", "line", "address"}, source.get()), {source}};
+}
+
+}  // namespace
+
+std::vector<ShownTable> tablesOfStylesheets(const Ref<ZTDocument>& document) {
+  return {tableOfStylesheet("stylesheet of the document", document->stylesheet()),
+          tableOfStyles("styles of the document", document, document->stylesheet()),
+          tableOfStylesheet("stylesheet of defaults", document->defaults()),
+          tableOfStyles("styles of defaults", document, document->defaults())};
+}
+
+ShownTable tableOfReferences(const Ref<ZTDocument>& document, OdfStyle& style) {
+  const std::optional<ZTSStyleSet> references = style.referencedStyles();
+  const auto styles = HVStyleTableDataSource::dataSourceWithStyles(
+      references ? references->retainedSnapshot() : std::vector<Ref<ZTSStyle>>());
+  styles->setReferencingStyle(Ref<ZTSAggregateStyle>(&style));
+  const auto source = make<DocumentStyleSource>(document, styles);
+  return {"styles that " + document->labelOf(style) + " refers to",
+          viewWith({"key", "class", "identifier", "label", "line", "address"}, source.get()),
+          {source}};
+}
+
+std::vector<std::string> headingsOf(const ShownTable& table) {
+  std::vector<std::string> headings;
+  for (const Ref<NSTableColumn>& column : table.view->tableColumns()) headings.push_back(column->identifier().text());
+  return headings;
+}
+
+std::vector<std::vector<std::string>> rowsOf(const ShownTable& table) {
+  std::vector<std::vector<std::string>> rows(table.view->numberOfRows());
+  for (std::size_t row = 0; row < rows.size(); ++row) {
+    for (std::size_t column = 0; column < table.view->tableColumns().size(); ++column) {
+      const Ref<NSObject> cell = table.view->objectValueAtColumnRow(column, row);
+      rows[row].push_back(cell ? cell->description() : std::string());
+    }
+  }
+  return rows;
+}
+
+nlohmann::ordered_json tableAsJson(const ShownTable& table) {
+  const std::vector<std::string> headings = headingsOf(table);
+  auto rows = nlohmann::ordered_json::array();
+  for (std::size_t row = 0; row < table.view->numberOfRows(); ++row) {
+    auto cells = nlohmann::ordered_json::object();
+    for (std::size_t column = 0; column < headings.size(); ++column) {
+      const Ref<NSObject> cell = table.view->objectValueAtColumnRow(column, row);
+      cells[headings[column]] = cell ? nlohmann::ordered_json(cell->description()) : nlohmann::ordered_json();
+    }
+    rows.push_back(std::move(cells));
+  }
+  return {{"title", table.title}, {"rows", std::move(rows)}};
+}
+
+}  // namespace zt
