@@ -6,10 +6,13 @@ namespace zt {
 std::unique_ptr<Command> makeExplainCommand();
 std::unique_ptr<Command> makeTreeCommand();
 std::unique_ptr<Command> makeStatsCommand();
+std::unique_ptr<Command> makeShowCommand();
+std::unique_ptr<Command> makeValidateCommand();
 
 std::vector<std::unique_ptr<Command>> makeCommands() {
   std::vector<std::unique_ptr<Command>> commands;
-  for (auto* make : {makeExplainCommand, makeTreeCommand, makeStatsCommand}) commands.push_back(make());
+  for (auto* make : {makeExplainCommand, makeTreeCommand, makeStatsCommand, makeShowCommand, makeValidateCommand})
+    commands.push_back(make());
   return commands;
 }
 

@@ -16,7 +16,8 @@ class ShowCommand : public Command {
     CLI::App* command = tool.add_subcommand("show", "Show stylesheets and their styles as tables");
     command->add_option("FILE", mFile, "The document")->required();
     command->add_option("--style", mStyle, "Only the styles that this one refers to, with the properties that do so");
-    command->add_option("--width", mWidth, "Cut lines to so many columns; 0 cuts nothing. The terminal's width without it");
+    command->add_option("--width", mWidth,
+                        "Cut lines to so many columns; 0 cuts nothing. The terminal's width without it");
     command->add_flag("--json", mAsJson, "Write one JSON object with all tables");
     command->footer(
         "Examples:\n"

@@ -38,8 +38,8 @@ class ValidateCommand : public Command {
       for (const Finding& finding : findings) print(finding, console);
     }
     console.err << printable(document->shown) << ": " << document->stylesheet().styles().count() << " styles, "
-                << (findings.empty() ? "no" : std::to_string(findings.size())) << (findings.size() == 1 ? " finding" : " findings")
-                << '\n';
+                << (findings.empty() ? "no" : std::to_string(findings.size()))
+                << (findings.size() == 1 ? " finding" : " findings") << '\n';
     return codeFor(findings);
   }
 
@@ -47,7 +47,8 @@ class ValidateCommand : public Command {
   static void print(const Finding& finding, const Console& console) {
     const std::string severity(severityName(finding.severity));
     console.out << printable(finding.place.text()) << ": "
-                << (finding.severity == Finding::Severity::note ? console.faint(severity) : console.yellow(severity)) << ": ";
+                << (finding.severity == Finding::Severity::note ? console.faint(severity) : console.yellow(severity))
+                << ": ";
     if (!finding.style.empty()) console.out << printable(finding.style) << ": ";
     console.out << printable(finding.message) << '\n';
   }

@@ -26,7 +26,8 @@ class Listener final : public ZTUAssertionHandler, public ZTULogSink {
  protected:
   void record(AssertionReport report) override {
     const auto reporting = mByAddress.find(report.object);
-    tell(Finding::Severity::error, report.description, reporting == mByAddress.end() ? nullptr : reporting->second.get());
+    tell(Finding::Severity::error, report.description,
+         reporting == mByAddress.end() ? nullptr : reporting->second.get());
   }
   void write(const ZTULogEntry& entry) override {
     tell(entry.level == kZTULogNotice ? Finding::Severity::note : Finding::Severity::error, entry.message, nullptr);

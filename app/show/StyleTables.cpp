@@ -13,19 +13,25 @@ class DocumentStyleSource final : public NSObject, public NSTableViewDataSource 
   DocumentStyleSource(Ref<ZTDocument> document, Ref<HVStyleTableDataSource> styles)
       : mDocument(std::move(document)), mStyles(std::move(styles)) {}
 
-  std::size_t numberOfRowsInTableView(const NSTableView* view) override { return mStyles->numberOfRowsInTableView(view); }
+  std::size_t numberOfRowsInTableView(const NSTableView* view) override {
+    return mStyles->numberOfRowsInTableView(view);
+  }
 
   Ref<NSObject> tableViewObjectValueForTableColumnRow(const NSTableView* view, const NSTableColumn& column,
                                                       std::size_t row) override {
     const ZTSStyle* style = mStyles->styleAtIndex(row);
     const std::string_view identifier = column.identifier().view();
     if (style != nullptr && identifier == "label") {
-      return style->isNamed() ? Ref<NSObject>(style->name().object()) : Ref<NSObject>(NSString::make(mDocument->labelOf(*style)));
+      return style->isNamed() ? Ref<NSObject>(style->name().object())
+                              : Ref<NSObject>(NSString::make(mDocument->labelOf(*style)));
     }
     if (style != nullptr && identifier == "line") {
       const StyleOrigin* origin = mDocument->originOf(*style);
       if (origin == nullptr || origin->line == 0) return {};
-      return NSString::make(mDocument->placeOf(*style).text());
+      const std::string line = std::to_string(origin->line);
+      // A document of several parts is named by each; a flat one is the file that was asked for.
+      const bool isFlat = mDocument->parts.size() < 2 || origin->part >= mDocument->parts.size();
+      return NSString::make(isFlat ? line : mDocument->parts[origin->part].name + ':' + line);
     }
     return mStyles->tableViewObjectValueForTableColumnRow(view, column, row);
   }
@@ -65,8 +71,8 @@ std::vector<ShownTable> tablesOfStylesheets(const Ref<ZTDocument>& document) {
 
 ShownTable tableOfReferences(const Ref<ZTDocument>& document, OdfStyle& style) {
   const std::optional<ZTSStyleSet> references = style.referencedStyles();
-  const auto styles = HVStyleTableDataSource::dataSourceWithStyles(
-      references ? references->retainedSnapshot() : std::vector<Ref<ZTSStyle>>());
+  const auto styles = HVStyleTableDataSource::dataSourceWithStyles(references ? references->retainedSnapshot()
+                                                                              : std::vector<Ref<ZTSStyle>>());
   styles->setReferencingStyle(Ref<ZTSAggregateStyle>(&style));
   const auto source = make<DocumentStyleSource>(document, styles);
   return {"styles that " + document->labelOf(style) + " refers to",
