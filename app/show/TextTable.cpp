@@ -91,14 +91,14 @@ std::size_t displayWidth(std::string_view text) {
 
 std::string printable(std::string_view text, std::size_t width) {
   std::string whole;
-  std::string cut;  // as far as leaves room for the ellipsis
   std::size_t used = 0;
+  std::size_t roomy = 0;  // the bytes that leave room for the ellipsis
   while (!text.empty()) {
     const Character character = next(text);
     used += character.width;
-    if (width != 0 && used > width) return cut + std::string(kEllipsis);
+    if (width != 0 && used > width) return whole.substr(0, roomy).append(kEllipsis);
     whole += character.bytes;
-    if (used < width) cut = whole;
+    if (used < width) roomy = whole.size();
   }
   return whole;
 }
