@@ -192,8 +192,9 @@ TEST(ObjectTest, ReleasesLongChainsInALoop) {
   Ref<NSObject> chain = NSNumber::withInteger(0);
   for (int link = 0; link < 1'000'000; ++link) chain = NSArray::withObjects({chain});
   chain.reset();
-  EXPECT_EQ(ZTClass::named("NSArray"), &NSArray::arrayClass());
-  EXPECT_TRUE(NSArray::arrayClass().isKindOf(NSObject::nsObjectClass()));
+  const ZTClass& arrayClass = NSArray::arrayClass();
+  EXPECT_EQ(ZTClass::named("NSArray"), &arrayClass);
+  EXPECT_TRUE(arrayClass.isKindOf(NSObject::nsObjectClass()));
   EXPECT_EQ(ZTClass::named("no such class"), nullptr);
 }
 
