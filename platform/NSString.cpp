@@ -24,8 +24,9 @@ Ref<NSString> NSString::make(std::string_view text) {
   constexpr std::size_t head = sizeof(NSString) - sizeof(NSString::mText);
   void* memory = ::operator new(head + std::max(text.size() + 1, sizeof(NSString::mText)));
   auto* string = ::new (memory) NSString(text.size(), hashOf(text));
-  if (!text.empty()) std::memcpy(string->mText, text.data(), text.size());
-  string->mText[text.size()] = '\0';
+  char* characters = string->mText;  // the block goes on behind the array
+  if (!text.empty()) std::memcpy(characters, text.data(), text.size());
+  characters[text.size()] = '\0';
   return Ref<NSString>(string);
 }
 
