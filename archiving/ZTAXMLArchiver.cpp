@@ -28,7 +28,7 @@ struct ZTAXMLArchiver::Written {
 
 struct ZTAXMLArchiver::State {
   struct FreeDocument {
-    void operator()(xmlDoc* document) const noexcept { xmlFreeDoc(document); }
+    void operator()(xmlDoc* tree) const noexcept { xmlFreeDoc(tree); }
   };
 
   std::uint64_t version;

@@ -95,8 +95,8 @@ class RandomModel {
     mTrace.push_back(name);
     {
       ZTUAssertionRecorder refusals;  // an operation may refuse what makes no sense
-      undo.performInGroup([&] {
-        for (int count = 1 + below(2); count > 0; --count) operation(*this);
+      undo.performInGroup([&, &perform = operation] {
+        for (int count = 1 + below(2); count > 0; --count) perform(*this);
       });
     }
     adopt();
