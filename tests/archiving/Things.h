@@ -83,6 +83,9 @@ class Box final : public Thing {
   bool archivesByReference() const override { return false; }
 };
 
+/// Archives name classes, so these have to be there whichever test runs first.
+inline const ZTClass& kRegisteredBox = Box::boxClass();
+
 inline Ref<Thing> thing(const std::string& label, std::vector<Ref<NSObject>> links = {}) {
   auto made = make<Thing>();
   made->label = label;
