@@ -22,15 +22,17 @@ struct Heading : Scene {
   StyleRecorder recorder{log};
   Heading() { h1.addObserver(&recorder); }
 
-  Ref<PropertyMap> own() const { return h1.overridePropertyMap() ? h1.overridePropertyMap()->copy() : PropertyMap::make(); }
+  Ref<PropertyMap> own() const {
+    return h1.overridePropertyMap() ? h1.overridePropertyMap()->copy() : PropertyMap::make();
+  }
   Log takeLog() { return std::exchange(log, {}); }
 };
 
 struct FourWays {
   const char* name;
   std::function<void(TestStyle&)> change;
-  Ref<PropertyMap> after;   // the own values
-  Log done;                 // what the recorder is told
+  Ref<PropertyMap> after;  // the own values
+  Log done;                // what the recorder is told
   Log undone;
   Log redone;
   std::vector<std::string> inverses;  // in the order of registration
@@ -41,7 +43,9 @@ void tryFourWays(const FourWays& way) {
   SCOPED_TRACE(way.name);
   Heading scene;
   const Ref<PropertyMap> before = scene.own();
-  const auto expectOwn = [&](const Ref<PropertyMap>& wanted) { EXPECT_TRUE(scene.own()->isEqual(*wanted)) << describe(*scene.own()); };
+  const auto expectOwn = [&](const Ref<PropertyMap>& wanted) {
+    EXPECT_TRUE(scene.own()->isEqual(*wanted)) << describe(*scene.own());
+  };
   scene.host.undo->performInGroup([&] { way.change(scene.h1); });
   expectOwn(way.after);
   EXPECT_EQ(scene.takeLog(), way.done);
@@ -74,7 +78,9 @@ TEST(MutationTest, StoresTellsAndIsTakenBackExactly) {
   const Ref<PropertyMap> unchanged = mapOf({{size, 1}, {colour, NSNull::null()}});
   const Ref<PropertyMap> both = mapOf({{size, 2}, {colour, NSNull::null()}, {weight, 3}});
   const Ref<PropertyMap> given = mapOf({{size, 2}, {weight, 3}});
-  const auto setLocked = [&](std::int32_t flags) { return [=](TestStyle& s) { s.lockedStyleSetValuesForProperties(*given, flags); }; };
+  const auto setLocked = [&](std::int32_t flags) {
+    return [=](TestStyle& s) { s.lockedStyleSetValuesForProperties(*given, flags); };
+  };
   const Log told = {"h1: size<1 weight<20"};
   const Log toldBack = {"h1: weight<3", "h1: size<2"};
   const Log toldAgain = {"h1: size<1", "h1: weight<20"};
@@ -197,6 +203,7 @@ TEST(MutationTest, WorksDetachedAndThroughWhatAClassOverrides) {
   EXPECT_EQ(style.asked, (Log{"5", "set", "none"}));
   EXPECT_TRUE(isNull(style.p_overrideValueForProperty(size)));
   EXPECT_FALSE(style.own->canUndo() || style.overridesProperty(weight));
+  style.own->removeAllActions();  // they hold the style, which holds them
 }
 
 }  // namespace

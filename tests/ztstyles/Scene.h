@@ -99,7 +99,9 @@ class TestHost : public ZTSStylesheetHost {
  public:
   NSUndoManager* undoManager() const override { return undo.get(); }
   NSDocument* document() const override { return hasDocument ? theDocument.get() : nullptr; }
-  bool willRemoveUnusedStyle(ZTSStyle& style) override { return removesUnused && !(keepsIdentified && style.isIdentified()); }
+  bool willRemoveUnusedStyle(ZTSStyle& style) override {
+    return removesUnused && !(keepsIdentified && style.isIdentified());
+  }
   void didRemoveUnusedStyles() override { ++cleanups; }
 
   Ref<NSUndoManager> undo = make<NSUndoManager>();
@@ -114,8 +116,12 @@ class TestHost : public ZTSStylesheetHost {
 class SheetRecorder : public ZTSStylesheetObserver {
  public:
   explicit SheetRecorder(Log& log, std::string name = "observer") : mLog(log), mName(std::move(name)) {}
-  void addedStyleToStylesheet(ZTSStyle& style, ZTSStylesheet&) override { mLog.push_back(mName + " added " + style.identifier().text()); }
-  void removedStyleFromStylesheet(ZTSStyle& style, ZTSStylesheet&) override { mLog.push_back(mName + " removed " + style.identifier().text()); }
+  void addedStyleToStylesheet(ZTSStyle& style, ZTSStylesheet&) override {
+    mLog.push_back(mName + " added " + style.identifier().text());
+  }
+  void removedStyleFromStylesheet(ZTSStyle& style, ZTSStylesheet&) override {
+    mLog.push_back(mName + " removed " + style.identifier().text());
+  }
   void changedParentOfStylesheet(ZTSStylesheet&) override { mLog.push_back(mName + " parent"); }
 
  private:
@@ -150,11 +156,14 @@ class Scene {
     if (parent != nullptr) sheet->setParent(Ref<ZTSStylesheet>(parent));
     host.undo->removeAllActions();
   }
+  /// Undo actions hold the styles that they concern. The stylesheet, which frees styles that refer to one another in a
+  /// cycle, must not find them held when it goes.
+  ~Scene() { host.undo->removeAllActions(); }
 
   /// A new style in the stylesheet; `identifier` and `parent` absent for none.
   template <class T = TestStyle>
-  T& style(StringRef identifier, StringRef parent = {}, std::initializer_list<std::pair<PropertyKey, Value>> values = {},
-           bool locked = false) {
+  T& style(StringRef identifier, StringRef parent = {},
+           std::initializer_list<std::pair<PropertyKey, Value>> values = {}, bool locked = false) {
     T& made = detached<T>(std::move(identifier), std::move(parent), values, locked);
     host.undo->disableUndoRegistration();
     sheet->addStyle(Ref<ZTSStyle>(&made));
@@ -162,10 +171,13 @@ class Scene {
     return made;
   }
   template <class T = TestStyle>
-  T& detached(StringRef identifier = {}, StringRef parent = {}, std::initializer_list<std::pair<PropertyKey, Value>> values = {},
-              bool locked = false) {
+  T& detached(StringRef identifier = {}, StringRef parent = {},
+              std::initializer_list<std::pair<PropertyKey, Value>> values = {}, bool locked = false) {
     const Ref<PropertyMap> map = mapOf(values);
-    Ref<T> made = make<T>({.identifier = std::move(identifier), .parentIdentifier = std::move(parent), .overridePropertyMap = map.get(), .isLocked = locked});
+    Ref<T> made = make<T>({.identifier = std::move(identifier),
+                           .parentIdentifier = std::move(parent),
+                           .overridePropertyMap = map.get(),
+                           .isLocked = locked});
     mKept.push_back(made);
     return *made;
   }
