@@ -8,6 +8,7 @@
 #include <ztstyles/ZTSStylesheet.h>
 #include <ztstyles/ZTSStylesheetHost.h>
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -45,6 +46,10 @@ class ZTDocument final : public NSDocument, public ZTSStylesheetHost {
 
   [[nodiscard]] NSUndoManager* undoManager() const override { return mUndoManager.get(); }
   [[nodiscard]] NSDocument* document() const override { return const_cast<ZTDocument*>(this); }
+
+  /// Asked during a cleanup; without it every unused style is kept.
+  std::function<bool(const ZTSStyle&)> mayRemoveUnused;
+  bool willRemoveUnusedStyle(ZTSStyle& style) override { return mayRemoveUnused && mayRemoveUnused(style); }
 
   /// The document's styles. Its parent is `defaults()`.
   [[nodiscard]] ZTSStylesheet& stylesheet() const noexcept { return *mStylesheet; }

@@ -69,7 +69,8 @@ class Wanted {
 struct Family {
   explicit Family(std::size_t count, Values kind = atRandom) : wanted(kind) {
     sheet->addStyle(base);
-    for (std::size_t number = 0; number < count; ++number) sheet->variationOfStyle(base.get(), {.propertyMap = &wanted(number)});
+    for (std::size_t number = 0; number < count; ++number)
+      sheet->variationOfStyle(base.get(), {.propertyMap = &wanted(number)});
   }
   ZTSStyle* find(std::size_t number) {
     return sheet->variationOfStyle(base.get(), {.propertyMap = &wanted(number)}).get();
@@ -97,7 +98,8 @@ void FindRepeated(benchmark::State& state) {
   std::size_t at = 0;
   const std::size_t before = sAllocations;
   for (auto each : state) {
-    benchmark::DoNotOptimize(family.sheet->variationOfStyle(family.base.get(), {.propertyMap = maps[at++ % kRepeated].get()}));
+    benchmark::DoNotOptimize(
+        family.sheet->variationOfStyle(family.base.get(), {.propertyMap = maps[at++ % kRepeated].get()}));
   }
   state.counters["allocations"] = static_cast<double>(sAllocations - before);
 }
@@ -122,7 +124,8 @@ void FindByWalking(benchmark::State& state) {
   for (auto each : state) {
     const PropertyMap& wanted = family.wanted(random() % count);
     for (const ZTSStyle* child : family.base->children()) {
-      if (child->stylesheet() == family.sheet && !child->isLocked() && child->isAnonymous() && child->overridePropertyMap()->isEqual(wanted)) {
+      if (child->stylesheet() == family.sheet && !child->isLocked() && child->isAnonymous() &&
+          child->overridePropertyMap()->isEqual(wanted)) {
         benchmark::DoNotOptimize(child);
         break;
       }
@@ -148,8 +151,12 @@ void FindOrMakeDistinct(benchmark::State& state) {
   }
 }
 BENCHMARK(FindOrMakeDistinct)
-    ->Args({10'000, atRandom})->Args({10'000, dense})->Args({100'000, atRandom})->Args({100'000, dense})
-    ->Args({1'000'000, atRandom})->Args({1'000'000, dense})
+    ->Args({10'000, atRandom})
+    ->Args({10'000, dense})
+    ->Args({100'000, atRandom})
+    ->Args({100'000, dense})
+    ->Args({1'000'000, atRandom})
+    ->Args({1'000'000, dense})
     ->Unit(benchmark::kMillisecond);
 const bool kDistinct = compare({"FindOrMakeDistinct/1000000/0", "FindOrMakeDistinct/100000/0", 20});
 const bool kDistinctDense = compare({"FindOrMakeDistinct/1000000/1", "FindOrMakeDistinct/100000/1", 20});
@@ -309,14 +316,16 @@ const bool kHalf = compare({"RemoveHalf/1000000", "RemoveHalf/100000", 20});
 
 InstructionCount findAmong(std::size_t count, double limit) {
   return {.name = "find among " + std::to_string(count),
-          .prepare =
-              [count]() -> std::function<void()> {
-                auto family = std::make_shared<Family>(count);
-                auto maps = std::make_shared<std::vector<Ref<PropertyMap>>>();
-                for (std::size_t each = 0; each < 1000; ++each) maps->push_back(family->wanted(each * (count / 1000)).copy());
-                auto at = std::make_shared<std::size_t>(0);
-                return [=] { family->sheet->variationOfStyle(family->base.get(), {.propertyMap = (*maps)[(*at)++ % 1000].get()}); };
-              },
+          .prepare = [count]() -> std::function<void()> {
+            auto family = std::make_shared<Family>(count);
+            auto maps = std::make_shared<std::vector<Ref<PropertyMap>>>();
+            for (std::size_t each = 0; each < 1000; ++each)
+              maps->push_back(family->wanted(each * (count / 1000)).copy());
+            auto at = std::make_shared<std::size_t>(0);
+            return [=] {
+              family->sheet->variationOfStyle(family->base.get(), {.propertyMap = (*maps)[(*at)++ % 1000].get()});
+            };
+          },
           .repetitions = 1000,
           .limit = limit};
 }

@@ -57,7 +57,8 @@ std::optional<std::size_t> ZTSVariationIndexes::Values::hash(const PropertyMap* 
 ZTSVariationIndexes::Index::Hashes ZTSVariationIndexes::Index::hashesOf(const Members& members, std::size_t map,
                                                                         const ZTSStylesheet& holder,
                                                                         const ZTSVariationQuery& query) {
-  if (members.base == nullptr) return {{anonymousHash(map, query.styleClass, *query.parentIdentifier, query.isLocked), 0}, 1};
+  if (members.base == nullptr)
+    return {{anonymousHash(map, query.styleClass, *query.parentIdentifier, query.isLocked), 0}, 1};
   return {{childHash(map, &holder, query.isLocked, true), childHash(map, &holder, query.isLocked, false)},
           query.includesIdentified ? std::size_t{2} : std::size_t{1}};
 }
@@ -109,12 +110,14 @@ bool ZTSVariationIndexes::Index::check() const {
 ZTSVariationIndexes::Index::Place ZTSVariationIndexes::Index::placeOf(const ZTSStyle& member) const {
   const bool isChild = mMembers.base != nullptr;
   if (isChild && member.mStylesheet == nullptr) return {Place::nowhere, 0};
-  if (!isChild && member.mStylesheet != mMembers.stylesheet) return {Place::always, 0};  // its changes are not told here
+  if (!isChild && member.mStylesheet != mMembers.stylesheet)
+    return {Place::always, 0};  // its changes are not told here
   if (!member.isPlain(ZTSStyleClass::plainMatching)) return {Place::always, 0};
   const std::optional<std::size_t> map = Values::hash(member.mLocalPropertyMap.get());
   if (!map) return {Place::always, 0};
-  return {Place::hashed, isChild ? childHash(*map, member.mStylesheet, member.isLocked(), member.isAnonymous())
-                                 : anonymousHash(*map, &member.classObject(), member.mParentIdentifier, member.isLocked())};
+  return {Place::hashed, isChild
+                             ? childHash(*map, member.mStylesheet, member.isLocked(), member.isAnonymous())
+                             : anonymousHash(*map, &member.classObject(), member.mParentIdentifier, member.isLocked())};
 }
 
 void ZTSVariationIndexes::Index::enterAt(Slot slot, const ZTSStyle& member) {
@@ -163,7 +166,8 @@ void ZTSVariationIndexes::Index::enterHoldersOfChangedValues() {
 bool ZTSVariationIndexes::Index::holdsChangedValue(const ZTSStyle& member) const {
   if (mChangedValues.empty() || !member.mLocalPropertyMap) return false;
   for (const PropertyMap::Entry& entry : *member.mLocalPropertyMap) {
-    if (const ZTSStyle* value = asStyle(entry.value.get()); value != nullptr && mChangedValues.contains(value)) return true;
+    if (const ZTSStyle* value = asStyle(entry.value.get()); value != nullptr && mChangedValues.contains(value))
+      return true;
   }
   return false;
 }

@@ -48,7 +48,8 @@ struct ZTSVariationIndexes::Members {
     if (member.isLocked() != query.isLocked) return false;
     if (base != nullptr) {
       if (member.stylesheet() != &holder || (member.isIdentified() && !query.includesIdentified)) return false;
-    } else if (&member.classObject() != query.styleClass || !equalTexts(member.parentIdentifier(), *query.parentIdentifier)) {
+    } else if (&member.classObject() != query.styleClass ||
+               !equalTexts(member.parentIdentifier(), *query.parentIdentifier)) {
       return false;
     }
     return overridesMatch(member, query.map);
@@ -96,7 +97,8 @@ class ZTSVariationIndexes::Index {
     std::uint32_t hash[2];
     std::size_t count;
   };
-  static Hashes hashesOf(const Members& members, std::size_t map, const ZTSStylesheet& holder, const ZTSVariationQuery& query);
+  static Hashes hashesOf(const Members& members, std::size_t map, const ZTSStylesheet& holder,
+                         const ZTSVariationQuery& query);
 
   /// The next slot to test.
   [[nodiscard]] Slot next(const Hashes& hashes, Slot from) const {
@@ -134,7 +136,7 @@ class ZTSVariationIndexes::Index {
   ZTSSlotIndex mHashed;
   std::set<Slot> mAlways;
   boost::unordered_flat_map<const ZTSStyle*, std::vector<Slot>> mHolders;  // of the styles among the values
-  boost::unordered_flat_set<const ZTSStyle*> mChangedValues;               // those whose holders are to be entered again
+  boost::unordered_flat_set<const ZTSStyle*> mChangedValues;  // those whose holders are to be entered again
 };
 
 }  // namespace zt

@@ -26,8 +26,8 @@ bool ZTSStylesheet::mayIdentify(const char* operation, const ZTSStyle* style) co
     return false;
   }
   if (style->stylesheet() != this) {
-    ZT_REPORT(operation, this, kSourceFile, "Stylesheet <%p> can't identify style <%@ %p> in stylesheet <%p>.", address(this),
-              style->classObject().name(), address(style), address(style->stylesheet()));
+    ZT_REPORT(operation, this, kSourceFile, "Stylesheet <%p> can't identify style <%@ %p> in stylesheet <%p>.",
+              address(this), style->classObject().name(), address(style), address(style->stylesheet()));
   }
   return true;
 }
@@ -43,7 +43,8 @@ void ZTSStylesheet::identifyStyleKeepingAllChildren(Ref<ZTSStyle> style, StringR
 
 /// The style that a kept child would find in the place of the newly identified one, with the child's stylesheet; none
 /// if all would find the right one.
-std::pair<ZTSStyle*, ZTSStylesheet*> ZTSStylesheet::captorOfKeptChild(const ZTSStyleSet& kept, const StringRef& identifier) const {
+std::pair<ZTSStyle*, ZTSStylesheet*> ZTSStylesheet::captorOfKeptChild(const ZTSStyleSet& kept,
+                                                                      const StringRef& identifier) const {
   ZTUMutablePointerSet<ZTSStylesheet> searched;
   for (const ZTSStyle* child : kept) {
     // A child that carries the identifier itself looks for its parent above its own stylesheet.
@@ -62,8 +63,8 @@ void ZTSStylesheet::identifyStyleKeepingChildren(Ref<ZTSStyle> style, StringRef 
                                                  const ZTUMutablePointerSet<ZTSStyle>* keptChildren) {
   const bool hasStyle = mayIdentify(kIdentify, style.get());
   if (hasStyle && !identifier) {
-    ZT_REPORT(kIdentify, this, kSourceFile, "Stylesheet <%p> can't identify style <%@ %p> with a nil identifier.", address(this),
-              style->classObject().name(), address(style.get()));
+    ZT_REPORT(kIdentify, this, kSourceFile, "Stylesheet <%p> can't identify style <%@ %p> with a nil identifier.",
+              address(this), style->classObject().name(), address(style.get()));
   }
   if (hasStyle && keptChildren != nullptr && !keptChildren->isSubsetOfSet(style->children())) {
     ZT_REPORT(kIdentify, this, kSourceFile, "Children to keep are not a subset of the children of style <%@ %p>",
@@ -78,11 +79,13 @@ void ZTSStylesheet::identifyStyleKeepingChildren(Ref<ZTSStyle> style, StringRef 
   }
   constexpr const char* taken = "Style <%@ %p> in stylesheet <%p> is already identified with identifier %@.";
   if (const ZTSStyle* holder = mIdentifiedStyles.find(identifier)) {
-    ZT_REPORT(kIdentify, this, kSourceFile, taken, holder->classObject().name(), address(holder), address(this), identifier);
+    ZT_REPORT(kIdentify, this, kSourceFile, taken, holder->classObject().name(), address(holder), address(this),
+              identifier);
     return;
   }
   if (const auto [captor, stylesheet] = captorOfKeptChild(kept, identifier); captor != nullptr) {
-    ZT_REPORT(kIdentify, this, kSourceFile, taken, captor->classObject().name(), address(captor), address(stylesheet), identifier);
+    ZT_REPORT(kIdentify, this, kSourceFile, taken, captor->classObject().name(), address(captor), address(stylesheet),
+              identifier);
     return;
   }
 
@@ -90,13 +93,15 @@ void ZTSStylesheet::identifyStyleKeepingChildren(Ref<ZTSStyle> style, StringRef 
   const StringRef old = style->identifier();
   if (NSUndoManager* undo = undoManager()) {
     if (old) {
-      undo->registerUndo(kIdentify, self, [style, old, kept, keeps = keptChildren != nullptr](ZTSStylesheet& stylesheet) {
-        ZTUMutablePointerSet<ZTSStyle> children;
-        children.unionSet(kept);
-        stylesheet.identifyStyleKeepingChildren(style, old, keeps ? &children : nullptr);
-      });
+      undo->registerUndo(kIdentify, self,
+                         [style, old, kept, keeps = keptChildren != nullptr](ZTSStylesheet& stylesheet) {
+                           ZTUMutablePointerSet<ZTSStyle> children;
+                           children.unionSet(kept);
+                           stylesheet.identifyStyleKeepingChildren(style, old, keeps ? &children : nullptr);
+                         });
     } else {
-      undo->registerUndo("anonymizeStyle:", self, [style](ZTSStylesheet& stylesheet) { stylesheet.anonymizeStyle(style); });
+      undo->registerUndo("anonymizeStyle:", self,
+                         [style](ZTSStylesheet& stylesheet) { stylesheet.anonymizeStyle(style); });
     }
   }
 

@@ -19,7 +19,9 @@ constexpr const char* kVariation =
     "canReuseIdentifiedChildren:";
 
 /// A map without entries counts as none.
-const PropertyMap* noneIfEmpty(const PropertyMap* map) noexcept { return map != nullptr && !map->isEmpty() ? map : nullptr; }
+const PropertyMap* noneIfEmpty(const PropertyMap* map) noexcept {
+  return map != nullptr && !map->isEmpty() ? map : nullptr;
+}
 
 /// The list style whose default may differ between stylesheets without being a mistake: the application's, if any.
 bool isDefaultListStyle(const ZTSStyle& style) {
@@ -45,10 +47,11 @@ static void compareBases(const ZTSStylesheet& stylesheet, const ZTSStyle& style,
   if (base.style == base.reachable) return;
   if (base.style && base.style->isEqualCompareNames(base.reachable.get(), CompareNames::no)) return;
   constexpr const char* differs =
-      "In creating variation of style <%p> in stylesheet <%p>; base style <%p> and reachable base style <%p> are not equivalent.";
+      "In creating variation of style <%p> in stylesheet <%p>; base style <%p> and reachable base style <%p> are not "
+      "equivalent.";
   if (base.style && isDefaultListStyle(*base.style)) {
-    ZTULog_Fn(kZTULogNotice, kSourceFile, differs, address(&style), address(style.stylesheet()), address(base.style.get()),
-              address(base.reachable.get()));
+    ZTULog_Fn(kZTULogNotice, kSourceFile, differs, address(&style), address(style.stylesheet()),
+              address(base.style.get()), address(base.reachable.get()));
   } else {
     ZT_REPORT(kVariation, &stylesheet, kSourceFile, differs, address(&style), address(style.stylesheet()),
               address(base.style.get()), address(base.reachable.get()));
@@ -56,7 +59,8 @@ static void compareBases(const ZTSStylesheet& stylesheet, const ZTSStyle& style,
 }
 
 Ref<ZTSStyle> ZTSStylesheet::variationOfStyle(ZTSStyle* style, const StyleVariationRequest& request) {
-  if (style == nullptr) ZT_REPORT(kVariation, this, kSourceFile, "Cannot create variation of nil style <%p>.", address(nullptr));
+  if (style == nullptr)
+    ZT_REPORT(kVariation, this, kSourceFile, "Cannot create variation of nil style <%p>.", address(nullptr));
   if (request.canReuse && request.identifier) {
     ZT_REPORT(kVariation, this, kSourceFile, " Cannot specify non-nil identifier if variation may be reused.");
   }
@@ -67,7 +71,8 @@ Ref<ZTSStyle> ZTSStylesheet::variationOfStyle(ZTSStyle* style, const StyleVariat
 
   Base base{Ref<ZTSStyle>(style->isIdentified() ? style : style->parent()), {}};
   if (!base.style) {
-    ZT_REPORT(kVariation, this, kSourceFile, "Cannot create variation of anonymous style <%p> with no parent.", address(style));
+    ZT_REPORT(kVariation, this, kSourceFile, "Cannot create variation of anonymous style <%p> with no parent.",
+              address(style));
   } else {
     base.reachable = cascadedStyleWithIdentifier(base.style->identifier());
   }
@@ -86,13 +91,15 @@ Ref<ZTSStyle> ZTSStylesheet::variationOfStyle(ZTSStyle* style, const StyleVariat
 
 Ref<ZTSStyle> ZTSStylesheet::variationOfStyleWithOverrides(ZTSStyle& style, const Ref<ZTSStyle>& baseStyle,
                                                            const Ref<ZTSStyle>& reachable,
-                                                           const StyleVariationRequest& request, const PropertyMap* wanted) {
+                                                           const StyleVariationRequest& request,
+                                                           const PropertyMap* wanted) {
   const Base base{baseStyle, reachable};
   const auto isHeldWithLock = [&](const ZTSStyle& candidate) {
     return candidate.stylesheet() == this && candidate.isLocked() == request.isLocked;
   };
   if (request.canReuse) {
-    if (ZTSStyle* preferred = request.preferredStyle; preferred != nullptr && preferred->isLocked() == request.isLocked) {
+    if (ZTSStyle* preferred = request.preferredStyle;
+        preferred != nullptr && preferred->isLocked() == request.isLocked) {
       const bool fits = preferred->isIdentified() ? wanted == nullptr && base.isStoodForBy(preferred)
                                                   : base.isStoodForBy(preferred->parent()) &&
                                                         ZTSVariationIndexes::overridesMatch(*preferred, wanted);
@@ -115,9 +122,11 @@ Ref<ZTSStyle> ZTSStylesheet::variationOfStyleWithOverrides(ZTSStyle& style, cons
                                                   .isLocked = request.isLocked});
 }
 
-Ref<ZTSStyle> ZTSStylesheet::anonymousChildOfStyle(ZTSStyle* style, const PropertyMap* overridePropertyMap, bool isLocked) {
+Ref<ZTSStyle> ZTSStylesheet::anonymousChildOfStyle(ZTSStyle* style, const PropertyMap* overridePropertyMap,
+                                                   bool isLocked) {
   if (style == nullptr) return {};
-  return ZTSVariationIndexes::firstChildOf(*style, *this, {.map = noneIfEmpty(overridePropertyMap), .isLocked = isLocked});
+  return ZTSVariationIndexes::firstChildOf(*style, *this,
+                                           {.map = noneIfEmpty(overridePropertyMap), .isLocked = isLocked});
 }
 
 Ref<ZTSStyle> ZTSStylesheet::anonymousStyleOfClass(const ZTSStyleClass& styleClass, const StringRef& parentIdentifier,
@@ -183,8 +192,8 @@ void ZTSStylesheet::removeStyleAndReferencedStyles(Ref<ZTSStyle> style) {
     const Ref<ZTSStyle> entry = walked[index];
     if (entry->stylesheet() != this) {
       ZT_REPORT("removeStyleAndReferencedStyles:", this, kSourceFile,
-                "Attempt to remove a style <%@ %p> with stylesheet <%p> from stylesheet <%p>.", entry->classObject().name(),
-                address(entry.get()), address(entry->stylesheet()), address(this));
+                "Attempt to remove a style <%@ %p> with stylesheet <%p> from stylesheet <%p>.",
+                entry->classObject().name(), address(entry.get()), address(entry->stylesheet()), address(this));
     } else {
       if (!visited.addObject(entry.get())) continue;
       if (const auto referenced = entry->referencedStyles()) {

@@ -54,11 +54,10 @@ void ZTSUnusedStyles::listen(NSUndoManager* undoManager) {
   mListener.reset();
   if (undoManager == nullptr) return;
   // The registration does not keep the manager alive, and ends with it or with this object.
-  mListener = std::make_unique<NotificationListener>(
-      NSUndoManagerWillCloseUndoGroupNotification, undoManager,
-      [&stylesheet = mStylesheet](const NSNotification& notification) {
-        stylesheet.p_cleanupUnusedStylesOnUndoGroupClose(notification);
-      });
+  mListener = std::make_unique<NotificationListener>(NSUndoManagerWillCloseUndoGroupNotification, undoManager,
+                                                     [&stylesheet = mStylesheet](const NSNotification& notification) {
+                                                       stylesheet.p_cleanupUnusedStylesOnUndoGroupClose(notification);
+                                                     });
 }
 
 bool ZTSUnusedStyles::check(const ZTSStylesheet& stylesheet) const {
@@ -68,7 +67,9 @@ bool ZTSUnusedStyles::check(const ZTSStylesheet& stylesheet) const {
     held += style->usageCount() == 0 ? 1 : 0;
   }
   // What else is listed is linked without being held.
-  const auto isLinked = [&](const ZTSStyle* style) { return style->stylesheet() == &stylesheet && style->usageCount() == 0; };
+  const auto isLinked = [&](const ZTSStyle* style) {
+    return style->stylesheet() == &stylesheet && style->usageCount() == 0;
+  };
   return mStyles.count() == held || std::all_of(mStyles.begin(), mStyles.end(), isLinked);
 }
 
@@ -88,7 +89,8 @@ ZTSUnusedStyles::Pass::Pass(ZTSStylesheet& stylesheet) : mStylesheet(&stylesheet
     for (ZTSStyle* style : unused.mStyles) {
       if (const Place place = currentPlaceOf(*style); place != 0) mFound.push_back({place, Ref<ZTSStyle>(style)});
     }
-    std::sort(mFound.begin(), mFound.end(), [](const Visit& left, const Visit& right) { return left.place < right.place; });
+    std::sort(mFound.begin(), mFound.end(),
+              [](const Visit& left, const Visit& right) { return left.place < right.place; });
   }
   mOuter = std::exchange(unused.mPass, this);
 }
@@ -136,7 +138,8 @@ ZTSUnusedStyles::Pass::Place ZTSUnusedStyles::Pass::placeOf(const ZTSStyle& styl
 template <class Call>
 void ZTSUnusedStyles::Pass::forEachHeldStyle(Call call) const {
   const auto& identified = mStylesheet->mIdentifiedStyles;
-  for (auto entry = identified.begin(); entry != identified.end(); ++entry) call(Place{1} + entry.slot(), entry->style.get());
+  for (auto entry = identified.begin(); entry != identified.end(); ++entry)
+    call(Place{1} + entry.slot(), entry->style.get());
   const auto& anonymous = mStylesheet->mAnonymousStyles.table();
   for (auto entry = anonymous.begin(); entry != anonymous.end(); ++entry) {
     call((Place{1} << 32) + entry.slot(), entry->get());
@@ -152,7 +155,9 @@ void ZTSUnusedStyles::Pass::becameUnused(ZTSStyle& style) {
 
 void ZTSUnusedStyles::Pass::writeDownAllPlaces() {
   if (std::exchange(mHasAllPlaces, true)) return;
-  forEachHeldStyle([this](Place place, ZTSStyle* style) { mPlaces.try_emplace(style, Visit{place, Ref<ZTSStyle>(style)}); });
+  forEachHeldStyle([this](Place place, ZTSStyle* style) {
+    mPlaces.try_emplace(style, Visit{place, Ref<ZTSStyle>(style)});
+  });
 }
 
 }  // namespace zt

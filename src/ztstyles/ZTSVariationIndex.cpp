@@ -49,7 +49,8 @@ Ref<ZTSStyle> ZTSVariationIndexes::first(const Members& members, ZTSStylesheet* 
     while (!index->isStale()) {
       const Index::Slot slot = index->next(hashes, from);
       if (slot == Index::kNoSlot) return {};
-      if (const Ref<ZTSStyle> member = retainIfAlive(members.at(slot)); member && members.fits(*member, stylesheet, query)) {
+      if (const Ref<ZTSStyle> member = retainIfAlive(members.at(slot));
+          member && members.fits(*member, stylesheet, query)) {
         return member;
       }
       if (!index->isStale()) index->dismiss(hashes, slot);
@@ -57,14 +58,16 @@ Ref<ZTSStyle> ZTSVariationIndexes::first(const Members& members, ZTSStylesheet* 
     }
   }
   for (Index::Slot slot = 0; slot < members.slotCount(); ++slot) {
-    if (const Ref<ZTSStyle> member = retainIfAlive(members.at(slot)); member && members.fits(*member, stylesheet, query)) {
+    if (const Ref<ZTSStyle> member = retainIfAlive(members.at(slot));
+        member && members.fits(*member, stylesheet, query)) {
       return member;
     }
   }
   return {};
 }
 
-Ref<ZTSStyle> ZTSVariationIndexes::firstChildOf(ZTSStyle& base, const ZTSStylesheet& stylesheet, const ZTSVariationQuery& query) {
+Ref<ZTSStyle> ZTSVariationIndexes::firstChildOf(ZTSStyle& base, const ZTSStylesheet& stylesheet,
+                                                const ZTSVariationQuery& query) {
   const Ref<ZTSStyle> heldBase(&base);
   return first({&base, nullptr}, base.stylesheet(), stylesheet, query);
 }
@@ -137,7 +140,8 @@ void ZTSVariationIndexes::valueDies(ZTSStyle& value) noexcept {
 
 bool ZTSVariationIndexes::check(const ZTSStylesheet& stylesheet) const {
   for (const auto& [base, index] : mChildIndexes) {
-    if (base->stylesheet() != &stylesheet || !base->hasState(ZTSStyle::kHasVariationIndex) || !index->check()) return false;
+    if (base->stylesheet() != &stylesheet || !base->hasState(ZTSStyle::kHasVariationIndex) || !index->check())
+      return false;
   }
   return !mAnonymousIndex || mAnonymousIndex->check();
 }

@@ -41,7 +41,8 @@ class CleanupTest : public ::testing::Test {
 };
 
 TEST_F(CleanupTest, RemovesTheUnusedWhenTheOutermostGroupClosesAndUndoBringsThemBack) {
-  const Ref<ZTSStyle> body = add("body"), heading = add("heading", "body", true), draft = add({}, "heading"), note = add({}, "body");
+  const Ref<ZTSStyle> body = add("body"), heading = add("heading", "body", true), draft = add({}, "heading"),
+                      note = add({}, "body");
   sheet->enableUnusedStyleCleanup();
   host.undo->removeAllActions();
   userAction([&] {
@@ -110,7 +111,9 @@ TEST_F(CleanupTest, SurvivesWhatTheHostThrows) {
 
 TEST_F(CleanupTest, EndsTheRegistrationThatItMade) {
   const Ref<NSUndoManager> first = host.undo;
-  const auto isListening = [&] { return NSNotificationCenter::anyoneListens(NSUndoManagerWillCloseUndoGroupNotification, first.get()); };
+  const auto isListening = [&] {
+    return NSNotificationCenter::anyoneListens(NSUndoManagerWillCloseUndoGroupNotification, first.get());
+  };
   sheet->disableUnusedStyleCleanup();
   sheet->enableUnusedStyleCleanup();
   sheet->enableUnusedStyleCleanup();
@@ -153,11 +156,13 @@ TEST_F(CleanupTest, VisitsWhomAWalkOverASnapshotWouldVisit) {
     std::vector<Ref<ZTSStyle>> styles;
     for (int each = 0; each < 40; ++each) {
       const int kind = static_cast<int>(below(3));
-      styles.push_back(add(kind == 0 ? StringRef("s" + std::to_string(each)) : StringRef(), kind == 1 ? "s" + std::to_string(below(40)) : StringRef(), below(2) == 0));
+      styles.push_back(add(kind == 0 ? StringRef("s" + std::to_string(each)) : StringRef(),
+                           kind == 1 ? "s" + std::to_string(below(40)) : StringRef(), below(2) == 0));
       if (each == 20 && enabled) sheet->enableUnusedStyleCleanup();
     }
     for (int removed = 0; removed < 10; ++removed) sheet->removeStyle(styles[below(40)]);
-    for (const Ref<ZTSStyle>& style : styles) if (style->stylesheet() == nullptr && below(2) == 0) sheet->addStyle(style);
+    for (const Ref<ZTSStyle>& style : styles)
+      if (style->stylesheet() == nullptr && below(2) == 0) sheet->addStyle(style);
 
     const std::vector<Ref<ZTSStyle>> snapshot = sheet->styles().retainedSnapshot();
     std::vector<ZTSStyle*> expected;
@@ -175,7 +180,10 @@ TEST_F(CleanupTest, VisitsWhomAWalkOverASnapshotWouldVisit) {
         const Ref<ZTSStyle>& other = styles[below(40)];
         switch (below(8)) {
           case 0: other->incrementUsageCount(); break;
-          case 1: case 2: if (other->usageCount() != 0) other->decrementUsageCount(); break;
+          case 1:
+          case 2:
+            if (other->usageCount() != 0) other->decrementUsageCount();
+            break;
           case 3:
             if (other->stylesheet() != nullptr) sheet->removeStyle(other);
             if (below(2) == 0 && other->stylesheet() == nullptr) {  // leaves and returns
@@ -183,9 +191,15 @@ TEST_F(CleanupTest, VisitsWhomAWalkOverASnapshotWouldVisit) {
               sheet->addStyle(other);
             }
             break;
-          case 4: if (other->stylesheet() == nullptr) sheet->addStyle(other); break;
-          case 5: if (other->stylesheet() != nullptr && other->isIdentified()) sheet->anonymizeStyle(other); break;
-          case 6: if (other->stylesheet() != nullptr) sheet->identifyStyle(other, "n" + std::to_string(below(20))); break;
+          case 4:
+            if (other->stylesheet() == nullptr) sheet->addStyle(other);
+            break;
+          case 5:
+            if (other->stylesheet() != nullptr && other->isIdentified()) sheet->anonymizeStyle(other);
+            break;
+          case 6:
+            if (other->stylesheet() != nullptr) sheet->identifyStyle(other, "n" + std::to_string(below(20)));
+            break;
           case 7:
             add();  // joined since: not visited
             if (below(5) == 0) {

@@ -18,8 +18,8 @@ class IdentifyTest : public ::testing::Test {
     return style;
   }
   std::string taken(const ZTSStyle& holder, const ZTSStylesheet& sheet, const char* identifier) {
-    return format("Style <%@ %p> in stylesheet <%p> is already identified with identifier %@.", holder.classObject().name(),
-                  address(&holder), address(&sheet), identifier);
+    return format("Style <%@ %p> in stylesheet <%p> is already identified with identifier %@.",
+                  holder.classObject().name(), address(&holder), address(&sheet), identifier);
   }
   static Ref<ZTSStyle> ref(ZTSStyle& style) { return Ref<ZTSStyle>(&style); }
 
@@ -101,7 +101,8 @@ TEST_F(IdentifyTest, RefusesAnIdentifierThatIsTakenOrWouldCaptureAKeptChild) {
   scene.sheet->identifyStyle(ref(style), "b");
   scene.sheet->identifyStyle(ref(style), "a");
   scene.sheet->identifyStyleKeepingAllChildren(ref(style), "c", true);
-  EXPECT_THAT(reports.descriptions(), ElementsAre(taken(holder, *scene.sheet, "b"), taken(style, *scene.sheet, "a"), taken(captor, *lower, "c")));
+  EXPECT_THAT(reports.descriptions(), ElementsAre(taken(holder, *scene.sheet, "b"), taken(style, *scene.sheet, "a"),
+                                                  taken(captor, *lower, "c")));
   EXPECT_FALSE(scene.host.undo->canUndo());
   EXPECT_TRUE(style.identifier() == "a" && child.parent() == &style);
   scene.sheet->identifyStyle(ref(style), "c");  // nobody is kept, nobody is captured
@@ -135,15 +136,19 @@ TEST_F(IdentifyTest, ReportsWhatItIsNotGiven) {
   const void* sheet = address(scene.sheet.get());
   EXPECT_THAT(reports.descriptions(),
               ElementsAre(format("Stylesheet <%p> can't identify a nil style.", sheet),
-                          format("Stylesheet <%p> can't identify style <%@ %p> with a nil identifier.", sheet, "TestStyle", address(&style)),
-                          format("Children to keep are not a subset of the children of style <%@ %p>", "TestStyle", address(&style)),
+                          format("Stylesheet <%p> can't identify style <%@ %p> with a nil identifier.", sheet,
+                                 "TestStyle", address(&style)),
+                          format("Children to keep are not a subset of the children of style <%@ %p>", "TestStyle",
+                                 address(&style)),
                           format("Stylesheet <%p> can't identify a nil style.", sheet)));
   EXPECT_FALSE(scene.host.undo->canUndo());
   reports.takeReports();
   scene.sheet->anonymizeStyle(loose);
   EXPECT_THAT(reports.descriptions(),
-              ElementsAre(format("Stylesheet <%p> can't identify style <%@ %p> in stylesheet <%p>.", sheet, "TestStyle", address(loose.get()), address(nullptr)),
-                          format("Style <%@ %p> in stylesheet <%p> is already anonymous.", "TestStyle", address(loose.get()), sheet)));
+              ElementsAre(format("Stylesheet <%p> can't identify style <%@ %p> in stylesheet <%p>.", sheet, "TestStyle",
+                                 address(loose.get()), address(nullptr)),
+                          format("Style <%@ %p> in stylesheet <%p> is already anonymous.", "TestStyle",
+                                 address(loose.get()), sheet)));
   // Goes on with a style that is not held, without losing the one that is registered under its old identifier.
   loose->setIdentifier("a");
   scene.sheet->identifyStyle(loose, "c");

@@ -18,15 +18,15 @@ TEST(OverridesTest, KeepsWhatDiffersFromTheBase) {
     Entries expected;
   };
   const Case cases[] = {
-      {base, {{size, 10.0}}, {}, true, {}},                                   // what the base gives, and equal as a number
-      {base, {{size, 10}}, {{size, 10}}, true, {{size, 10}}},                 // overrides stay
-      {base, {{size, 9}}, {{size, 8}}, true, {{size, 8}}},                    // and win
+      {base, {{size, 10.0}}, {}, true, {}},                    // what the base gives, and equal as a number
+      {base, {{size, 10}}, {{size, 10}}, true, {{size, 10}}},  // overrides stay
+      {base, {{size, 9}}, {{size, 8}}, true, {{size, 8}}},     // and win
       {base, {{size, NSNull::null()}, {colour, NSNull::null()}}, {}, true, {{size, NSNull::null()}}},
-      {base, {{weight, NSNull::null()}}, {}, true, {}},                       // explicitly none on the base is none
+      {base, {{weight, NSNull::null()}}, {}, true, {}},  // explicitly none on the base is none
       {mine, {}, {}, true, {{colour, 3}}},
       {mine, {}, {}, false, {{size, 10}, {colour, 3}}},
       {mine, {{colour, 4}}, {}, true, {{colour, 4}}},
-      {mine, {{colour, 4}}, {}, false, {{size, 10}, {colour, 3}}},            // own entries are fixed, so they win
+      {mine, {{colour, 4}}, {}, false, {{size, 10}, {colour, 3}}},  // own entries are fixed, so they win
       {mine, {{size, 11}, {weight, 1}}, {{colour, 5}}, true, {{size, 11}, {colour, 5}, {weight, 1}}},
       {mine, {{colour, NSNull::null()}}, {}, true, {}},
   };
@@ -35,14 +35,19 @@ TEST(OverridesTest, KeepsWhatDiffersFromTheBase) {
     SCOPED_TRACE(number++);
     const Ref<PropertyMap> wanted = mapOf(each.wanted);
     const Ref<PropertyMap> overrides = mapOf(each.overrides);
-    const Ref<PropertyMap> result = each.style.overridePropertyMapWithPropertyMap(wanted.get(), overrides.get(), each.canCollapse);
+    const Ref<PropertyMap> result =
+        each.style.overridePropertyMapWithPropertyMap(wanted.get(), overrides.get(), each.canCollapse);
     EXPECT_TRUE(result->isEqual(*mapOf(each.expected))) << describe(*result);
     EXPECT_TRUE(each.style.overridePropertyMapWithPropertyMap(nullptr, nullptr, true) != nullptr);
   }
   ZTUAssertionRecorder reports;
   const Ref<TestStyle> alone = make<TestStyle>();
-  EXPECT_EQ(alone->overridePropertyMapWithPropertyMap(mapOf({{size, 1}, {weight, NSNull::null()}}).get(), nullptr, true)->count(), 1u);
-  EXPECT_THAT(reports.descriptions(), ::testing::ElementsAre(format("Cannot create variation of anonymous style <%p> with no parent.", address(alone.get()))));
+  EXPECT_EQ(alone->overridePropertyMapWithPropertyMap(mapOf({{size, 1}, {weight, NSNull::null()}}).get(), nullptr, true)
+                ->count(),
+            1u);
+  EXPECT_THAT(reports.descriptions(),
+              ::testing::ElementsAre(
+                  format("Cannot create variation of anonymous style <%p> with no parent.", address(alone.get()))));
 }
 
 TEST(OverridesTest, CollapsesAndClearsInOneUndoableStep) {
@@ -73,7 +78,8 @@ TEST(OverridesTest, CollapsesAndClearsInOneUndoableStep) {
 class OtherRegistry : public TestStyle {
  public:
   static const ZTSStyleClass& styleClass() {
-    static const auto* object = new ZTSStyleClassOf<OtherRegistry>("OtherRegistry", TestStyle::styleClass(), PropertySet::with({size, "else"}));
+    static const auto* object =
+        new ZTSStyleClassOf<OtherRegistry>("OtherRegistry", TestStyle::styleClass(), PropertySet::with({size, "else"}));
     return *object;
   }
   const ZTSStyleClass& classObject() const override { return styleClass(); }

@@ -50,10 +50,14 @@ class Walk {
     const auto standsForBase = [&](ZTSStyle* each) {
       return each != nullptr && (each == base || each == reachable || (base != nullptr && each->isEqual(base)));
     };
-    const auto isHere = [&](ZTSStyle& each) { return each.stylesheet() == &mSheet && each.isLocked() == request.isLocked; };
-    if (ZTSStyle* preferred = request.preferredStyle; preferred != nullptr && preferred->isLocked() == request.isLocked) {
+    const auto isHere = [&](ZTSStyle& each) {
+      return each.stylesheet() == &mSheet && each.isLocked() == request.isLocked;
+    };
+    if (ZTSStyle* preferred = request.preferredStyle;
+        preferred != nullptr && preferred->isLocked() == request.isLocked) {
       if (preferred->isIdentified() && standsForBase(preferred) && wanted == nullptr) return preferred;
-      if (preferred->isAnonymous() && standsForBase(preferred->parent()) && matches(*preferred, wanted)) return preferred;
+      if (preferred->isAnonymous() && standsForBase(preferred->parent()) && matches(*preferred, wanted))
+        return preferred;
     }
     if (base != nullptr && isHere(*base) && wanted == nullptr) return base;
     const auto mayAnswer = [&](ZTSStyle& each) { return request.canReuseIdentifiedChildren || each.isAnonymous(); };
@@ -67,15 +71,17 @@ class Walk {
 
   ZTSStyle* childOf(ZTSStyle& style, const PropertyMap& map, bool locked) const {
     for (ZTSStyle* child : style.children()) {
-      if (child->stylesheet() == &mSheet && child->isAnonymous() && child->isLocked() == locked && matches(*child, noneIfEmpty(map))) return child;
+      if (child->stylesheet() == &mSheet && child->isAnonymous() && child->isLocked() == locked &&
+          matches(*child, noneIfEmpty(map)))
+        return child;
     }
     return nullptr;
   }
 
   ZTSStyle* anonymousOf(const ZTSStyleClass& type, const StringRef& parent, const PropertyMap& map, bool locked) const {
     for (ZTSStyle* style : mSheet.anonymousStyles()) {
-      if (&style->classObject() == &type && style->isLocked() == locked && equalTexts(style->parentIdentifier(), parent) &&
-          matches(*style, noneIfEmpty(map))) {
+      if (&style->classObject() == &type && style->isLocked() == locked &&
+          equalTexts(style->parentIdentifier(), parent) && matches(*style, noneIfEmpty(map))) {
         return style;
       }
     }
@@ -101,7 +107,8 @@ class VariationIndexTest : public ::testing::Test {
     for (int each = 0; each < 6; ++each) {
       Ref<ZTSStyle> value;
       if (each < 4) {
-        value = make<TestStyle>({.name = each == 3 ? "named" : StringRef(), .overridePropertyMap = mapOf({{size, each / 2}}).get()});
+        value = make<TestStyle>(
+            {.name = each == 3 ? "named" : StringRef(), .overridePropertyMap = mapOf({{size, each / 2}}).get()});
       } else {
         value = make<Loose>();
       }
@@ -116,7 +123,8 @@ class VariationIndexTest : public ::testing::Test {
   void tidy() {
     for (std::size_t base = 0; base < 3; ++base) {
       const StringRef identifier("b" + std::to_string(base));
-      if (scene.sheet->styleWithIdentifier(identifier) == nullptr) scene.sheet->addStyle(make<TestStyle>({.identifier = identifier}));
+      if (scene.sheet->styleWithIdentifier(identifier) == nullptr)
+        scene.sheet->addStyle(make<TestStyle>({.identifier = identifier}));
       pool[base] = scene.sheet->styleWithIdentifier(identifier);
     }
     for (ZTSStylesheet* sheet : {scene.sheet.get(), lower.get()}) {
@@ -134,7 +142,8 @@ class VariationIndexTest : public ::testing::Test {
     Ref<PropertyMap> map = PropertyMap::make();
     for (int entries = below(3); entries > 0; --entries) {
       if (const int kind = below(7); kind < 2) {
-        map->set(kind == 0 ? list : label, below(8) == 0 ? Ref<NSObject>(NSNull::null()) : Ref<NSObject>(values[static_cast<std::size_t>(below(6))]));
+        map->set(kind == 0 ? list : label, below(8) == 0 ? Ref<NSObject>(NSNull::null())
+                                                         : Ref<NSObject>(values[static_cast<std::size_t>(below(6))]));
       } else {
         map->set(kind < 5 ? size : weight, Value(below(3)).object);
       }
@@ -143,8 +152,10 @@ class VariationIndexTest : public ::testing::Test {
   }
   void keep(const Ref<ZTSStyle>& style) {
     if (!style) return;
-    if (pool.size() < 150) pool.push_back(style);
-    else pool[static_cast<std::size_t>(3 + below(147))] = style;
+    if (pool.size() < 150)
+      pool.push_back(style);
+    else
+      pool[static_cast<std::size_t>(3 + below(147))] = style;
   }
 
   /// One search, in both ways.
@@ -170,7 +181,8 @@ class VariationIndexTest : public ::testing::Test {
     } else {
       const Ref<PropertyMap> overrides = below(4) == 0 ? anyMap() : Ref<PropertyMap>();
       Ref<ZTSStyle> style(&anyStyle());
-      if (below(3) == 0 || (style->isAnonymous() && style->parent() == nullptr && below(10) != 0)) style = pool[static_cast<std::size_t>(below(3))];
+      if (below(3) == 0 || (style->isAnonymous() && style->parent() == nullptr && below(10) != 0))
+        style = pool[static_cast<std::size_t>(below(3))];
       const StyleVariationRequest request{.preferredStyle = below(4) == 0 ? &anyStyle() : nullptr,
                                           .propertyMap = map.get(),
                                           .overridePropertyMap = overrides.get(),
@@ -203,26 +215,42 @@ class VariationIndexTest : public ::testing::Test {
       case 2: style->setValueForProperty(Value(below(4)), size); break;
       case 3: style->setIsLocked(below(5) == 0); break;
       case 4: style->setParentIdentifier(anyBase()); break;
-      case 5: case 6:
-        if (sheet && (style->isAnonymous() || below(4) == 0)) sheet->removeStyle(style);
-        else if (!sheet) anySheet().addStyle(style);
+      case 5:
+      case 6:
+        if (sheet && (style->isAnonymous() || below(4) == 0))
+          sheet->removeStyle(style);
+        else if (!sheet)
+          anySheet().addStyle(style);
         break;
       case 7:
-        if (sheet) sheet->identifyStyleKeepingAllChildren(style, below(3) == 0 ? anyBase() : StringRef("i" + std::to_string(below(30))), below(2) == 0);
+        if (sheet)
+          sheet->identifyStyleKeepingAllChildren(
+              style, below(3) == 0 ? anyBase() : StringRef("i" + std::to_string(below(30))), below(2) == 0);
         break;
-      case 8: if (sheet && style->isIdentified()) sheet->anonymizeStyle(style); break;
+      case 8:
+        if (sheet && style->isIdentified()) sheet->anonymizeStyle(style);
+        break;
       case 9: Chameleon::sShown = below(3); break;
       case 10: {  // a style that others hold as a value
         ZTSStyle& value = *values[static_cast<std::size_t>(below(6))];
-        if (below(3) == 0) value.setIsLocked(below(2) == 0);
+        if (below(3) == 0)
+          value.setIsLocked(below(2) == 0);
         else if (value.stylesheet() != nullptr && below(3) == 0) {
-          if (value.isIdentified()) value.stylesheet()->anonymizeStyle(Ref<ZTSStyle>(&value));
-          else value.stylesheet()->identifyStyle(Ref<ZTSStyle>(&value), "v" + std::to_string(below(9)));
-        } else value.setValueForProperty(Value(below(2)), size);
+          if (value.isIdentified())
+            value.stylesheet()->anonymizeStyle(Ref<ZTSStyle>(&value));
+          else
+            value.stylesheet()->identifyStyle(Ref<ZTSStyle>(&value), "v" + std::to_string(below(9)));
+        } else
+          value.setValueForProperty(Value(below(2)), size);
         break;
       }
-      case 11: case 12: if (scene.host.undo->canUndo()) scene.undo(); break;
-      case 13: if (scene.host.undo->canRedo()) scene.redo(); break;
+      case 11:
+      case 12:
+        if (scene.host.undo->canUndo()) scene.undo();
+        break;
+      case 13:
+        if (scene.host.undo->canRedo()) scene.redo();
+        break;
     }
   }
 
@@ -240,8 +268,10 @@ TEST_F(VariationIndexTest, AnswersTheVeryStyleThatAWalkWouldFind) {
   ZTULogRecorder logs;
   for (int step = 0; step < 24000 && !HasFailure(); ++step) {
     SCOPED_TRACE(step);
-    if (below(2) == 0) changeSomething();
-    else compareSearches();
+    if (below(2) == 0)
+      changeSomething();
+    else
+      compareSearches();
     if (step % 50 == 0) {
       ASSERT_TRUE(scene.sheet->indexesAreRight() && lower->indexesAreRight());
       reports.takeReports();
@@ -289,10 +319,13 @@ TEST_F(VariationIndexTest, OutlivesItsBaseItsStylesheetAndTheStylesThatAreValues
 }
 
 TEST_F(VariationIndexTest, FindsAnonymousStylesWhoseLinkDoesNotFollowTheirPlace) {
-  const auto find = [&](int each) { return scene.sheet->anonymousStyleOfClass(TestStyle::styleClass(), "b0", mapOf({{size, each}}).get(), false); };
+  const auto find = [&](int each) {
+    return scene.sheet->anonymousStyleOfClass(TestStyle::styleClass(), "b0", mapOf({{size, each}}).get(), false);
+  };
   for (int each = 0; each < 40; ++each) find(each);
   // Linked before it is added, so that adding does not change the link.
-  const Ref<ZTSStyle> style = make<TestStyle>({.parentIdentifier = "b0", .overridePropertyMap = mapOf({{size, 50}}).get()});
+  const Ref<ZTSStyle> style =
+      make<TestStyle>({.parentIdentifier = "b0", .overridePropertyMap = mapOf({{size, 50}}).get()});
   style->p_setStylesheet(scene.sheet.get());
   scene.sheet->addStyle(style);
   EXPECT_EQ(find(50), style);

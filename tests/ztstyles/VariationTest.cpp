@@ -9,7 +9,8 @@ using ::testing::ElementsAre;
 
 class VariationTest : public ::testing::Test {
  protected:
-  Ref<ZTSStyle> vary(ZTSStyle& style, std::initializer_list<std::pair<PropertyKey, Value>> values, StyleVariationRequest request = {}) {
+  Ref<ZTSStyle> vary(ZTSStyle& style, std::initializer_list<std::pair<PropertyKey, Value>> values,
+                     StyleVariationRequest request = {}) {
     const Ref<PropertyMap> map = mapOf(values);
     request.propertyMap = map.get();
     return scene.sheet->variationOfStyle(&style, request);
@@ -63,7 +64,7 @@ TEST_F(VariationTest, TakesTheCandidatesInTheirOrder) {
   EXPECT_EQ(vary(base, {{size, 12}}), &identified);  // enumerated first
   EXPECT_EQ(vary(base, {{size, 12}}, {.canReuseIdentifiedChildren = false}), &first);
   EXPECT_EQ(vary(base, {{size, 12}}, {.preferredStyle = &second}), &second);
-  EXPECT_EQ(vary(second, {}), &second);              // the style itself before its siblings
+  EXPECT_EQ(vary(second, {}), &second);  // the style itself before its siblings
   EXPECT_EQ(vary(base, {{size, 13}}, {.preferredStyle = &second})->overridePropertyMap()->count(), 1u);
 
   // An identified preferred style fits only where it stands for the base and nothing is wanted.
@@ -71,7 +72,7 @@ TEST_F(VariationTest, TakesTheCandidatesInTheirOrder) {
   EXPECT_EQ(vary(base, {}, {.preferredStyle = twin.get()}), twin);
   EXPECT_EQ(vary(base, {}, {.preferredStyle = &plain}), &base);
   EXPECT_EQ(vary(base, {{size, 12}}, {.preferredStyle = &identified}), &identified);  // as the first child
-  EXPECT_EQ(vary(plain, {}, {.canReuseIdentifiedChildren = false}), &plain);          // the base is answered all the same
+  EXPECT_EQ(vary(plain, {}, {.canReuseIdentifiedChildren = false}), &plain);  // the base is answered all the same
 
   EXPECT_EQ(scene.sheet->anonymousChildOfStyle(&base, mapOf({{size, 12}}).get(), false), &first);
   EXPECT_EQ(scene.sheet->anonymousChildOfStyle(&base, nullptr, false), nullptr);
@@ -81,7 +82,9 @@ TEST_F(VariationTest, TakesTheCandidatesInTheirOrder) {
 TEST_F(VariationTest, CollapsesOrCarriesWhatAnAnonymousStyleOverrides) {
   TestStyle& style = scene.style({}, "base", {{size, 10}, {colour, 1}});
   EXPECT_TRUE(vary(style, {{weight, 2}})->overridePropertyMap()->isEqual(*mapOf({{colour, 1}, {weight, 2}})));
-  EXPECT_TRUE(vary(style, {{weight, 2}}, {.canCollapse = false})->overridePropertyMap()->isEqual(*mapOf({{size, 10}, {colour, 1}, {weight, 2}})));
+  EXPECT_TRUE(vary(style, {{weight, 2}}, {.canCollapse = false})
+                  ->overridePropertyMap()
+                  ->isEqual(*mapOf({{size, 10}, {colour, 1}, {weight, 2}})));
 }
 
 /// The application's list style, where its class is looked for.
@@ -107,7 +110,8 @@ TEST_F(VariationTest, SaysWhatIsWrongAndGoesOn) {
   reports.takeReports();
 
   TestStyle& orphan = scene.style({}, "nowhere", {{size, 1}});
-  const std::string noParent = format("Cannot create variation of anonymous style <%p> with no parent.", address(&orphan));
+  const std::string noParent =
+      format("Cannot create variation of anonymous style <%p> with no parent.", address(&orphan));
   EXPECT_EQ(vary(orphan, {}), &orphan);
   EXPECT_FALSE(vary(orphan, {{size, 2}})->parentIdentifier().isPresent());
   EXPECT_THAT(reports.descriptions(), ElementsAre(noParent, noParent, noParent, noParent));
@@ -119,8 +123,10 @@ TEST_F(VariationTest, SaysWhatIsWrongAndGoesOn) {
   elsewhere.style("list-default");
   TestStyle& varied = elsewhere.style({}, "base", {{weight, 1}});
   const auto differs = [&](ZTSStyle& style, ZTSStyle* its, ZTSStyle* reachable) {
-    return format("In creating variation of style <%p> in stylesheet <%p>; base style <%p> and reachable base style <%p> are not equivalent.",
-                  address(&style), address(style.stylesheet()), address(its), address(reachable));
+    return format(
+        "In creating variation of style <%p> in stylesheet <%p>; base style <%p> and reachable base style <%p> are not "
+        "equivalent.",
+        address(&style), address(style.stylesheet()), address(its), address(reachable));
   };
   const Ref<ZTSStyle> here = vary(varied, {});
   EXPECT_EQ(here->parent(), &base);
@@ -140,7 +146,9 @@ TEST_F(VariationTest, SaysWhatIsWrongAndGoesOn) {
 }
 
 TEST_F(VariationTest, FindsOrMakesAnonymousStylesOfAClass) {
-  const auto find = [&](const ZTSStyleClass& type, const PropertyMap* map) { return scene.sheet->anonymousStyleOfClass(type, "base", map, false); };
+  const auto find = [&](const ZTSStyleClass& type, const PropertyMap* map) {
+    return scene.sheet->anonymousStyleOfClass(type, "base", map, false);
+  };
   const Ref<ZTSStyle> bare = find(TestStyle::styleClass(), nullptr);
   EXPECT_EQ(find(TestStyle::styleClass(), PropertyMap::make().get()), bare);
   EXPECT_NE(find(TestAggregate::styleClass(), nullptr), bare);
@@ -158,8 +166,10 @@ TEST_F(VariationTest, FindsOrMakesAnonymousStylesOfAClass) {
 
 TEST_F(VariationTest, AddsAndRemovesWhatAStyleRefersTo) {
   const Ref<ZTSStyle> shared = make<TestStyle>({.identifier = "shared"});
-  const Ref<ZTSStyle> middle = make<TestAggregate>({.identifier = "middle", .overridePropertyMap = mapOf({{list, *shared}}).get()});
-  const Ref<ZTSStyle> top = make<TestAggregate>({.identifier = "top", .overridePropertyMap = mapOf({{list, *shared}, {label, *middle}}).get()});
+  const Ref<ZTSStyle> middle =
+      make<TestAggregate>({.identifier = "middle", .overridePropertyMap = mapOf({{list, *shared}}).get()});
+  const Ref<ZTSStyle> top = make<TestAggregate>(
+      {.identifier = "top", .overridePropertyMap = mapOf({{list, *shared}, {label, *middle}}).get()});
   middle->setValueForProperty(Ref<NSObject>(top), label);  // a cycle
   Log log;
   SheetRecorder recorder(log, "sheet");
@@ -181,8 +191,9 @@ TEST_F(VariationTest, AddsAndRemovesWhatAStyleRefersTo) {
   EXPECT_EQ(top->stylesheet(), scene.sheet.get());
   EXPECT_EQ(reports.takeReports().size(), 4u);  // from two references
   scene.sheet->removeStyleAndReferencedStyles(middle);
-  EXPECT_THAT(reports.descriptions()[0], format("Attempt to remove a style <%@ %p> with stylesheet <%p> from stylesheet <%p>.", "TestStyle",
-                                                address(shared.get()), address(elsewhere.sheet.get()), address(scene.sheet.get())));
+  EXPECT_THAT(reports.descriptions()[0],
+              format("Attempt to remove a style <%@ %p> with stylesheet <%p> from stylesheet <%p>.", "TestStyle",
+                     address(shared.get()), address(elsewhere.sheet.get()), address(scene.sheet.get())));
   EXPECT_EQ(reports.reports().size(), 4u);
   EXPECT_EQ(top->stylesheet(), nullptr);
   reports.takeReports();

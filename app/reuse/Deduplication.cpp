@@ -1,0 +1,88 @@
+#include <app/reuse/Deduplication.h>
+
+#include <app/reuse/FormattingRequest.h>
+
+namespace zt {
+
+Deduplication::Deduplication(ZTDocument& document) : mDocument(document) {
+  ZTSStylesheet& sheet = document.stylesheet();
+  document.undoManager()->disableUndoRegistration();
+  sheet.setIsChangeCommunicationEnabled(false);
+
+  std::vector<std::pair<Ref<OdfStyle>, Ref<PropertyMap>>> replayed;  // with what they look like
+  for (const Ref<ZTSStyle>& style : sheet.anonymousStyles().retainedSnapshot()) {
+    OdfStyle* odfStyle = asOdfStyle(static_cast<NSObject*>(style.get()));
+    if (odfStyle == nullptr) continue;
+    const Ref<PropertyMap> appearance = PropertyMap::make();
+    if (const Ref<PropertyMap> all = style->propertyMap()) {
+      for (const PropertyMap::Entry& entry : *all) {
+        if (const Ref<NSObject> value = style->valueForProperty(entry.key)) appearance->set(entry.key, value);
+      }
+    }
+    replayed.emplace_back(Ref<OdfStyle>(odfStyle), appearance);
+  }
+  for (const auto& [style, appearance] : replayed) sheet.removeStyle(style);
+  for (const auto& [style, appearance] : replayed) replay(*style, *appearance);
+
+  sheet.setIsChangeCommunicationEnabled(true);
+  document.undoManager()->enableUndoRegistration();
+}
+
+void Deduplication::replay(OdfStyle& style, const PropertyMap& appearance) {
+  ZTSStylesheet& sheet = mDocument.stylesheet();
+  Counts& counts = mByFamily[style.familyName()];
+  ++counts.before;
+  // What the style refers to has been replayed before it.
+  const auto nowIn = [this](const Ref<NSObject>& value) {
+    const auto found = mReplaced.find(asStyle(value.get()));
+    return found != mReplaced.end() ? Ref<NSObject>(found->second) : value;
+  };
+  const Ref<PropertyMap> values = PropertyMap::make();
+  if (const Ref<const PropertyMap> own = style.overridePropertyMap()) {
+    for (const PropertyMap::Entry& entry : *own) values->set(entry.key, nowIn(entry.value));
+  }
+  const FormattingRequest request(*values);
+  const Ref<ZTSStyle> base(sheet.cascadedStyleWithIdentifier(style.parentIdentifier()));
+  const std::size_t before = sheet.anonymousStyles().count();
+  const auto start = std::chrono::steady_clock::now();
+  const Ref<ZTSStyle> answer = sheet.variationOfStyle(base.get(), {.propertyMap = request.values.get(),
+                                                                   .overridePropertyMap = request.overrides.get(),
+                                                                   .isLocked = style.isLocked()});
+  mTime += std::chrono::steady_clock::now() - start;
+  if (!answer) return;
+
+  const bool wasMade = sheet.anonymousStyles().count() != before;
+  ++(wasMade ? counts.made : counts.found);
+  const std::string label = mDocument.labelOf(style);
+  if (wasMade) mLabels[answer.get()] = label;
+  const auto known = mLabels.find(answer.get());
+  mAnswers.push_back({label, known != mLabels.end() ? known->second : mDocument.labelOf(*answer), wasMade});
+  mKept.push_back(answer);
+
+  for (const PropertyMap::Entry& entry : appearance) {
+    const Ref<NSObject> value = answer->valueForProperty(entry.key);
+    if (sameOrEqual(nowIn(entry.value).get(), value.get())) continue;
+    ++counts.different;
+    break;
+  }
+  mReplaced[&style] = answer;
+  style.replaceWithStyle(answer.get());
+  // What is counted now are the uses in the text: all styles that referred to this one have gone over.
+  while (style.usageCount() != 0) {
+    style.decrementUsageCount();
+    answer->incrementUsageCount();
+  }
+}
+
+Deduplication::Counts Deduplication::total() const {
+  Counts total;
+  for (const auto& [family, counts] : mByFamily) {
+    total.before += counts.before;
+    total.found += counts.found;
+    total.made += counts.made;
+    total.different += counts.different;
+  }
+  return total;
+}
+
+}  // namespace zt
