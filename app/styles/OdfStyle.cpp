@@ -34,7 +34,8 @@ const ZTSStyleClass& OdfStyle::styleClass() {
 }
 
 bool OdfStyle::initWithName(const ZTSStyleFields& fields) {
-  const Ref<const PropertyMap> stored = truePropertyMapFromPropertyMap(Ref<const PropertyMap>(fields.overridePropertyMap));
+  const Ref<const PropertyMap> stored =
+      truePropertyMapFromPropertyMap(Ref<const PropertyMap>(fields.overridePropertyMap));
   ZTSStyleFields storedFields = fields;
   storedFields.overridePropertyMap = stored.get();
   return ZTSAggregateStyle::initWithName(storedFields);

@@ -24,4 +24,7 @@ struct PropertyGroup {
 
 std::span<const PropertyGroup> propertyGroups();
 
+/// The rows of style:graphic-properties, which are as many as those of all others but text.
+std::span<const PropertyRow> graphicPropertyRows();
+
 }  // namespace zt

@@ -18,6 +18,8 @@ class Explained {
     for (const Json& style : mJson["styles"]) {
       const std::string family = style["family"];
       const bool isAutomatic = style["kind"] == "automatic";
+      // The samples are of the body: its part counts where both parts use a name for automatic styles.
+      if (isAutomatic && style["part"] == "styles.xml" && automatic(family, style["name"]) != nullptr) continue;
       mStyles[(isAutomatic ? "automatic:" : "named:") + family + ':' + style["name"].get<std::string>()] = &style;
     }
   }
@@ -67,6 +69,21 @@ std::string text(const Found& found) {
   return found.property["value"].is_null() ? std::string() : found.property["value"].get<std::string>();
 }
 
+// The nearest font that is declared: an undeclared name says nothing, so that what it hides shows through.
+std::optional<Found> findFont(const Explained& document, const Applied& styles) {
+  for (std::size_t index = 0; index < styles.size(); ++index) {
+    const Json& style = *styles[index];
+    if (!style["properties"].contains("text.style.font-name")) continue;
+    for (const Json& entry : style["properties"]["text.style.font-name"]["entries"]) {
+      if (document.fontFamily(entry["value"].get<std::string>()).empty()) continue;
+      const auto& chain = style["chain"];
+      const auto level = std::find(chain.begin(), chain.end(), entry["style"]);
+      return Found{entry, {index, static_cast<std::size_t>(level - chain.begin())}};
+    }
+  }
+  return std::nullopt;
+}
+
 // The value in the office's terms, null where the file does not say.
 Json officeValue(const Explained& document, const Applied& styles, const std::string& name) {
   const auto get = [&](const std::string& key) { return find(styles, key); };
@@ -83,7 +100,7 @@ Json officeValue(const Explained& document, const Applied& styles, const std::st
     return base.is_null() ? base : Json(base.get<double>() * size->property["percent"].get<double>() / 100);
   }
   if (name == "font-name") {
-    const auto font = get("text.style.font-name");
+    const auto font = findFont(document, styles);
     const auto family = get("text.fo.font-family");
     if (family && (!font || family->distance < font->distance)) {
       const std::string quoted = text(*family);
@@ -110,6 +127,8 @@ Json officeValue(const Explained& document, const Applied& styles, const std::st
   }
   if (name == "underline") {
     const auto style = get("text.style.text-underline-style");
+    const auto type = get("text.style.text-underline-type");
+    if (style && text(*style) == "solid" && type && text(*type) == "double") return "double";
     return !style ? Json() : text(*style) == "solid" ? Json("single") : Json(text(*style));
   }
   if (name == "keep-with-next") {
@@ -124,15 +143,29 @@ Json officeValue(const Explained& document, const Applied& styles, const std::st
                                      : Json(text(*align));
   }
   if (name == "line-height") {
-    const auto height = get("paragraph.fo.line-height");
-    return height ? Json(text(*height)) : Json();
+    std::optional<Found> nearest;
+    std::string prefix;
+    for (const auto& [key, word] : {std::pair{"paragraph.fo.line-height", "exactly:"},
+                                    {"paragraph.style.line-height-at-least", "at-least:"},
+                                    {"paragraph.style.line-spacing", "leading:"}}) {
+      const auto height = get(key);
+      if (!height || (nearest && nearest->distance <= height->distance)) continue;
+      nearest = height;
+      prefix = word;
+    }
+    if (!nearest) return {};
+    if (text(*nearest) == "normal") return "100%";
+    if (nearest->property["kind"] != "length") return text(*nearest);
+    return prefix + std::to_string(std::lround(nearest->property["mm"].get<double>() * 100));
   }
   if (name == "break") {
-    const auto before = get("paragraph.fo.break-before");
-    return !before                   ? Json()
-           : text(*before) == "page" ? Json("page-before")
-           : text(*before) == "auto" ? Json("none")
-                                     : Json(text(*before));
+    std::string sides;
+    for (const char* side : {"before", "after"}) {
+      const auto found = get(std::string("paragraph.fo.break-") + side);
+      if (found && text(*found) != "auto") sides = sides.empty() ? text(*found) + '-' + side : text(*found) + "-both";
+      if (found && sides.empty()) sides = "none";
+    }
+    return sides.empty() ? Json() : Json(sides);
   }
   if (name == "master-page") {
     const auto page = get("style.style.master-page-name");
@@ -161,13 +194,35 @@ std::size_t compare(const Explained& document, const Applied& styles, const Json
   return compared;
 }
 
+// None where the text refers to a paragraph style that the document does not have.
+Applied appliedStyles(const Explained& document, const Json& sample) {
+  const auto find = [&](const char* family, const std::string& name, bool isAutomatic) {
+    return isAutomatic ? document.automatic(family, name) : document.named(family, name);
+  };
+  const Json* paragraph = find("paragraph", sample["paragraph_style"], sample["paragraph_style_is_automatic"]);
+  if (paragraph == nullptr) return {};
+  Applied applied = {paragraph};
+  for (const Json& span : sample.value("spans", Json::array())) {
+    if (const Json* style = find("text", span["style"], span["automatic"])) applied.insert(applied.begin(), style);
+  }
+  return applied;
+}
+
+// Every document beside which an answer lies is compared, so that more can be put there.
 TEST(TruthTest, ExplainedValuesAreThoseThatAnOfficeProgramShows) {
   std::size_t compared = 0;
-  for (const std::string name : {"01-tiny-blank-page", "02-tiny-address-label", "03-small-invoice",
-                                 "05-medium-markup-writer", "08-medium-font-features"}) {
-    const Json truth = readJson(dataPath(name + ".truth.json"));
-    const auto flatFile = dataPath(name + ".fodt");
-    const Explained document(std::filesystem::exists(flatFile) ? flatFile : dataPath(name));
+  std::size_t documents = 0;
+  for (const auto& file : std::filesystem::directory_iterator(dataPath(""))) {
+    const std::string fileName = file.path().filename().string();
+    if (!fileName.ends_with(".truth.json")) continue;
+    ++documents;
+    const std::string name = fileName.substr(0, fileName.size() - std::string(".truth.json").size());
+    const Json truth = readJson(file.path());
+    auto path = dataPath(name);
+    for (const char* ending : {".fodt", ".odt", ".ott"}) {
+      if (std::filesystem::exists(dataPath(name + ending))) path = dataPath(name + ending);
+    }
+    const Explained document(path);
     for (const auto& [family, styles] : truth["styles"].items()) {
       for (const auto& [styleName, expected] : styles.items()) {
         const Json* style = document.named(family, styleName);
@@ -184,23 +239,13 @@ TEST(TruthTest, ExplainedValuesAreThoseThatAnOfficeProgramShows) {
       }
     }
     for (const Json& sample : truth["sample"]) {
-      Applied applied;
-      if (sample.contains("spans")) {
-        for (const Json& span : sample["spans"]) {
-          const Json* style =
-              span["automatic"] ? document.automatic("text", span["style"]) : document.named("text", span["style"]);
-          if (style != nullptr) applied.insert(applied.begin(), style);
-        }
-      }
-      const std::string paragraph = sample["paragraph_style"];
-      const Json* style = sample["paragraph_style_is_automatic"] ? document.automatic("paragraph", paragraph)
-                                                                 : document.named("paragraph", paragraph);
-      ASSERT_NE(style, nullptr) << name << ' ' << paragraph;
-      applied.push_back(style);
-      compared += compare(document, applied, sample,
-                          name + " sample " + paragraph + " '" + sample["text"].get<std::string>() + '\'');
+      const Applied applied = appliedStyles(document, sample);
+      const std::string label = name + " sample " + sample["paragraph_style"].get<std::string>() + " '" +
+                                sample["text"].get<std::string>() + '\'';
+      if (!applied.empty()) compared += compare(document, applied, sample, label);
     }
   }
+  EXPECT_GE(documents, 5u);
   EXPECT_GT(compared, 2500u);
 }
 
