@@ -22,6 +22,15 @@ std::string_view originKindName(StyleOrigin::Kind kind) {
   return "made";
 }
 
+std::optional<StyleOrigin::Kind> originKindNamed(std::string_view word) {
+  using Kind = StyleOrigin::Kind;
+  for (const Kind kind :
+       {Kind::made, Kind::defaultStyle, Kind::named, Kind::automatic, Kind::listStyle, Kind::listLevel}) {
+    if (originKindName(kind) == word) return kind;
+  }
+  return std::nullopt;
+}
+
 const ZTClass& ZTDocument::appDocumentClass() {
   static const auto* object = new ZTClass("ZTDocument", &NSDocument::documentClass(), &typeid(ZTDocument));
   return *object;
@@ -44,6 +53,21 @@ Ref<ZTDocument> ZTDocument::create() {
     document->mDefaults->addStyle(makeFamilyStyle(family, {.identifier = identifier}));
   }
   document->mUndoManager->enableUndoRegistration();
+  return document;
+}
+
+Ref<ZTDocument> ZTDocument::withStylesheet(Ref<ZTSStylesheet> stylesheet) {
+  Ref<ZTDocument> document = create();
+  document->mStylesheet->setParent({});
+  if (stylesheet->parent() != nullptr) {
+    document->mDefaults = stylesheet->parent();
+    document->mDefaults->setHost(document.get());
+  } else {
+    stylesheet->setParent(document->mDefaults);
+  }
+  document->mStylesheet = std::move(stylesheet);
+  document->mStylesheet->setHost(document.get());
+  document->mUndoManager->removeAllActions();
   return document;
 }
 
@@ -93,6 +117,11 @@ void ZTDocument::recordOrigin(Ref<OdfStyle> style, StyleOrigin origin) {
   }
   mOrigins[style.get()] = std::move(origin);
   mReadStyles.push_back(std::move(style));
+}
+
+void ZTDocument::countUses(OdfStyle& style, std::size_t uses) {
+  for (std::size_t count = 0; count < uses; ++count) style.incrementUsageCount();
+  if (const auto found = mOrigins.find(&style); found != mOrigins.end()) found->second.uses += uses;
 }
 
 const StyleOrigin* ZTDocument::originOf(const ZTSStyle& style) const {

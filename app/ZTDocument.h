@@ -9,6 +9,7 @@
 #include <ztstyles/ZTSStylesheetHost.h>
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -31,10 +32,13 @@ struct StyleOrigin {
   std::size_t part = 0;  ///< index into the document's parts
   int line = 0;          ///< 0 if made
   std::string name;      ///< style:name; of a level, that of its list style and its number
+  std::size_t uses = 0;  ///< how often the text uses the style, as `countUses` was told
 };
 
 /// The word for a kind: "named", "automatic", ...
 std::string_view originKindName(StyleOrigin::Kind kind);
+/// The kind that such a word names, or none.
+std::optional<StyleOrigin::Kind> originKindNamed(std::string_view word);
 
 /// A document: it owns its undo manager, its stylesheet and a stylesheet of defaults above that, and
 /// serves both as host. What the reader found out about its styles, and which names its parts use
@@ -43,6 +47,10 @@ class ZTDocument final : public NSDocument, public ZTSStylesheetHost {
  public:
   /// An empty document with a root style for each family of OpenDocument in its defaults.
   static Ref<ZTDocument> create();
+
+  /// A document around a stylesheet that was read, which it serves as host from now on, with its parent. A
+  /// stylesheet without parent gets the defaults of an empty document.
+  static Ref<ZTDocument> withStylesheet(Ref<ZTSStylesheet> stylesheet);
 
   [[nodiscard]] NSUndoManager* undoManager() const override { return mUndoManager.get(); }
   [[nodiscard]] NSDocument* document() const override { return const_cast<ZTDocument*>(this); }
@@ -89,6 +97,8 @@ class ZTDocument final : public NSDocument, public ZTSStylesheetHost {
 
   /// Notes where a style came from, and the name of an automatic style in its part.
   void recordOrigin(Ref<OdfStyle> style, StyleOrigin origin);
+  /// Counts uses by the text on a style.
+  void countUses(OdfStyle& style, std::size_t uses);
   /// None for a style that was not read.
   [[nodiscard]] const StyleOrigin* originOf(const ZTSStyle& style) const;
   [[nodiscard]] SourcePlace placeOf(const ZTSStyle& style) const;

@@ -52,6 +52,19 @@ bool ZTAXMLUnarchiver::looksLikeArchive(std::string_view bytes) noexcept {
   return ztaBeginning(bytes, 4096).find(xml::view(CorvaleNamespace.href)) != std::string::npos;
 }
 
+NSObject* ZTAXMLUnarchiver::metadataForKey(std::string_view key) const {
+  auto found = mState->metadata.find(key);
+  return found == mState->metadata.end() ? nullptr : found->second.get();
+}
+
+void ZTAXMLUnarchiver::setMetadataForKey(Ref<NSObject> entry, std::string_view key) {
+  if (entry) {
+    mState->metadata.insert_or_assign(std::string(key), std::move(entry));
+  } else if (auto found = mState->metadata.find(key); found != mState->metadata.end()) {
+    mState->metadata.erase(found);
+  }
+}
+
 std::uint64_t ZTAXMLUnarchiver::version() const noexcept { return mState->version; }
 const std::string& ZTAXMLUnarchiver::fileName() const noexcept { return mState->options.fileName; }
 const std::vector<Ref<ZTAError>>& ZTAXMLUnarchiver::findings() const noexcept { return mState->findings; }

@@ -63,6 +63,16 @@ class ZT_EXPORT ZTAXMLUnarchiver : public NSObject {
   /// All of them, those included that were not kept.
   [[nodiscard]] std::size_t findingCount() const noexcept;
 
+  /// @name Metadata
+  /// Entries that the application leaves for the objects that are read.
+  /// @{
+
+  /// Borrowed; none without an entry.
+  [[nodiscard]] NSObject* metadataForKey(std::string_view key) const;
+  /// None removes the entry.
+  void setMetadataForKey(Ref<NSObject> entry, std::string_view key);
+  /// @}
+
   /// @name For objects that read themselves
   /// @{
 

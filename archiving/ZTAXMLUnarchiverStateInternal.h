@@ -7,6 +7,7 @@
 #include <boost/unordered/unordered_flat_map.hpp>
 #include <boost/unordered/unordered_flat_set.hpp>
 
+#include <map>
 #include <utility>
 
 namespace zt {
@@ -59,6 +60,7 @@ struct ZTAXMLUnarchiver::State {
   std::vector<std::pair<std::string, const ZTClass*>> recentClasses;
   boost::unordered_flat_map<const xmlChar*, PropertyKey> keys;
   boost::unordered_flat_set<StringRef, TextHash, TextEqual> strings;
+  std::map<std::string, Ref<NSObject>, std::less<>> metadata;
   std::vector<Ref<ZTAError>> findings;
   std::size_t findingCount = 0;
   Ref<ZTAErrorHandler> errorHandler;

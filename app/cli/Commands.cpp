@@ -4,8 +4,12 @@ namespace zt {
 
 // A new command adds its maker here and its name to the list below.
 std::unique_ptr<Command> makeCleanupCommand();
+std::unique_ptr<Command> makeConvertCommand();
 std::unique_ptr<Command> makeDedupeCommand();
+std::unique_ptr<Command> makeDiffCommand();
 std::unique_ptr<Command> makeExplainCommand();
+std::unique_ptr<Command> makeNormalizeCommand();
+std::unique_ptr<Command> makeSetCommand();
 std::unique_ptr<Command> makeShowCommand();
 std::unique_ptr<Command> makeStatsCommand();
 std::unique_ptr<Command> makeTreeCommand();
@@ -14,9 +18,11 @@ std::unique_ptr<Command> makeVaryCommand();
 
 std::vector<std::unique_ptr<Command>> makeCommands() {
   std::vector<std::unique_ptr<Command>> commands;
-  for (auto* make : {makeExplainCommand, makeTreeCommand, makeStatsCommand, makeShowCommand, makeValidateCommand,
-                     makeVaryCommand, makeDedupeCommand, makeCleanupCommand})
+  for (auto* make : {makeExplainCommand, makeTreeCommand, makeShowCommand, makeStatsCommand, makeValidateCommand,
+                     makeSetCommand, makeVaryCommand, makeDedupeCommand, makeCleanupCommand, makeConvertCommand,
+                     makeNormalizeCommand, makeDiffCommand}) {
     commands.push_back(make());
+  }
   return commands;
 }
 

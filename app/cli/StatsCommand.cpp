@@ -1,3 +1,5 @@
+#include <app/archive/DocumentArchive.h>
+#include <app/archive/DocumentDiff.h>
 #include <app/cli/Commands.h>
 #include <app/cli/Report.h>
 #include <app/odf/Stats.h>
@@ -22,6 +24,7 @@ class StatsCommand : public Command {
   }
 
   ExitCode run(const Console& console) override {
+    if (isArchive(mFile)) return runOnArchive(console);
     const RawDocument document = RawDocument::read(Package::read(mFile));
     nlohmann::ordered_json statistics = styleStatistics(document);
     if (mAsJson) {
@@ -35,6 +38,21 @@ class StatsCommand : public Command {
   }
 
  private:
+  // An archive holds styles and no text: it can be counted, but not searched for what is redundant in a file.
+  ExitCode runOnArchive(const Console& console) const {
+    const Ref<ZTDocument> document = readArchive(mFile);
+    const nlohmann::ordered_json counts = archiveStatistics(*document);
+    if (mAsJson) {
+      nlohmann::ordered_json json = counts;
+      json["findings"] = findingsAsJson(document->findings);
+      printJson(json, console);
+    } else {
+      for (const auto& [what, number] : counts.items()) console.out << what << ": " << number.dump() << '\n';
+    }
+    printFindings(document->findings, console);
+    return codeFor(document->findings);
+  }
+
   std::string mFile;
   bool mAsJson = false;
 };

@@ -1,3 +1,4 @@
+#include <app/archive/DocumentArchive.h>
 #include <app/odf/StyleImporter.h>
 
 #include <app/odf/ListImporter.h>
@@ -182,7 +183,7 @@ class StyleImporter {
     addFamily(false);
     for (const ContentUse& use : mRaw.uses.all()) {
       OdfStyle* style = mDocument->referredStyle(use.part, use.family, use.name);
-      for (std::size_t count = 0; style != nullptr && count < use.count; ++count) style->incrementUsageCount();
+      if (style != nullptr) mDocument->countUses(*style, use.count);
     }
     stylesheet.setIsChangeCommunicationEnabled(true);
     mDocument->undoManager()->enableUndoRegistration();
@@ -205,6 +206,7 @@ class StyleImporter {
 Ref<ZTDocument> importStyles(const RawDocument& raw) { return StyleImporter(raw).run(); }
 
 Ref<ZTDocument> readDocument(const std::filesystem::path& path) {
+  if (isArchive(path)) return readArchive(path);
   return importStyles(RawDocument::read(Package::read(path)));
 }
 

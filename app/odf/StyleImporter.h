@@ -18,7 +18,8 @@ namespace zt {
 /// document.
 Ref<ZTDocument> importStyles(const RawDocument& raw);
 
-/// Reads a document from the disk. Throws `ReadError` if nothing of it can be read.
+/// Reads a document from the disk, of OpenDocument or an archive of this application, told apart by what is in
+/// it. Throws `ReadError` if nothing of it can be read.
 Ref<ZTDocument> readDocument(const std::filesystem::path& path);
 
 }  // namespace zt

@@ -25,6 +25,16 @@ class OdfStyle : public ZTSDerivingStyle {
   /// Most families derive nothing: every property is its own source.
   PropertyKey sourcePropertyForProperty(PropertyKey key) const override { return key; }
 
+  /// @name Archive
+  /// Implemented in archive/StyleArchiving.cpp. Beside what the library writes stands where the style came
+  /// from; keys that the registry lacks are left to `ArchiveUpgrader`, which may add them.
+  /// @{
+
+  void encodeWithXMLArchiver(ZTAXMLArchiver& archiver, _xmlNode* node, std::uint64_t version) override;
+  Ref<NSObject> initMoreWithXMLUnarchiver(ZTAXMLUnarchiver& unarchiver, _xmlNode* node) override;
+  void upgradeStyleWithUnarchiver(ZTAXMLUnarchiver& unarchiver, std::uint64_t version) override;
+  /// @}
+
   [[nodiscard]] virtual StyleFamily family() const { return StyleFamily::other; }
   /// The family's name as files write it, also for families that are not known.
   [[nodiscard]] std::string familyName() const;
