@@ -36,8 +36,7 @@ StringRef attribute(xmlNode* node, const char* name) {
 class DocumentRoot final : public ZTAXMLCoding {
  public:
   Ref<ZTSStylesheet> stylesheet;
-  std::string shown;
-  std::vector<ZTDocument::Part> parts;
+  std::vector<std::string> parts;  ///< their names
   std::map<std::string, std::string> fontFamilies;
 
   static const ZTClass& rootClass() {
@@ -52,12 +51,8 @@ class DocumentRoot final : public ZTAXMLCoding {
       const auto set = [](xmlNode* entry, const char* name, const std::string& text) {
         ztaxmlSetNSStringNsPropOrRaise(entry, CorvaleNamespace, name, text);
       };
-      set(node, "source", shown);
-      for (const ZTDocument::Part& part : parts) {
-        xmlNode* entry = ztaxmlNewNsChildNodeOrRaise(node, CorvaleNamespace, "part");
-        set(entry, "name", part.name);
-        set(entry, "shown", part.shown);
-      }
+      for (const std::string& part : parts)
+        set(ztaxmlNewNsChildNodeOrRaise(node, CorvaleNamespace, "part"), "name", part);
       for (const auto& [font, family] : fontFamilies) {
         xmlNode* entry = ztaxmlNewNsChildNodeOrRaise(node, CorvaleNamespace, "font");
         set(entry, "name", font);
@@ -67,12 +62,11 @@ class DocumentRoot final : public ZTAXMLCoding {
   }
 
   bool initWithXMLUnarchiver(ZTAXMLUnarchiver& unarchiver, _xmlNode* node, std::uint64_t) override {
-    shown = attribute(node, "source").text();
     for (xmlNode* child = node->children; child != nullptr; child = child->next) {
       if (child->type != XML_ELEMENT_NODE) continue;
       const std::string_view name = reinterpret_cast<const char*>(child->name);
       if (name == "part") {
-        parts.push_back({attribute(child, "name").text(), attribute(child, "shown").text()});
+        parts.push_back(attribute(child, "name").text());
       } else if (name == "font") {
         fontFamilies[attribute(child, "name").text()] = attribute(child, "family").text();
       } else if (stylesheet == nullptr) {
@@ -134,8 +128,7 @@ Ref<ZTAXMLArchiver> archived(ZTDocument& document, const ArchiveOptions& options
   setUpArchives();
   auto root = make<DocumentRoot>();
   root->stylesheet = &document.stylesheet();
-  root->shown = document.shown;
-  root->parts = document.parts;
+  for (const ZTDocument::Part& part : document.parts) root->parts.push_back(part.name);
   root->fontFamilies.insert(document.fontFamilies.begin(), document.fontFamilies.end());
   auto archiver = make<ZTAXMLArchiver>(options.version, kArchiveVersion);
   const ZTADiffableXmlScope diffable(options.isDiffable);
@@ -156,7 +149,7 @@ Ref<ZTDocument> documentFrom(ZTAXMLUnarchiver& unarchiver, const std::string& pa
   Ref<ZTDocument> document = ZTDocument::withStylesheet(std::move(stylesheet));
   document->shown = path;
   if (root != nullptr) {
-    document->parts = root->parts;
+    for (const std::string& part : root->parts) document->parts.push_back({part, path + ':' + part});
     document->fontFamilies.insert(root->fontFamilies.begin(), root->fontFamilies.end());
   }
   // In the order of the document that they came from, as far as the archive tells it.

@@ -30,9 +30,10 @@ std::string facts(const ZTDocument& document, const ZTSStyle& style) {
                      '|' + style.parentIdentifier().text() + '|' + (style.isLocked() ? "locked" : "") + '|' +
                      std::to_string(style.usageCount()) + '|' + std::to_string(document.placeOf(style).line);
   text += "|parent " + (style.parent() != nullptr ? document.labelOf(*style.parent()) : "none");
-  const Ref<PropertyMap> all = style.propertyMap();
+  Ref<PropertyMap> all = style.propertyMap();
+  if (!all) all = PropertyMap::make();
   std::vector<std::string> values;
-  for (const PropertyMap::Entry& entry : all ? *all : *PropertyMap::make()) {
+  for (const PropertyMap::Entry& entry : *all) {
     const Ref<NSObject> value = style.valueForProperty(entry.key);
     const ZTSStyle* reference = asStyle(value.get());
     values.push_back(std::string(entry.key.view()) + '=' + std::string(valueKind(value.get())) + ' ' +
@@ -76,23 +77,22 @@ TEST(DocumentArchiveTest, AConvertedDocumentIsTheSameDocument) {
     SCOPED_TRACE(entry.path().filename().string());
     ++documents;
     const Ref<ZTDocument> original = readDocument(entry.path());
-    for (const char* name : {"a.zts", "a.zts.gz"}) {
-      const std::string path = (folder / name).string();
-      saveArchive(*original, path,
-                  {.compression = std::string(name) == "a.zts" ? ZTACompression::none : ZTACompression::gzip});
-      const Ref<ZTDocument> loaded = readDocument(path);
-      EXPECT_TRUE(loaded->findings.empty()) << loaded->findings.front().message;
-      const auto wanted = allFacts(*original);
-      const auto got = allFacts(*loaded);
-      ASSERT_EQ(got.size(), wanted.size());
-      for (const auto& [label, text] : wanted) ASSERT_EQ(got.at(label), text) << label;
-      EXPECT_EQ(loaded->stylesheet().anonymousStyles().count(), original->stylesheet().anonymousStyles().count());
-      EXPECT_TRUE(DocumentDiff(*original, *loaded).isEmpty());
-      EXPECT_TRUE(loaded->stylesheet().indexesAreRight());
-      loaded->stylesheet().validate();
-    }
+    const std::string path = (folder / "a.zts.gz").string();
+    saveArchive(*original, path, {.compression = ZTACompression::gzip});
+    const Ref<ZTDocument> loaded = readDocument(path);
+    EXPECT_TRUE(loaded->findings.empty()) << loaded->findings.front().message;
+    const auto wanted = allFacts(*original);
+    const auto got = allFacts(*loaded);
+    ASSERT_EQ(got.size(), wanted.size());
+    for (const auto& [label, text] : wanted) ASSERT_EQ(got.at(label), text) << label;
+    EXPECT_EQ(loaded->stylesheet().anonymousStyles().count(), original->stylesheet().anonymousStyles().count());
+    EXPECT_TRUE(DocumentDiff(*original, *loaded).isEmpty());
+    EXPECT_TRUE(loaded->stylesheet().indexesAreRight());
+    loaded->stylesheet().validate();
     const std::string normal = archiveBytes(*original, {.isDiffable = true});
-    EXPECT_EQ(archiveBytes(*readArchiveBytes(normal, "n", true), {.isDiffable = true}), normal);
+    const std::string again = archiveBytes(*readArchiveBytes(normal, "n", true), {.isDiffable = true});
+    const auto differs = std::mismatch(normal.begin(), normal.end(), again.begin(), again.end()).first - normal.begin();
+    EXPECT_TRUE(again == normal) << normal.substr(static_cast<std::size_t>(std::max(differs - 300L, 0L)), 600);
   }
   EXPECT_EQ(documents, 9);
 }
@@ -100,8 +100,6 @@ TEST(DocumentArchiveTest, AConvertedDocumentIsTheSameDocument) {
 TEST(DocumentArchiveTest, BothVersionsAreStoredAndReadAlike) {
   const TemporaryFolder folder;
   const Ref<ZTDocument> document = readDocument(folder.write("odd.fodt", kOdd));
-  document->shown = "odd.fodt";
-  for (ZTDocument::Part& part : document->parts) part.shown = "odd.fodt";
   const std::string before = archiveBytes(*document);
   expectStored(before, "document-v2.xml");
   expectStored(archiveBytes(*document, {.version = 1}), "document-v1.xml");

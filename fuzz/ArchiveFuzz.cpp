@@ -1,0 +1,32 @@
+#include <app/archive/DocumentArchive.h>
+#include <app/archive/DocumentDiff.h>
+#include <app/odf/Finding.h>
+
+#include <support/ZTUAssertionHandler.h>
+#include <support/ZTULog.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+
+/// Any bytes as an archive: they end in one error of reading or in a document. What was read passes its own
+/// checks, can be written, and reads back as itself.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace zt;
+  ZTULogRecorder quiet;
+  const std::string bytes(reinterpret_cast<const char*>(data), size);
+  Ref<ZTDocument> document;
+  try {
+    document = readArchiveBytes(bytes, "input", size % 2 != 0);
+  } catch (const ReadError&) {
+    return 0;
+  }
+  if (!document->stylesheet().indexesAreRight()) std::abort();
+  const std::string text = archiveBytes(*document, {.isDiffable = true});
+  const Ref<ZTDocument> again = readArchiveBytes(text, "again", true);
+  if (!DocumentDiff(*document, *again).isEmpty() && document->findings.empty()) std::abort();
+  if (archiveBytes(*again, {.isDiffable = true}) != text && document->findings.empty()) std::abort();
+  (void)archiveBytes(*again, {.version = 1, .compression = ZTACompression::gzip});
+  return 0;
+}
