@@ -51,9 +51,10 @@ class Reader {
     *mParser->sax = events;
     mParser->userData = this;
     // Without its own limits (XML_PARSE_HUGE): size and nesting are bounded before and here, and a gigantic
-    // attribute is no error. Without XML_PARSE_NOENT, DTDLOAD and DTDATTR nothing is expanded or loaded.
-    const int options =
-        XML_PARSE_NONET | XML_PARSE_HUGE | XML_PARSE_NOWARNING | (text.isUtf8 ? XML_PARSE_IGNORE_ENC : 0);
+    // attribute is no error. Entities cannot be declared, and without DTDLOAD and DTDATTR nothing is loaded; with
+    // XML_PARSE_NOENT the parser hands out attributes with "&amp;" replaced, as it does with texts.
+    const int options = XML_PARSE_NONET | XML_PARSE_NOENT | XML_PARSE_HUGE | XML_PARSE_NOWARNING |
+                        (text.isUtf8 ? XML_PARSE_IGNORE_ENC : 0);
     xmlCtxtReadMemory(mParser.get(), text.text.data(), static_cast<int>(text.text.size()), nullptr,
                       text.isUtf8 ? "UTF-8" : nullptr, options);
     if (mException) std::rethrow_exception(mException);
