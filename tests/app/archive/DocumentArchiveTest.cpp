@@ -186,8 +186,7 @@ TEST(DocumentArchiveTest, TheToolConvertsNormalizesAndCompares) {
   EXPECT_EQ(json["changed"][0]["changes"][0]["what"], "paragraph.fo.margin-left");
   EXPECT_EQ(runTool({"normalize", one}).out, runTool({"normalize", archive}).out);
   EXPECT_THAT(runTool({"explain", archive, "P1", "text.fo.font-size"}).out,
-              ::testing::StartsWith("text.fo.font-size of flat:paragraph:P1 is 16.6667%
-"));
+              ::testing::StartsWith("text.fo.font-size of flat:paragraph:P1 is 16.6667%\n"));
   EXPECT_EQ(runTool({"convert", "--format", "1", archive, (folder / "old.zts").string()}).code, 0);
   EXPECT_THAT(contentOf(folder / "old.zts"), ::testing::HasSubstr("<zt:real>1.1</zt:real>"));
   EXPECT_EQ(runTool({"convert", one, folder.write("dir/x", "") + "/no"}).code, 3);
