@@ -21,7 +21,8 @@ struct Disposal {
   std::vector<const NSObject*> waiting;
 };
 
-thread_local Disposal* tDisposal = nullptr;
+// As for NestingGuard: a few bytes, and no call per access.
+__attribute__((tls_model("initial-exec"))) constinit thread_local Disposal* tDisposal = nullptr;
 
 }  // namespace
 

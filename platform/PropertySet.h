@@ -25,13 +25,24 @@ class ZT_EXPORT PropertySet final : public Counted<PropertySet> {
   /// A set of its own with the same members.
   [[nodiscard]] Ref<PropertySet> copy() const;
 
-  [[nodiscard]] bool isEmpty() const noexcept { return count() == 0; }
+  [[nodiscard]] bool isEmpty() const noexcept {
+    for (const std::uint64_t word : mWords) {
+      if (word != 0) return false;
+    }
+    return true;
+  }
   [[nodiscard]] std::size_t count() const noexcept;
 
   [[nodiscard]] bool contains(PropertyKey key) const noexcept {
     if (!key) return false;
     const std::uint32_t word = key.ordinal() / 64;
     return word < mWords.size() && (mWords[word] >> (key.ordinal() % 64) & 1u) != 0;
+  }
+  /// The keys' bits, as in a map's `keyMask`: no member's bit is missing.
+  [[nodiscard]] std::uint64_t keyMask() const noexcept {
+    std::uint64_t mask = 0;
+    for (const std::uint64_t word : mWords) mask |= word;
+    return mask;
   }
   [[nodiscard]] bool isSubsetOf(const PropertySet& other) const noexcept;
   [[nodiscard]] bool isEqual(const PropertySet& other) const noexcept;

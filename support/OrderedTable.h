@@ -68,6 +68,18 @@ class OrderedTable {
   }
   [[nodiscard]] const Entry* atSlot(Slot slot) const noexcept { return const_cast<OrderedTable*>(this)->atSlot(slot); }
 
+  /// The first slot from `first` on whose entry answers the question with true; `kNoSlot` without one. The
+  /// fastest walk, during which the table must not change.
+  template <class Question>
+  [[nodiscard]] Slot firstSlotWhere(Question question, Slot first = 0) const {
+    if (mBlock == nullptr) return kNoSlot;
+    const Entry* const entries = mBlock->entries();
+    for (Slot slot = first, end = mBlock->used; slot < end; ++slot) {
+      if (!Policy::isHole(entries[slot]) && question(entries[slot])) return slot;
+    }
+    return kNoSlot;
+  }
+
   /// Adds the entry at the end unless its key is there already; answers the entry that is there now
   /// and whether it was added.
   std::pair<Entry*, bool> insert(Entry entry) {

@@ -419,7 +419,8 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// plain style that tells nobody at all.
   [[nodiscard]] bool isUnheard() const;
   [[nodiscard]] bool isHeard() const;  // whether anyone listens for the notification of this style's changes
-  [[nodiscard]] Ref<const PropertySet> unhiddenProperties(const PropertySet& changed) const;
+  [[nodiscard]] bool isNoticed() const;
+  static Ref<const PropertySet> unhidden(const PropertySet& changed, const PropertySet& known, const PropertyMap* own);
   void keepLook(const ZTSStyleChangeInfo& change, const PropertySet& arrived);
   void tellObservers(const ZTSStyleChangeInfo& change);
   class Telling;     // a style and the children that it has yet to tell; in ZTSStylePropagation.cpp

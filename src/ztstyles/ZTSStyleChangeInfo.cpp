@@ -70,8 +70,24 @@ Ref<ZTSStyleChangeInfo> ZTSStyleChangeInfo::cascadedFrom(const ZTSStyleChangeInf
     ZT_RAISE(operation, record.get(), kSourceFile,
              "-[ZTSStyleChangeInfo %@] -- Failed to initialize <%p> from nil ZTWPStyleChangeInfo.", operation, record);
   }
-  return p_init(style, source->mOriginalStyle.get(), std::move(changedProperties), source->mOriginalChangedProperties,
-                source->mEqualValuedProperties, source->mUnequalValuedProperties, source->mOldPropertyMap);
+  // As p_init would: one of these is made for every style that somebody hears.
+  Ref<ZTSStyleChangeInfo> record(new ZTSStyleChangeInfo);
+  record->mStyle = style;
+  record->mOriginalStyle = source->mOriginalStyle;
+  record->mChangedProperties = std::move(changedProperties);
+  record->mOriginalChangedProperties = source->mOriginalChangedProperties;
+  record->mEqualValuedProperties = source->mEqualValuedProperties;
+  record->mUnequalValuedProperties = source->mUnequalValuedProperties;
+  record->mOldPropertyMap = source->mOldPropertyMap;
+  return record;
+}
+
+void ZTSStyleChangeInfo::p_reuseFor(const ZTSStyleChangeInfo& source, ZTSStyle* style, Ref<const PropertySet> changedProperties) {
+  mStyle = style;
+  mChangedProperties = std::move(changedProperties);
+  if (mEqualValuedProperties != source.mEqualValuedProperties) mEqualValuedProperties = source.mEqualValuedProperties;
+  if (mUnequalValuedProperties != source.mUnequalValuedProperties) mUnequalValuedProperties = source.mUnequalValuedProperties;
+  mUnchangedVariation.reset();
 }
 
 ZTSStyle* ZTSStyleChangeInfo::style() const noexcept { return mStyle.get(); }

@@ -65,6 +65,11 @@ class ZT_EXPORT ZTSStyleChangeInfo final : public NSObject {
   static const ZTClass& changeInfoClass();
 
  private:
+  friend class ZTSStyle;
+
+  /// Makes a record that was cascaded from the source, and that nobody else holds, the one that `style` passes on.
+  void p_reuseFor(const ZTSStyleChangeInfo& source, ZTSStyle* style, Ref<const PropertySet> changedProperties);
+
   ZTSStyleChangeInfo();
   ~ZTSStyleChangeInfo() override;
 

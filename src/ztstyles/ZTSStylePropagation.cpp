@@ -45,19 +45,20 @@ bool ZTSStyle::isQuietLeaf() const {
 bool ZTSStyle::isUnheard() const {
   if (!isPlain(ZTSStyleClass::plainTelling)) return false;
   if (mStylesheet == nullptr || !mStylesheet->isChangeCommunicationEnabled()) return true;
-  return mChildren.isEmpty() && mObservers.isEmpty() && !isHeard();
+  return mChildren.isEmpty() && !isNoticed();
 }
 
 // ---- What arrives
 
-/// The changed keys that this style inherits: the very set where that is all of them.
-Ref<const PropertySet> ZTSStyle::unhiddenProperties(const PropertySet& changed) const {
-  const PropertySet& known = inspectableProperties();
-  const Ref<const PropertyMap> own = overridePropertyMap();
-  if (changed.isSubsetOf(known) && (!own || !hasAny(*own, changed))) return Ref<const PropertySet>(&changed);
+/// Whether somebody besides the children is told when this style changes.
+bool ZTSStyle::isNoticed() const { return !mObservers.isEmpty() || isHeard(); }
+
+/// Those of the changed keys that are known and that the own entries do not hide; none where that is all of them.
+Ref<const PropertySet> ZTSStyle::unhidden(const PropertySet& changed, const PropertySet& known, const PropertyMap* own) {
+  if (changed.isSubsetOf(known) && (own == nullptr || !hasAny(*own, changed))) return {};
   Ref<PropertySet> rest = changed.copy();
   rest->intersect(known);
-  if (own) {
+  if (own != nullptr) {
     for (const auto& [key, value] : *own) rest->remove(key);
   }
   return rest;
@@ -83,53 +84,137 @@ void ZTSStyle::keepLook(const ZTSStyleChangeInfo& change, const PropertySet& arr
 /// children are held until they have been told: the set of children does not hold them.
 class ZTSStyle::Telling {
  public:
-  /// Takes the change to the style; false where it ends there and nobody is to be told.
-  bool begin(ZTSStyle& style, const ZTSStyleChangeInfo& change);
+  /// Takes the change to the style; false where it ends there and nobody is to be told. `above` is the level that
+  /// the change comes from, if it is known.
+  bool begin(ZTSStyle& style, const ZTSStyleChangeInfo& change, Telling* above = nullptr);
 
-  /// The next child that is to be told, or none.
-  Ref<ZTSStyle> nextChild() noexcept { return mNext < mChildren.size() ? std::move(mChildren[mNext++]) : Ref<ZTSStyle>(); }
   [[nodiscard]] bool hasChildren() const noexcept { return !mChildren.empty(); }
-  [[nodiscard]] const ZTSStyleChangeInfo& change() const noexcept { return *mChange; }
+  /// Tells the children and all below them.
+  void tellChildren();
 
   /// After the children: the observers, then the notification centre.
   void end();
 
  private:
-  void takeChildren();
+  void takeChildren(const ZTSStyle& style);
+  /// The next child that is to be told, or none.
+  Ref<ZTSStyle> nextChild() noexcept { return mNext < mChildren.size() ? std::move(mChildren[mNext++]) : Ref<ZTSStyle>(); }
+  void takeRecord(const ZTSStyleChangeInfo& change, Ref<const PropertySet> arrived, Telling* above);
+  void leaveRecordTo(Telling& above) noexcept;
 
   Ref<ZTSStyle> mStyle;
-  Ref<const ZTSStyleChangeInfo> mChange;
+  Ref<ZTSStyleChangeInfo> mChange;
+  Ref<NSDictionary> mUserInfo;  // none until it is needed
   std::vector<Ref<ZTSStyle>> mChildren;
   std::size_t mNext = 0;
+  // The record and the user information of the last leaf below: the next leaf takes them over if nobody kept them.
+  Ref<ZTSStyleChangeInfo> mSpareChange;
+  Ref<NSDictionary> mSpareUserInfo;
 };
 
-bool ZTSStyle::Telling::begin(ZTSStyle& style, const ZTSStyleChangeInfo& change) {
+bool ZTSStyle::Telling::begin(ZTSStyle& style, const ZTSStyleChangeInfo& change, Telling* above) {
   if (style.mStylesheet == nullptr || !style.mStylesheet->isChangeCommunicationEnabled()) return false;
   const ZTSStyle* source = change.style();
   const bool isOwn = source == &style;
   if (!isOwn && source != style.mParent.get()) return false;
-  if (change.changedProperties() == nullptr) return false;
+  const PropertySet* changed = change.changedProperties();
+  if (changed == nullptr) return false;
+  // What a class overrides is asked, even where the answer cannot matter any more.
+  const bool isPlainClass = style.isPlain(ZTSStyleClass::plainTelling);
+  const PropertySet* known = isOwn || isPlainClass ? nullptr : &style.inspectableProperties();
+  const Ref<const PropertyMap> answered = isOwn || isPlainClass ? Ref<const PropertyMap>() : style.overridePropertyMap();
+  bool isNoticed = style.isNoticed();
+  if (!isNoticed && style.mChildren.isEmpty() && (isOwn || !style.isLocked())) return false;
+  Ref<const PropertySet> rest;
+  if (!isOwn) {
+    if (known == nullptr) known = &style.inspectableProperties();
+    rest = unhidden(*changed, *known, isPlainClass ? style.mLocalPropertyMap.get() : answered.get());
+    if (rest) changed = rest.get();
+  }
+  if (changed->isEmpty()) return false;
   mStyle = &style;
-  Ref<const PropertySet> arrived(change.changedProperties());
-  if (!isOwn) arrived = style.unhiddenProperties(*arrived);
-  if (arrived->isEmpty()) return false;
-  if (!isOwn && style.isLocked()) style.keepLook(change, *arrived);
-  takeChildren();
-  if (mChildren.empty() && style.mObservers.isEmpty() && !style.isHeard()) return false;
-  mChange = isOwn ? Ref<const ZTSStyleChangeInfo>(&change) : ZTSStyleChangeInfo::cascadedFrom(&change, &style, std::move(arrived));
+  if (!isOwn && style.isLocked()) {
+    style.keepLook(change, *changed);
+    isNoticed = style.isNoticed();
+  }
+  takeChildren(style);
+  if (!isNoticed && mChildren.empty()) return false;
+  if (isOwn) {
+    mChange = const_cast<ZTSStyleChangeInfo*>(&change);
+  } else {
+    takeRecord(change, rest ? std::move(rest) : Ref<const PropertySet>(changed), above);
+  }
   return true;
 }
 
+/// The record to pass on: the one that the sibling before has left, else a new one.
+void ZTSStyle::Telling::takeRecord(const ZTSStyleChangeInfo& change, Ref<const PropertySet> arrived, Telling* above) {
+  if (above == nullptr || !above->mSpareChange) {
+    mChange = ZTSStyleChangeInfo::cascadedFrom(&change, mStyle.get(), std::move(arrived));
+    return;
+  }
+  mChange = std::move(above->mSpareChange);
+  mUserInfo = std::move(above->mSpareUserInfo);
+  mChange->p_reuseFor(change, mStyle.get(), std::move(arrived));
+}
+
+/// Leaves the record and the user information for the next sibling, unless somebody has kept one of them.
+void ZTSStyle::Telling::leaveRecordTo(Telling& above) noexcept {
+  if (mUserInfo ? mUserInfo->referenceCount() != 1 || mChange->referenceCount() != 2 : mChange->referenceCount() != 1) return;
+  mChange->mStyle.reset();
+  above.mSpareChange = std::move(mChange);
+  above.mSpareUserInfo = std::move(mUserInfo);
+}
+
 /// A snapshot of the children, without the quiet leaves in front: while nobody has been called, they stay quiet.
-void ZTSStyle::Telling::takeChildren() {
-  const auto& children = mStyle->mChildren;
-  auto place = children.begin();
-  const auto end = children.end();
-  while (place != end && (*place)->isQuietLeaf()) ++place;
-  if (place == end) return;
+void ZTSStyle::Telling::takeChildren(const ZTSStyle& style) {
+  const auto& children = style.mChildren.table();
+  // As `isQuietLeaf`, with the notification's name asked once for a run of children of one class.
+  const ZTSStyleClass* lastClass = nullptr;
+  NSNotificationName name = ZTSStylePropertiesChangedNotification;
+  const auto first = children.firstSlotWhere([&](const ZTSStyle* child) {
+    if (!child->isPlain(ZTSStyleClass::plainTelling) || !child->mChildren.isEmpty()) return true;
+    if (child->isLocked() || !child->mObservers.isEmpty()) return true;
+    if (const ZTSStyleClass& itsClass = child->classObject(); &itsClass != lastClass) {
+      lastClass = &itsClass;
+      name = itsClass.stylePropertiesChangedNotificationName();
+    }
+    return NSNotificationCenter::anyoneListens(name, child);
+  });
+  if (first == children.kNoSlot) return;
   mChildren.reserve(children.count());
-  for (; place != end; ++place) {
-    if (Ref<ZTSStyle> held = retainIfAlive(*place)) mChildren.push_back(std::move(held));
+  const auto hold = [&](ZTSStyle* child) {
+    if (Ref<ZTSStyle> held = retainIfAlive(child)) mChildren.push_back(std::move(held));
+    return false;
+  };
+  (void)children.firstSlotWhere(hold, first);
+}
+
+void ZTSStyle::Telling::tellChildren() {
+  std::vector<Telling> below;  // the way from this style down to where we are
+  for (;;) {
+    Telling& level = below.empty() ? *this : below.back();
+    const Ref<ZTSStyle> child = level.nextChild();
+    if (!child) {
+      level.mSpareChange.reset();
+      level.mSpareUserInfo.reset();
+      if (below.empty()) return;
+      level.end();
+      below.pop_back();
+      continue;
+    }
+    if (!child->isPlain(ZTSStyleClass::plainTelling)) {
+      child->stylePropertiesChanged(*level.mChange);
+      continue;
+    }
+    Telling next;
+    if (!next.begin(*child, *level.mChange, &level)) continue;
+    if (next.hasChildren()) {
+      below.push_back(std::move(next));
+    } else {
+      next.end();
+      next.leaveRecordTo(level);
+    }
   }
 }
 
@@ -138,7 +223,8 @@ void ZTSStyle::Telling::end() {
   NSNotificationCenter::defaultCenter().postIfHeard(
       mStyle->classObject().stylePropertiesChangedNotificationName(), mStyle.get(), [&] {
         static const StringRef key(ZTSStyleNotificationChangeInfoKey);
-        return NSDictionary::make(key, Ref<NSObject>(const_cast<ZTSStyleChangeInfo*>(mChange.get())));
+        if (!mUserInfo) mUserInfo = NSDictionary::make(key, mChange);
+        return mUserInfo;
       });
 }
 
@@ -156,26 +242,10 @@ void ZTSStyle::tellObservers(const ZTSStyleChangeInfo& change) {
 
 void ZTSStyle::stylePropertiesChanged(const ZTSStyleChangeInfo& change) {
   const NestingGuard guard("stylePropertiesChanged:", Nesting::telling);
-  Telling first;
-  if (!first.begin(*this, change)) return;
-  std::vector<Telling> below;  // the way from the first style down to where we are
-  for (;;) {
-    Telling& level = below.empty() ? first : below.back();
-    const Ref<ZTSStyle> child = level.nextChild();
-    if (!child) {
-      level.end();
-      if (below.empty()) return;
-      below.pop_back();
-    } else if (!child->isPlain(ZTSStyleClass::plainTelling)) {
-      child->stylePropertiesChanged(level.change());
-    } else if (Telling next; !child->isQuietLeaf() && next.begin(*child, level.change())) {
-      if (next.hasChildren()) {
-        below.push_back(std::move(next));
-      } else {
-        next.end();
-      }
-    }
-  }
+  Telling telling;
+  if (!telling.begin(*this, change)) return;
+  if (telling.hasChildren()) telling.tellChildren();
+  telling.end();
 }
 
 // ---- Observers
