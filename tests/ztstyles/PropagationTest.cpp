@@ -180,6 +180,25 @@ TEST(PropagationTest, IsWholeAgainAfterAnException) {
   EXPECT_EQ(scene.log, (Log{"child: size<", "child: size<1", "root: size<1"}));
 }
 
+TEST(PropagationTest, RecordsThatAreKeptStayAsTheyAre) {
+  Scene scene;
+  TestStyle& root = scene.style("root", {}, {{size, 1}});
+  for (const char* child : {"a", "b", "c", "d", "e", "f"}) scene.style(child, "root");
+  std::vector<Ref<NSObject>> kept;
+  NotificationListener listener(ZTSStylePropertiesChangedNotification, nullptr, [&](const NSNotification& n) {
+    NSObject* change = n.userInfoForKey(ZTSStyleNotificationChangeInfoKey);
+    const std::string name = asStyle(n.object)->identifier().text();
+    if (name == "b") kept.emplace_back(change);
+    if (name == "d") kept.emplace_back(const_cast<NSDictionary*>(n.userInfo));
+    scene.log.push_back(textOf(*dynamic_cast<const ZTSStyleChangeInfo*>(change)));
+  });
+  root.setValueForProperty(Value(2), size);
+  EXPECT_EQ(scene.log, (Log{"a: size<1", "b: size<1", "c: size<1", "d: size<1", "e: size<1", "f: size<1", "root: size<1"}));
+  EXPECT_EQ(textOf(*dynamic_cast<ZTSStyleChangeInfo*>(kept[0].get())), "b: size<1");
+  const auto* info = dynamic_cast<NSDictionary*>(kept[1].get());
+  EXPECT_EQ(textOf(*dynamic_cast<ZTSStyleChangeInfo*>(info->objectForKey(ZTSStyleNotificationChangeInfoKey))), "d: size<1");
+}
+
 // ---- Classes that override what could be skipped
 
 /// A class that overrides one operation and counts its calls.
