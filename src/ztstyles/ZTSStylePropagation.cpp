@@ -84,9 +84,15 @@ void ZTSStyle::keepLook(const ZTSStyleChangeInfo& change, const PropertySet& arr
 /// children are held until they have been told: the set of children does not hold them.
 class ZTSStyle::Telling {
  public:
-  /// Takes the change to the style; false where it ends there and nobody is to be told. `above` is the level that
-  /// the change comes from, if it is known.
-  bool begin(ZTSStyle& style, const ZTSStyleChangeInfo& change, Telling* above = nullptr);
+  /// What a leaf has used and nobody has kept: its next sibling takes it over.
+  struct SpareRecord {
+    Ref<ZTSStyleChangeInfo> change;
+    Ref<NSDictionary> userInfo;
+  };
+
+  /// Takes the change to the style; false where it ends there and nobody is to be told. The spare record, if there
+  /// is one, was cascaded from the change.
+  bool begin(ZTSStyle& style, const ZTSStyleChangeInfo& change, SpareRecord* spare = nullptr);
 
   [[nodiscard]] bool hasChildren() const noexcept { return !mChildren.empty(); }
   /// Tells the children and all below them.
@@ -99,20 +105,17 @@ class ZTSStyle::Telling {
   void takeChildren(const ZTSStyle& style);
   /// The next child that is to be told, or none.
   Ref<ZTSStyle> nextChild() noexcept { return mNext < mChildren.size() ? std::move(mChildren[mNext++]) : Ref<ZTSStyle>(); }
-  void takeRecord(const ZTSStyleChangeInfo& change, Ref<const PropertySet> arrived, Telling* above);
-  void leaveRecordTo(Telling& above) noexcept;
+  void takeRecord(const ZTSStyleChangeInfo& change, Ref<const PropertySet> arrived, SpareRecord* spare);
+  void leaveRecordTo(SpareRecord& spare) noexcept;
 
   Ref<ZTSStyle> mStyle;
   Ref<ZTSStyleChangeInfo> mChange;
   Ref<NSDictionary> mUserInfo;  // none until it is needed
   std::vector<Ref<ZTSStyle>> mChildren;
   std::size_t mNext = 0;
-  // The record and the user information of the last leaf below: the next leaf takes them over if nobody kept them.
-  Ref<ZTSStyleChangeInfo> mSpareChange;
-  Ref<NSDictionary> mSpareUserInfo;
 };
 
-bool ZTSStyle::Telling::begin(ZTSStyle& style, const ZTSStyleChangeInfo& change, Telling* above) {
+bool ZTSStyle::Telling::begin(ZTSStyle& style, const ZTSStyleChangeInfo& change, SpareRecord* spare) {
   if (style.mStylesheet == nullptr || !style.mStylesheet->isChangeCommunicationEnabled()) return false;
   const ZTSStyle* source = change.style();
   const bool isOwn = source == &style;
@@ -128,7 +131,9 @@ bool ZTSStyle::Telling::begin(ZTSStyle& style, const ZTSStyleChangeInfo& change,
   Ref<const PropertySet> rest;
   if (!isOwn) {
     if (known == nullptr) known = &style.inspectableProperties();
-    rest = unhidden(*changed, *known, isPlainClass ? style.mLocalPropertyMap.get() : answered.get());
+    const PropertyMap* own = answered.get();
+    if (isPlainClass && (style.mKeyMask & changed->keyMask()) != 0) own = style.mLocalPropertyMap.get();
+    rest = unhidden(*changed, *known, own);
     if (rest) changed = rest.get();
   }
   if (changed->isEmpty()) return false;
@@ -137,33 +142,32 @@ bool ZTSStyle::Telling::begin(ZTSStyle& style, const ZTSStyleChangeInfo& change,
     style.keepLook(change, *changed);
     isNoticed = style.isNoticed();
   }
-  takeChildren(style);
+  if (!style.mChildren.isEmpty()) takeChildren(style);
   if (!isNoticed && mChildren.empty()) return false;
   if (isOwn) {
     mChange = const_cast<ZTSStyleChangeInfo*>(&change);
   } else {
-    takeRecord(change, rest ? std::move(rest) : Ref<const PropertySet>(changed), above);
+    takeRecord(change, rest ? std::move(rest) : Ref<const PropertySet>(changed), spare);
   }
   return true;
 }
 
-/// The record to pass on: the one that the sibling before has left, else a new one.
-void ZTSStyle::Telling::takeRecord(const ZTSStyleChangeInfo& change, Ref<const PropertySet> arrived, Telling* above) {
-  if (above == nullptr || !above->mSpareChange) {
+/// The record to pass on: the spare one, else a new one.
+void ZTSStyle::Telling::takeRecord(const ZTSStyleChangeInfo& change, Ref<const PropertySet> arrived, SpareRecord* spare) {
+  if (spare == nullptr || !spare->change) {
     mChange = ZTSStyleChangeInfo::cascadedFrom(&change, mStyle.get(), std::move(arrived));
     return;
   }
-  mChange = std::move(above->mSpareChange);
-  mUserInfo = std::move(above->mSpareUserInfo);
+  mChange = std::move(spare->change);
+  mUserInfo = std::move(spare->userInfo);
   mChange->p_reuseFor(change, mStyle.get(), std::move(arrived));
 }
 
-/// Leaves the record and the user information for the next sibling, unless somebody has kept one of them.
-void ZTSStyle::Telling::leaveRecordTo(Telling& above) noexcept {
+void ZTSStyle::Telling::leaveRecordTo(SpareRecord& spare) noexcept {
   if (mUserInfo ? mUserInfo->referenceCount() != 1 || mChange->referenceCount() != 2 : mChange->referenceCount() != 1) return;
   mChange->mStyle.reset();
-  above.mSpareChange = std::move(mChange);
-  above.mSpareUserInfo = std::move(mUserInfo);
+  spare.change = std::move(mChange);
+  spare.userInfo = std::move(mUserInfo);
 }
 
 /// A snapshot of the children, without the quiet leaves in front: while nobody has been called, they stay quiet.
@@ -192,12 +196,12 @@ void ZTSStyle::Telling::takeChildren(const ZTSStyle& style) {
 
 void ZTSStyle::Telling::tellChildren() {
   std::vector<Telling> below;  // the way from this style down to where we are
+  SpareRecord spare;           // of the level where we are
   for (;;) {
     Telling& level = below.empty() ? *this : below.back();
     const Ref<ZTSStyle> child = level.nextChild();
     if (!child) {
-      level.mSpareChange.reset();
-      level.mSpareUserInfo.reset();
+      spare = {};
       if (below.empty()) return;
       level.end();
       below.pop_back();
@@ -208,18 +212,19 @@ void ZTSStyle::Telling::tellChildren() {
       continue;
     }
     Telling next;
-    if (!next.begin(*child, *level.mChange, &level)) continue;
+    if (!next.begin(*child, *level.mChange, &spare)) continue;
     if (next.hasChildren()) {
+      spare = {};
       below.push_back(std::move(next));
     } else {
       next.end();
-      next.leaveRecordTo(level);
+      next.leaveRecordTo(spare);
     }
   }
 }
 
 void ZTSStyle::Telling::end() {
-  mStyle->tellObservers(*mChange);
+  if (!mStyle->mObservers.isEmpty()) mStyle->tellObservers(*mChange);
   NSNotificationCenter::defaultCenter().postIfHeard(
       mStyle->classObject().stylePropertiesChangedNotificationName(), mStyle.get(), [&] {
         static const StringRef key(ZTSStyleNotificationChangeInfoKey);
@@ -229,7 +234,6 @@ void ZTSStyle::Telling::end() {
 }
 
 void ZTSStyle::tellObservers(const ZTSStyleChangeInfo& change) {
-  if (mObservers.isEmpty()) return;
   if (mObservers.count() == 1) {
     mObservers.anyObject()->stylePropertiesChanged(change);
     return;
