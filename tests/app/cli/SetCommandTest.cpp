@@ -18,9 +18,10 @@ TEST(SetCommandTest, TellsInOrderWhatAChangeItsUndoAndItsRedoSetOff) {
   const std::string file = folder.write("a.fodt", flat(styles()));
   const ToolRun run = runTool({"set", file, "Base", "text.fo.font-size=14pt", "--lock", "Fixed", "--undo", "--redo", "--json"});
   ASSERT_EQ(run.code, 0) << run.err;
+  const auto json = run.json();
   const auto told = [&](std::size_t phase) {
     std::vector<std::string> lines;
-    for (const auto& event : run.json()["phases"][phase]["events"]) {
+    for (const auto& event : json["phases"][phase]["events"]) {
       lines.push_back(event["event"].get<std::string>() + " " + event.value("style", event.value("text", "")));
     }
     return lines;
@@ -35,7 +36,7 @@ TEST(SetCommandTest, TellsInOrderWhatAChangeItsUndoAndItsRedoSetOff) {
   expected[1] = "undo-step setValue:forProperty:";
   EXPECT_EQ(told(1), expected);
   EXPECT_EQ(told(2).size(), expected.size() + 4) << "what the locked style keeps is announced on redo";
-  for (const auto& phase : run.json()["phases"]) {
+  for (const auto& phase : json["phases"]) {
     EXPECT_EQ(phase["after"]["paragraph:Fixed"]["text.fo.font-size"], "10pt");
     EXPECT_EQ(phase["after"]["paragraph:Base"]["text.fo.font-size"], phase["phase"] == "undo" ? "10pt" : "14pt");
   }
