@@ -47,8 +47,9 @@ void CountAlongChain(benchmark::State& state) {
     links.last->incrementUsageCount();
     links.last->decrementUsageCount();
   }
-  state.counters["perStyle"] = benchmark::Counter(static_cast<double>(2 * state.range(0)),
-                                                  benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+  state.counters["perStyle"] =
+      benchmark::Counter(static_cast<double>(2 * state.range(0)),
+                         benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 BENCHMARK(CountAlongChain)->Arg(10'000)->Arg(100'000)->Unit(benchmark::kMicrosecond);
 
@@ -69,17 +70,16 @@ const bool kCounting = compare({"CountAlongChain/100000", "CountAlongChain/10000
 const bool kLinear = compare({"FreeStylesheet/100000/2", "FreeStylesheet/10000/2", 25});
 const bool kRing = compare({"FreeStylesheet/100000/2", "FreeStylesheet/100000/0"});
 
-const bool kOneStep = countInstructions({.name = "a use of an aggregate in use", .prepare = [] {
-  return [links = std::make_shared<Links>(2, chained)] {
-    links->last->incrementUsageCount();
-  };
-}});
+const bool kOneStep =
+    countInstructions({.name = "a use of an aggregate in use", .prepare = [] {
+                         return [links = std::make_shared<Links>(2, chained)] { links->last->incrementUsageCount(); };
+                       }});
 const bool kTwoSteps = countInstructions({.name = "first use and end of use, one reference", .prepare = [] {
-  return [links = std::make_shared<Links>(2, chained)] {
-    links->last->incrementUsageCount();
-    links->last->decrementUsageCount();
-  };
-}});
+                                            return [links = std::make_shared<Links>(2, chained)] {
+                                              links->last->incrementUsageCount();
+                                              links->last->decrementUsageCount();
+                                            };
+                                          }});
 
 }  // namespace
 }  // namespace zt::bench

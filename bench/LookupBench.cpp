@@ -55,7 +55,8 @@ void Flatten150With50Own(benchmark::State& state) {
   const Ref<ZTSStyle> style = make<PlainStyle>({.parentIdentifier = "above", .overridePropertyMap = own.get()});
   sheet->addStyle(style);
   for (auto each : state) benchmark::DoNotOptimize(style->propertyMap());
-  state.counters["per_entry"] = benchmark::Counter(150, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+  state.counters["per_entry"] =
+      benchmark::Counter(150, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 BENCHMARK(Flatten150With50Own);
 
@@ -98,8 +99,10 @@ std::function<void()> lookup(std::size_t depth, std::size_t key) {
   };
 }
 const bool kOwn = countInstructions({"valueForProperty:, own entry among 3", [] { return lookup(1, 2); }, 1000, 60});
-const bool kTen = countInstructions({"valueForProperty:, 10 levels above", [] { return lookup(10, 0); }, 1000, 60 + 10 * 15});
-const bool kTwenty = countInstructions({"valueForProperty:, 20 levels above", [] { return lookup(20, 0); }, 1000, 60 + 20 * 15});
+const bool kTen =
+    countInstructions({"valueForProperty:, 10 levels above", [] { return lookup(10, 0); }, 1000, 60 + 10 * 15});
+const bool kTwenty =
+    countInstructions({"valueForProperty:, 20 levels above", [] { return lookup(20, 0); }, 1000, 60 + 20 * 15});
 
 }  // namespace
 }  // namespace zt::bench

@@ -55,9 +55,10 @@ std::vector<Ref<ZTSStyle>> family(std::size_t count, Order order) {
     const bool isParent = order == childrenBefore ? style % 9 == 8 : style % 9 == 0;
     StringRef parent;
     if (order != unrelated && !isParent) parent = StringRef("parent" + std::to_string(group));
-    styles.push_back(make<PlainStyle>(
-        {.identifier = StringRef((isParent && order != unrelated ? "parent" + std::to_string(group) : "style" + std::to_string(style))),
-         .parentIdentifier = parent}));
+    styles.push_back(
+        make<PlainStyle>({.identifier = StringRef((isParent && order != unrelated ? "parent" + std::to_string(group)
+                                                                                  : "style" + std::to_string(style))),
+                          .parentIdentifier = parent}));
   }
   return styles;
 }
@@ -70,7 +71,8 @@ void AddIdentified(benchmark::State& state) {
     const auto styles = family(count, order);
     Ref<ZTSStylesheet> sheet = ZTSStylesheet::withHost();
     for (std::int64_t orphan = 0; orphan < state.range(2); ++orphan) {
-      sheet->addStyle(make<PlainStyle>({.identifier = "orphan" + std::to_string(orphan), .parentIdentifier = "missing" + std::to_string(orphan)}));
+      sheet->addStyle(make<PlainStyle>(
+          {.identifier = "orphan" + std::to_string(orphan), .parentIdentifier = "missing" + std::to_string(orphan)}));
     }
     state.ResumeTiming();
     for (const auto& style : styles) sheet->addStyle(style);

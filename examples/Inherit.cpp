@@ -19,12 +19,15 @@ class TextStyle : public ZTSStyle {
     return *object;
   }
   const ZTSStyleClass& classObject() const override { return styleClass(); }
-  bool validateValueForProperty(NSObject* value, PropertyKey) const override { return NSNumber::from(value) != nullptr; }
+  bool validateValueForProperty(NSObject* value, PropertyKey) const override {
+    return NSNumber::from(value) != nullptr;
+  }
 };
 
 int main() {
   const Ref<ZTSStylesheet> sheet = ZTSStylesheet::withHost();
-  const Ref<PropertyMap> plain = PropertyMap::with({{kSize, NSNumber::withInteger(10)}, {kBold, NSNumber::withBool(false)}});
+  const Ref<PropertyMap> plain =
+      PropertyMap::with({{kSize, NSNumber::withInteger(10)}, {kBold, NSNumber::withBool(false)}});
   sheet->addStyle(make<TextStyle>({.identifier = "body", .overridePropertyMap = plain.get()}));
   sheet->addStyle(make<TextStyle>({.identifier = "heading", .parentIdentifier = "body"}));
   ZTSStyle& heading = *sheet->styleWithIdentifier("heading");

@@ -28,7 +28,8 @@ class TextStyle : public ZTSStyle {
 struct View : ZTSStyleObserver {
   void stylePropertiesChanged(const ZTSStyleChangeInfo& change) override {
     const Ref<PropertyMap> old = change.unchangedPropertyMapForProperties(*change.changedProperties());
-    std::cout << "view of " << change.style()->identifier().view() << ": size was " << old->find(kSize)->description() << '\n';
+    std::cout << "view of " << change.style()->identifier().view() << ": size was " << old->find(kSize)->description()
+              << '\n';
   }
 };
 

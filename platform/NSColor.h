@@ -9,7 +9,8 @@ namespace zt {
 /// An immutable colour: red, green, blue and opacity, each 0 to 255.
 class ZT_EXPORT NSColor final : public NSObject {
  public:
-  static Ref<NSColor> withComponents(std::uint8_t red, std::uint8_t green, std::uint8_t blue, std::uint8_t opacity = 255);
+  static Ref<NSColor> withComponents(std::uint8_t red, std::uint8_t green, std::uint8_t blue,
+                                     std::uint8_t opacity = 255);
 
   [[nodiscard]] std::uint8_t red() const noexcept { return static_cast<std::uint8_t>(mComponents >> 24); }
   [[nodiscard]] std::uint8_t green() const noexcept { return static_cast<std::uint8_t>(mComponents >> 16); }

@@ -38,7 +38,8 @@ class ZT_EXPORT NSNumber final : public NSObject {
   static const NSNumber* from(const NSObject* object) noexcept {
     if (object == nullptr) return nullptr;
     const Tag tag = tagOf(*object);
-    return tag == Tag::boolean || tag == Tag::integer || tag == Tag::real ? static_cast<const NSNumber*>(object) : nullptr;
+    return tag == Tag::boolean || tag == Tag::integer || tag == Tag::real ? static_cast<const NSNumber*>(object)
+                                                                          : nullptr;
   }
 
  private:

@@ -63,7 +63,19 @@ class ZT_EXPORT NSObject {
  protected:
   /// Private type tags: what the values' own `isEqual` asks instead of a dynamic cast, and how the style model tells
   /// the values that are styles. Plain values stand last.
-  enum class Tag : std::uint8_t { object, style, aggregateStyle, null, string, boolean, integer, real, colour, array, otherValue };
+  enum class Tag : std::uint8_t {
+    object,
+    style,
+    aggregateStyle,
+    null,
+    string,
+    boolean,
+    integer,
+    real,
+    colour,
+    array,
+    otherValue
+  };
 
   explicit NSObject(Tag tag = Tag::object) noexcept : mTag(tag) {}
   virtual ~NSObject();
@@ -105,8 +117,7 @@ Ref<T> retainIfAlive(T* object) noexcept {
 
 /// Makes a counted object with the constructor that the arguments fit.
 template <class T, class... Arguments>
-  requires(!requires { T::styleClass(); })
-Ref<T> make(Arguments&&... arguments) {
+requires(!requires { T::styleClass(); }) Ref<T> make(Arguments&&... arguments) {
   return Ref<T>(new T(std::forward<Arguments>(arguments)...));
 }
 

@@ -29,7 +29,9 @@ class ZT_EXPORT PropertyKey {
   explicit operator bool() const noexcept { return mRecord != nullptr; }
   /// The text as a shared string; absent for no key.
   [[nodiscard]] StringRef string() const { return mRecord != nullptr ? mRecord->text : StringRef(); }
-  [[nodiscard]] std::string_view view() const noexcept { return mRecord != nullptr ? mRecord->text.view() : std::string_view(); }
+  [[nodiscard]] std::string_view view() const noexcept {
+    return mRecord != nullptr ? mRecord->text.view() : std::string_view();
+  }
   /// The ordinal of a key that is there.
   [[nodiscard]] std::uint32_t ordinal() const noexcept { return mRecord->ordinal; }
   /// One of 64 bits: a map whose mask lacks it has no entry for the key. No bit for no key.

@@ -148,7 +148,8 @@ void PropertyMap::removeAll() {
 
 void PropertyMap::addEntriesFrom(const PropertyMap& other) {
   if (&other == this) return;
-  for (std::uint32_t index = 0; index < other.mCount; ++index) set(other.mEntries[index].key, other.mEntries[index].value);
+  for (std::uint32_t index = 0; index < other.mCount; ++index)
+    set(other.mEntries[index].key, other.mEntries[index].value);
 }
 
 Ref<PropertySet> PropertyMap::keySet() const {

@@ -32,7 +32,9 @@ class ZT_EXPORT PropertyMap final : public Counted<PropertyMap> {
   [[nodiscard]] bool isEmpty() const noexcept { return mCount == 0; }
 
   /// The value, borrowed until the map changes; none without an entry.
-  [[nodiscard]] NSObject* find(PropertyKey key) const noexcept { return hasTable() ? findInTable(key) : findByWalking(key); }
+  [[nodiscard]] NSObject* find(PropertyKey key) const noexcept {
+    return hasTable() ? findInTable(key) : findByWalking(key);
+  }
   [[nodiscard]] bool contains(PropertyKey key) const noexcept { return find(key) != nullptr; }
 
   /// Whether the map has outgrown being walked. For code that must not call anything while it has not.

@@ -85,7 +85,9 @@ bool PropertySet::isSubsetOf(const PropertySet& other) const noexcept {
   return true;
 }
 
-bool PropertySet::isEqual(const PropertySet& other) const noexcept { return isSubsetOf(other) && other.isSubsetOf(*this); }
+bool PropertySet::isEqual(const PropertySet& other) const noexcept {
+  return isSubsetOf(other) && other.isSubsetOf(*this);
+}
 
 void PropertySet::add(PropertyKey key) {
   if (!key) return;

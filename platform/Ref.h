@@ -2,8 +2,8 @@
 /// @file
 /// `Ref<T>`: a counted reference. Copying shares ownership, an empty one stands for "none".
 
-#include <boost/smart_ptr/intrusive_ptr.hpp>
 #include <sys/single_threaded.h>
+#include <boost/smart_ptr/intrusive_ptr.hpp>
 
 #include <cstdint>
 #include <utility>

@@ -27,7 +27,9 @@ Ref<NSObject> itself(const T* value) {
 constexpr double kBeyondIntegers = 9223372036854775808.0;
 
 /// Whether the real has an integer that equals it.
-bool isWhole(double value) { return value >= -kBeyondIntegers && value < kBeyondIntegers && value == std::trunc(value); }
+bool isWhole(double value) {
+  return value >= -kBeyondIntegers && value < kBeyondIntegers && value == std::trunc(value);
+}
 
 }  // namespace
 
@@ -95,7 +97,8 @@ std::size_t NSNumber::hash() const {
 std::string NSNumber::description() const {
   if (isBool()) return mInteger != 0 ? "YES" : "NO";
   char text[32];
-  const auto end = isReal() ? std::to_chars(text, text + sizeof text, mReal) : std::to_chars(text, text + sizeof text, mInteger);
+  const auto end =
+      isReal() ? std::to_chars(text, text + sizeof text, mReal) : std::to_chars(text, text + sizeof text, mInteger);
   return {text, end.ptr};
 }
 
@@ -104,7 +107,8 @@ Ref<NSObject> NSNumber::copy() const { return itself(this); }
 // ---- NSColor
 
 Ref<NSColor> NSColor::withComponents(std::uint8_t red, std::uint8_t green, std::uint8_t blue, std::uint8_t opacity) {
-  return Ref<NSColor>(new NSColor(std::uint32_t{red} << 24 | std::uint32_t{green} << 16 | std::uint32_t{blue} << 8 | opacity));
+  return Ref<NSColor>(
+      new NSColor(std::uint32_t{red} << 24 | std::uint32_t{green} << 16 | std::uint32_t{blue} << 8 | opacity));
 }
 
 const ZTClass& NSColor::colorClass() {

@@ -36,7 +36,9 @@ class ZTUIdentitySet {
   bool removeObject(const T* object) noexcept { return mTable.remove(object); }
   void removeAllObjects() noexcept { mTable.removeAll(); }
 
-  [[nodiscard]] bool containsObject(const T* object) const noexcept { return object != nullptr && mTable.contains(object); }
+  [[nodiscard]] bool containsObject(const T* object) const noexcept {
+    return object != nullptr && mTable.contains(object);
+  }
   [[nodiscard]] std::size_t count() const noexcept { return mTable.count(); }
   [[nodiscard]] bool isEmpty() const noexcept { return mTable.isEmpty(); }
 
@@ -104,7 +106,8 @@ class ZTUIdentitySet {
   /// that is equal to it by its own equality. Members that `shapeOf` gives different numbers are never
   /// compared: it must answer the same for equal members. With a good shape the cost is linear.
   template <class OtherEntry, class OtherPolicy, class Shape>
-  [[nodiscard]] bool isEqualToContentsOfSet(const ZTUIdentitySet<T, OtherEntry, OtherPolicy>& other, Shape shapeOf) const {
+  [[nodiscard]] bool isEqualToContentsOfSet(const ZTUIdentitySet<T, OtherEntry, OtherPolicy>& other,
+                                            Shape shapeOf) const {
     if (count() != other.count()) return false;
     const std::vector<T*> mine = allObjects();
     const std::vector<T*> theirs = other.allObjects();
@@ -142,7 +145,9 @@ class ZTUIdentitySet {
       ++mPlace;
       return before;
     }
-    friend bool operator==(const Enumerator& left, const Enumerator& right) noexcept { return left.mPlace == right.mPlace; }
+    friend bool operator==(const Enumerator& left, const Enumerator& right) noexcept {
+      return left.mPlace == right.mPlace;
+    }
 
    private:
     typename Table::const_iterator mPlace;
@@ -161,7 +166,9 @@ class ZTUIdentitySet {
     for (T* member : offered) byShape.emplace(shapeOf(*member), member);
     for (T* member : wanted) {
       auto [first, last] = byShape.equal_range(shapeOf(*member));
-      if (!std::any_of(first, last, [&](const auto& entry) { return entry.second == member || member->isEqual(entry.second); })) return false;
+      if (!std::any_of(first, last,
+                       [&](const auto& entry) { return entry.second == member || member->isEqual(entry.second); }))
+        return false;
     }
     return true;
   }

@@ -20,9 +20,7 @@ bool ZTUPair::isEqual(const NSObject* other) const {
   return pair != nullptr && sameOrEqual(first(), pair->first()) && sameOrEqual(second(), pair->second());
 }
 
-std::size_t ZTUPair::hash() const {
-  return combineHashes(mFirst ? mFirst->hash() : 0, mSecond ? mSecond->hash() : 0);
-}
+std::size_t ZTUPair::hash() const { return combineHashes(mFirst ? mFirst->hash() : 0, mSecond ? mSecond->hash() : 0); }
 
 Ref<NSObject> ZTUPair::copy() const { return Ref<NSObject>(const_cast<ZTUPair*>(this)); }
 

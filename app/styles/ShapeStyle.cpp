@@ -31,7 +31,9 @@ std::vector<PropertyKey> ShapeStyle::derivedPropertiesForProperty(PropertyKey ke
   return {};
 }
 
-Ref<NSObject> ShapeStyle::deriveValueForProperty(PropertyKey) const { return complement(valueForProperty(keys::opacity())); }
+Ref<NSObject> ShapeStyle::deriveValueForProperty(PropertyKey) const {
+  return complement(valueForProperty(keys::opacity()));
+}
 
 void ShapeStyle::removeDerivedValueForProperty(PropertyKey) { removeValueForProperty(keys::opacity()); }
 
@@ -41,7 +43,8 @@ void ShapeStyle::convertToTruePropertyMap(PropertyMap& map) const {
 
 void ShapeStyle::convertToDerivedPropertyMap(PropertyMap* map) const {
   if (map == nullptr) return;
-  if (NSObject* opacity = map->find(keys::opacity())) map->set(keys::transparency(), complement(Ref<NSObject>(opacity)));
+  if (NSObject* opacity = map->find(keys::opacity()))
+    map->set(keys::transparency(), complement(Ref<NSObject>(opacity)));
 }
 
 }  // namespace zt

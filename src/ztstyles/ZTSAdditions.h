@@ -17,7 +17,8 @@ namespace zt {
 
 /// What an inspector writes through: a style, a selection, a proxy of several styles.
 template <class T>
-concept ZTSInspectable = requires(T& object, Ref<NSObject> value, PropertyKey key, NSObject* scope, const PropertyMap& map) {
+concept ZTSInspectable = requires(T& object, Ref<NSObject> value, PropertyKey key, NSObject* scope,
+                                  const PropertyMap& map) {
   { object.canMutateProperty(key) } -> std::convertible_to<bool>;
   object.setValueForProperty(value, key);
   object.setValueForPropertyWithScope(value, key, scope);
@@ -43,7 +44,9 @@ NSObject* scopeOf(const Ref<T>& scope) noexcept {
 }
 
 template <class Element>
-concept StandsForInspectable = requires(Element element) { requires ZTSInspectable<std::remove_reference_t<decltype(*inspectableOf(element))>>; };
+concept StandsForInspectable = requires(Element element) {
+  requires ZTSInspectable<std::remove_reference_t<decltype(*inspectableOf(element))>>;
+};
 
 }  // namespace additions
 
@@ -65,7 +68,8 @@ void makeObjectsSetValueForProperty(Range&& objects, const Ref<NSObject>& value,
 /// have come to their end, or hold the null sentinel, there is no scope. The scopes are references or pointers to
 /// objects.
 template <ZTSInspectableRange Range, std::ranges::input_range Scopes>
-void makeObjectsSetValueForPropertyWithScopes(Range&& objects, const Ref<NSObject>& value, PropertyKey key, Scopes&& scopes) {
+void makeObjectsSetValueForPropertyWithScopes(Range&& objects, const Ref<NSObject>& value, PropertyKey key,
+                                              Scopes&& scopes) {
   auto next = std::ranges::begin(scopes);
   const auto end = std::ranges::end(scopes);
   for (auto&& element : objects) {
@@ -85,7 +89,8 @@ template <ZTSInspectableRange Range>
 void makeObjectsSetCopiedValueForProperty(Range&& objects, const Ref<NSObject>& value, PropertyKey key) {
   for (auto&& element : objects) {
     auto* object = additions::inspectableOf(element);
-    if (object != nullptr && object->canMutateProperty(key)) object->setValueForProperty(value ? value->copy() : value, key);
+    if (object != nullptr && object->canMutateProperty(key))
+      object->setValueForProperty(value ? value->copy() : value, key);
   }
 }
 

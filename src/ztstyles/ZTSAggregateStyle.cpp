@@ -32,7 +32,9 @@ std::string describeProperties(const std::vector<PropertyKey>& keys) {
 /// A style whose description is being built on this thread, in the list of all of them.
 class DescriptionInProgress {
  public:
-  explicit DescriptionInProgress(const ZTSStyle& style) noexcept : mStyle(style), mOuter(tInnermost) { tInnermost = this; }
+  explicit DescriptionInProgress(const ZTSStyle& style) noexcept : mStyle(style), mOuter(tInnermost) {
+    tInnermost = this;
+  }
   ~DescriptionInProgress() { tInnermost = mOuter; }
   DescriptionInProgress(const DescriptionInProgress&) = delete;
   DescriptionInProgress& operator=(const DescriptionInProgress&) = delete;
@@ -66,7 +68,9 @@ const ZTSStyleClass& ZTSAggregateStyle::classObject() const { return styleClass(
 // ---- Hooks
 
 const std::vector<PropertyKey>& ZTSAggregateStyle::referencedStyleProperties() const { return noProperties(); }
-const std::vector<PropertyKey>& ZTSAggregateStyle::strongReferencedStyleProperties() const { return referencedStyleProperties(); }
+const std::vector<PropertyKey>& ZTSAggregateStyle::strongReferencedStyleProperties() const {
+  return referencedStyleProperties();
+}
 const std::vector<PropertyKey>& ZTSAggregateStyle::weakReferencedStyleProperties() const { return noProperties(); }
 Ref<NSObject> ZTSAggregateStyle::defaultValueForNilStyleProperty(PropertyKey) const { return {}; }
 

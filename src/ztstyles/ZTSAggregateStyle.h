@@ -18,7 +18,8 @@ class ZT_EXPORT ZTSAggregateStyle : public ZTSStyle {
 
   /// The object as an aggregate style, or none.
   static ZTSAggregateStyle* from(NSObject* object) noexcept {
-    return object != nullptr && tagOf(*object) == Tag::aggregateStyle ? static_cast<ZTSAggregateStyle*>(object) : nullptr;
+    return object != nullptr && tagOf(*object) == Tag::aggregateStyle ? static_cast<ZTSAggregateStyle*>(object)
+                                                                      : nullptr;
   }
 
   /// @name Hooks
@@ -95,7 +96,8 @@ class ZT_EXPORT ZTSAggregateStyle : public ZTSStyle {
   void didReplaceStyleWithStyle(ZTSStyle* replaced, ZTSStyle* replacement) override;
   /// Whether some own value is no style, or leads through a style that is not directly referenced to an own value.
   virtual bool overridesAnyNonReferencedStyleProperty() const;
-  virtual bool overridesAnyNonReferencedStylePropertyIgnoringStyles(const ZTUMutablePointerSet<ZTSStyle>& ignored) const;
+  virtual bool overridesAnyNonReferencedStylePropertyIgnoringStyles(
+      const ZTUMutablePointerSet<ZTSStyle>& ignored) const;
   /// @}
 
   /// @name Private operations

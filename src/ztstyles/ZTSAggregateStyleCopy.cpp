@@ -45,7 +45,8 @@ class ZTSDeepCopy {
   /// Makes the copies refer to copies.
   void relink() const {
     for (const Ref<ZTSStyle>& copy : mCopies->allValues()) {
-      if (ZTSAggregateStyle* aggregate = asAggregateStyle(copy.get())) aggregate->replaceReferencedStylesUsingStyleMap(*mCopies);
+      if (ZTSAggregateStyle* aggregate = asAggregateStyle(copy.get()))
+        aggregate->replaceReferencedStylesUsingStyleMap(*mCopies);
     }
   }
 
@@ -74,8 +75,8 @@ void ZTSAggregateStyle::replaceReferencedStylesUsingStyleMap(const ZTSStyleMap& 
     if (!original) continue;
     Ref<ZTSStyle> replacement(map.objectForKey(original.get()));
     if (!replacement) {
-      ZT_REPORT("replaceReferencedStylesUsingStyleMap:", this, kSourceFile, "Failed to find mapped style for original style <%p>.",
-                address(original.get()));
+      ZT_REPORT("replaceReferencedStylesUsingStyleMap:", this, kSourceFile,
+                "Failed to find mapped style for original style <%p>.", address(original.get()));
     }
     setValueForProperty(replacement, key);
   }
@@ -98,7 +99,8 @@ bool ZTSAggregateStyle::overridesAnyNonReferencedStyleProperty() const {
   return overridesAnyNonReferencedStylePropertyIgnoringStyles(ignored);
 }
 
-bool ZTSAggregateStyle::overridesAnyNonReferencedStylePropertyIgnoringStyles(const ZTUMutablePointerSet<ZTSStyle>& ignored) const {
+bool ZTSAggregateStyle::overridesAnyNonReferencedStylePropertyIgnoringStyles(
+    const ZTUMutablePointerSet<ZTSStyle>& ignored) const {
   // What was looked at once without a finding needs no second look, whichever way leads there: one set of
   // visited styles for the whole walk, and a list in place of calls.
   struct Examined {

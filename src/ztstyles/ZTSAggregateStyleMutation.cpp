@@ -16,7 +16,8 @@ namespace {
 constexpr const char* kSourceFile = "src/ztstyles/ZTSAggregateStyle";
 
 void requireStyle(const ZTSAggregateStyle& aggregate, const char* operation, NSObject* value, PropertyKey key) {
-  if (value == nullptr || !aggregate.isReferencedStyleProperty(key) || isNull(value) || asStyle(value) != nullptr) return;
+  if (value == nullptr || !aggregate.isReferencedStyleProperty(key) || isNull(value) || asStyle(value) != nullptr)
+    return;
   ZT_RAISE(operation, &aggregate, kSourceFile, "not a style");
 }
 
@@ -207,7 +208,8 @@ void ZTSAggregateStyle::cleanup() {
     try {
       p_endObservingReferencedStyleForProperty(key);
     } catch (...) {
-      ZTULog_Fn(kZTULogFailure, kSourceFile, "Style <%p> could not let go of what its property %@ refers to.", address(this), key);
+      ZTULog_Fn(kZTULogFailure, kSourceFile, "Style <%p> could not let go of what its property %@ refers to.",
+                address(this), key);
     }
   }
   ZTSStyle::cleanup();

@@ -17,7 +17,8 @@ constexpr const char* kSourceFile = "src/ztstyles/ZTSDerivingStyle";
 }  // namespace
 
 const ZTSStyleClass& ZTSDerivingStyle::styleClass() {
-  static const auto* object = new ZTSStyleClassOf<ZTSDerivingStyle>("ZTSDerivingStyle", ZTSAggregateStyle::styleClass());
+  static const auto* object =
+      new ZTSStyleClassOf<ZTSDerivingStyle>("ZTSDerivingStyle", ZTSAggregateStyle::styleClass());
   return *object;
 }
 
@@ -45,14 +46,17 @@ void ZTSDerivingStyle::convertToDerivedPropertyMap(PropertyMap*) const {}
 // ---- Conversion of maps
 
 Ref<const PropertyMap> ZTSDerivingStyle::truePropertyMapFromPropertyMap(Ref<const PropertyMap> map) const {
-  if (!map || std::none_of(map->begin(), map->end(), [this](const auto& entry) { return isDerivedProperty(entry.key); })) return map;
+  if (!map ||
+      std::none_of(map->begin(), map->end(), [this](const auto& entry) { return isDerivedProperty(entry.key); }))
+    return map;
   const Ref<PropertyMap> converted = map->copy();
   convertToTruePropertyMap(*converted);
   return converted;
 }
 
 Ref<const PropertyMap> ZTSDerivingStyle::derivedPropertyMapFromPropertyMap(Ref<const PropertyMap> map) const {
-  if (!map || std::none_of(map->begin(), map->end(), [this](const auto& entry) { return isSourceProperty(entry.key); })) return map;
+  if (!map || std::none_of(map->begin(), map->end(), [this](const auto& entry) { return isSourceProperty(entry.key); }))
+    return map;
   const Ref<PropertyMap> converted = map->copy();
   convertToDerivedPropertyMap(converted.get());
   return converted;
@@ -87,7 +91,8 @@ Ref<PropertyMap> ZTSDerivingStyle::propertyMap() const {
   return map;
 }
 
-Ref<PropertyMap> ZTSDerivingStyle::overridePropertyMapWithPropertyMap(const PropertyMap* wanted, const PropertyMap* overrides,
+Ref<PropertyMap> ZTSDerivingStyle::overridePropertyMapWithPropertyMap(const PropertyMap* wanted,
+                                                                      const PropertyMap* overrides,
                                                                       bool canCollapse) const {
   const Ref<const PropertyMap> trueWanted = truePropertyMapFromPropertyMap(Ref<const PropertyMap>(wanted));
   const Ref<const PropertyMap> trueOverrides = truePropertyMapFromPropertyMap(Ref<const PropertyMap>(overrides));
@@ -116,7 +121,8 @@ void ZTSDerivingStyle::setValuesForProperties(const PropertyMap& values) {
 }
 
 void ZTSDerivingStyle::lockedStyleSetValuesForProperties(const PropertyMap& values, std::int32_t flags) {
-  ZTSAggregateStyle::lockedStyleSetValuesForProperties(*truePropertyMapFromPropertyMap(Ref<const PropertyMap>(&values)), flags);
+  ZTSAggregateStyle::lockedStyleSetValuesForProperties(*truePropertyMapFromPropertyMap(Ref<const PropertyMap>(&values)),
+                                                       flags);
 }
 
 void ZTSDerivingStyle::removeValueForProperty(PropertyKey key) {
@@ -170,7 +176,8 @@ Ref<NSObject> ZTSDerivingStyle::initMoreWithXMLUnarchiver(ZTAXMLUnarchiver& unar
   if (converted == stored) return kept;
   for (const PropertyMap::Entry& entry : *stored) {
     if (!isDerivedProperty(entry.key)) continue;
-    ZTULog_Fn(kZTULogNotice, kSourceFile, "Converted derived property %@ of %@ on reading.", entry.key, shortDescription());
+    ZTULog_Fn(kZTULogNotice, kSourceFile, "Converted derived property %@ of %@ on reading.", entry.key,
+              shortDescription());
   }
   p_setPropertyMap(converted->copy());
   return kept;

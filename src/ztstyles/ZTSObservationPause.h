@@ -16,7 +16,9 @@ namespace zt {
 /// the usage count must not reach it: the outermost pause begins what it finds in the end.
 class ZTSObservationPause {
  public:
-  explicit ZTSObservationPause(ZTSAggregateStyle& style) noexcept : mStyle(&style), mOuter(tInnermost) { tInnermost = this; }
+  explicit ZTSObservationPause(ZTSAggregateStyle& style) noexcept : mStyle(&style), mOuter(tInnermost) {
+    tInnermost = this;
+  }
   /// Begins again what was ended, unless that was done or is not wanted. A second failure is passed over.
   ~ZTSObservationPause();
   ZTSObservationPause(const ZTSObservationPause&) = delete;
@@ -38,7 +40,8 @@ class ZTSObservationPause {
 
  private:
   /// The pause that covers the reference: the given one or one around it; none if there is none.
-  static ZTSObservationPause* covering(ZTSObservationPause* pause, const ZTSAggregateStyle& style, PropertyKey key) noexcept;
+  static ZTSObservationPause* covering(ZTSObservationPause* pause, const ZTSAggregateStyle& style,
+                                       PropertyKey key) noexcept;
 
   static thread_local constinit ZTSObservationPause* tInnermost;
 

@@ -54,15 +54,16 @@ class ZTSReferenceGroups {
   /// Whether values of the style may be part of a cycle.
   static bool hasReferences(const ZTSStyle& style) {
     const PropertyMap* own = style.mLocalPropertyMap.get();
-    return own != nullptr && std::any_of(own->begin(), own->end(), [](const PropertyMap::Entry& entry) { return canHold(*entry.value); });
+    return own != nullptr &&
+           std::any_of(own->begin(), own->end(), [](const PropertyMap::Entry& entry) { return canHold(*entry.value); });
   }
 
  private:
   /// A style, or a list among whose elements there are styles.
   struct Member {
     NSObject* object;
-    ZTSStyle* style;            // none for a list
-    std::uint32_t inside = 0;   // references to it that members and the caller hold
+    ZTSStyle* style;           // none for a list
+    std::uint32_t inside = 0;  // references to it that members and the caller hold
     bool isReachable = false;
   };
 
@@ -70,8 +71,9 @@ class ZTSReferenceGroups {
     if (!object.isPlainValue()) return asStyle(&object) != nullptr;
     const NSArray* list = NSArray::from(&object);
     // Lists in lists are left alone: what they hold counts as held from outside.
-    return list != nullptr && std::any_of(list->objects().begin(), list->objects().end(),
-                                          [](const Ref<NSObject>& element) { return asStyle(element.get()) != nullptr; });
+    return list != nullptr &&
+           std::any_of(list->objects().begin(), list->objects().end(),
+                       [](const Ref<NSObject>& element) { return asStyle(element.get()) != nullptr; });
   }
 
   /// The object's place among the members, where it is put on first sight.

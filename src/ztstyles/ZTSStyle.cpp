@@ -40,7 +40,8 @@ bool descendsFrom(const ZTSStyle* style, const ZTSStyle& ancestor) {
 
 /// Whether the registry has all keys of the map; a set of them need not be made for that.
 bool supportsKeysOf(const PropertyMap& map, const PropertySet& registry) {
-  return std::all_of(map.begin(), map.end(), [&](const PropertyMap::Entry& entry) { return registry.contains(entry.key); });
+  return std::all_of(map.begin(), map.end(),
+                     [&](const PropertyMap::Entry& entry) { return registry.contains(entry.key); });
 }
 
 /// The undo manager if it takes registrations now.
@@ -75,10 +76,11 @@ ZTSStyle::~ZTSStyle() {
 }
 
 bool ZTSStyle::initWithName(const ZTSStyleFields& fields) {
-  if (fields.overridePropertyMap != nullptr && !supportsKeysOf(*fields.overridePropertyMap, classObject().properties())) {
+  if (fields.overridePropertyMap != nullptr &&
+      !supportsKeysOf(*fields.overridePropertyMap, classObject().properties())) {
     constexpr const char* operation = "initWithName:identifier:parentIdentifier:overridePropertyMap:isLocked:";
-    ZT_REPORT(operation, this, kSourceFile, "%@ Attempt to initialize a style with an override of an unsupported property.",
-              operation);
+    ZT_REPORT(operation, this, kSourceFile,
+              "%@ Attempt to initialize a style with an override of an unsupported property.", operation);
     return false;
   }
   mName = fields.name;
@@ -100,14 +102,15 @@ void ZTSStyle::setName(StringRef name) {
     undo->registerUndo("setName:", self, [before = mName](ZTSStyle& style) { style.setName(before); });
   }
   p_setName(std::move(name));
-  NSNotificationCenter::defaultCenter().postIfHeard(ZTSStyleNameChangedNotification, this, [] { return Ref<NSDictionary>(); });
+  NSNotificationCenter::defaultCenter().postIfHeard(ZTSStyleNameChangedNotification, this,
+                                                    [] { return Ref<NSDictionary>(); });
 }
 
 void ZTSStyle::setIdentifier(StringRef identifier) {
   if (identifier == mIdentifier) return;
   if (mStylesheet != nullptr) {
-    ZT_REPORT("setIdentifier:", this, kSourceFile, "Attempt to set identifier of style <%p> which has a non-nil stylesheet.",
-              address(this));
+    ZT_REPORT("setIdentifier:", this, kSourceFile,
+              "Attempt to set identifier of style <%p> which has a non-nil stylesheet.", address(this));
     return;
   }
   if (NSUndoManager* undo = registeringUndoManager(*this)) {
@@ -181,13 +184,16 @@ bool ZTSStyle::p_updateParent() {
   if (found == mParent && found) return false;
   if (found == this) {
     fileAsUntried();
-    ZT_RAISE("p_updateParent", this, kSourceFile, "-[ZTSStyle (%p) setParent:] tried to set ourself as our parent.", address(this));
+    ZT_RAISE("p_updateParent", this, kSourceFile, "-[ZTSStyle (%p) setParent:] tried to set ourself as our parent.",
+             address(this));
   }
   bool isRefused = false;
   // Only a style that has children can close a loop.
   if (found && !mChildren.isEmpty() && descendsFrom(found.get(), *this)) {
-    ZTULog_Fn(kZTULogFailure, kSourceFile, "Style <%p> with identifier '%@' cannot inherit from style <%p> with identifier '%@', which inherits from it.",
-              address(this), mIdentifier, address(found.get()), found->identifier());
+    ZTULog_Fn(
+        kZTULogFailure, kSourceFile,
+        "Style <%p> with identifier '%@' cannot inherit from style <%p> with identifier '%@', which inherits from it.",
+        address(this), mIdentifier, address(found.get()), found->identifier());
     found.reset();
     isRefused = true;
   }
@@ -219,8 +225,8 @@ bool ZTSStyle::p_updateParent() {
 
 void ZTSStyle::p_addChild(ZTSStyle& child) {
   if (&child == this) {
-    ZT_RAISE("p_addChild:", this, kSourceFile, "-[%@ %@] -- attempted to add self (%p) as own child.", classObject().name(),
-             "p_addChild:", address(this));
+    ZT_RAISE("p_addChild:", this, kSourceFile, "-[%@ %@] -- attempted to add self (%p) as own child.",
+             classObject().name(), "p_addChild:", address(this));
   }
   if (!mChildren.addObject(&child)) return;
   if (hasState(kHasVariationIndex)) ZTSVariationIndexes::childWasAdded(*this, child);

@@ -17,8 +17,8 @@ Ref<ZTSStyle> ZTSStyleChangeInfo::unchangedVariation() const {
       return referenced != nullptr && referenced->stylesheet() != stylesheet.get();
     });
   }
-  Ref<ZTSStyle> variation =
-      stylesheet->variationOfStyle(mStyle.get(), {.propertyMap = values.get(), .isLocked = mStyle->isLocked(), .canCollapse = false});
+  Ref<ZTSStyle> variation = stylesheet->variationOfStyle(
+      mStyle.get(), {.propertyMap = values.get(), .isLocked = mStyle->isLocked(), .canCollapse = false});
   // Adding a style tells observers, one of whom may have asked this record meanwhile.
   if (!mUnchangedVariation) mUnchangedVariation = std::move(variation);
   return mUnchangedVariation;

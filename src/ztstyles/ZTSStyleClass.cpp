@@ -8,7 +8,9 @@ const PropertySet& ZTSStyleClass::properties() const {
   return *none;
 }
 
-NSNotificationName ZTSStyleClass::stylePropertiesChangedNotificationName() const { return ZTSStylePropertiesChangedNotification; }
+NSNotificationName ZTSStyleClass::stylePropertiesChangedNotificationName() const {
+  return ZTSStylePropertiesChangedNotification;
+}
 
 StringRef ZTSStyleClass::localizationKeyPrefix() const {
   static const StringRef prefix("STYLE_");

@@ -13,9 +13,9 @@ class ZTSStyle;
 
 /// What a new style starts with.
 struct ZTSStyleFields {
-  StringRef name = {};                             ///< absent: no name
-  StringRef identifier = {};                       ///< absent: an anonymous style
-  StringRef parentIdentifier = {};                 ///< absent: no parent
+  StringRef name = {};                               ///< absent: no name
+  StringRef identifier = {};                         ///< absent: an anonymous style
+  StringRef parentIdentifier = {};                   ///< absent: no parent
   const PropertyMap* overridePropertyMap = nullptr;  ///< none counts as empty; its entries are copied
   bool isLocked = false;
 };
@@ -58,10 +58,10 @@ class ZT_EXPORT ZTSStyleClass : public ZTClass {
   /// Groups of operations; a set bit says that the class, and every class between it and the library's
   /// own, leaves the whole group alone, so that a shortcut past the calls cannot be noticed.
   enum Plain : std::uint8_t {
-    plainReading = 1,    ///< valueForProperty, definesProperty, propertyMap (and the default-value hook)
-    plainTelling = 2,    ///< stylePropertiesChanged and what it consults
-    plainCounting = 4,   ///< the four counting operations
-    plainMatching = 8,   ///< overridePropertyMap
+    plainReading = 1,     ///< valueForProperty, definesProperty, propertyMap (and the default-value hook)
+    plainTelling = 2,     ///< stylePropertiesChanged and what it consults
+    plainCounting = 4,    ///< the four counting operations
+    plainMatching = 8,    ///< overridePropertyMap
     plainResolving = 16,  ///< updateParent
     plainComparing = 32,  ///< isEqual, isEqualCompareNames
     // These hold for aggregates too: each operation is the one of `ZTSStyle` or of `ZTSAggregateStyle`.

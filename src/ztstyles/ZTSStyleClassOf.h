@@ -52,7 +52,10 @@ class ZTSStyleClassOf : public ZTSStyleClass {
 
   /// A deriving style without source and derived properties shows its own map as it is stored.
   static constexpr bool derivesNothing() {
-    if constexpr (requires { &T::isSourceProperty; &T::isDerivedProperty; }) {
+    if constexpr (requires {
+                    &T::isSourceProperty;
+                    &T::isDerivedProperty;
+                  }) {
       return kSameOperation<decltype(&T::isSourceProperty), decltype(&ZTSDerivingStyle::isSourceProperty)> &&
              kSameOperation<decltype(&T::isDerivedProperty), decltype(&ZTSDerivingStyle::isDerivedProperty)>;
     } else {
@@ -62,7 +65,8 @@ class ZTSStyleClassOf : public ZTSStyleClass {
   static constexpr bool showsOwnMap() {
     if constexpr (requires { &T::overridePropertyMap; }) {
       return kSameOperation<decltype(&T::overridePropertyMap), decltype(&ZTSStyle::overridePropertyMap)> ||
-             (derivesNothing() && kSameOperation<decltype(&T::overridePropertyMap), decltype(&ZTSDerivingStyle::overridePropertyMap)>);
+             (derivesNothing() &&
+              kSameOperation<decltype(&T::overridePropertyMap), decltype(&ZTSDerivingStyle::overridePropertyMap)>);
     } else {
       return false;
     }
@@ -71,29 +75,43 @@ class ZTSStyleClassOf : public ZTSStyleClass {
     if constexpr (requires { &T::overridePropertyMapWithPropertyMap; }) {
       using Operation = decltype(&T::overridePropertyMapWithPropertyMap);
       return kSameOperation<Operation, decltype(&ZTSStyle::overridePropertyMapWithPropertyMap)> ||
-             (derivesNothing() && kSameOperation<Operation, decltype(&ZTSDerivingStyle::overridePropertyMapWithPropertyMap)>);
+             (derivesNothing() &&
+              kSameOperation<Operation, decltype(&ZTSDerivingStyle::overridePropertyMapWithPropertyMap)>);
     } else {
       return false;
     }
   }
   static constexpr std::uint8_t groups() {
     std::uint8_t all = 0;
-    if constexpr (requires { &T::valueForProperty; &T::definesProperty; &T::propertyMap; }) {
-      constexpr bool values =
-          kSameOperation<decltype(&T::valueForProperty), decltype(&ZTSStyle::valueForProperty)> || readsLikePlainAggregate();
+    if constexpr (requires {
+                    &T::valueForProperty;
+                    &T::definesProperty;
+                    &T::propertyMap;
+                  }) {
+      constexpr bool values = kSameOperation<decltype(&T::valueForProperty), decltype(&ZTSStyle::valueForProperty)> ||
+                              readsLikePlainAggregate();
       if (values && kSameOperation<decltype(&T::definesProperty), decltype(&ZTSStyle::definesProperty)> &&
           kSameOperation<decltype(&T::propertyMap), decltype(&ZTSStyle::propertyMap)>) {
         all |= plainReading;
       }
     }
-    if constexpr (requires { &T::stylePropertiesChanged; &T::inspectableProperties; &T::undoManager; }) {
+    if constexpr (requires {
+                    &T::stylePropertiesChanged;
+                    &T::inspectableProperties;
+                    &T::undoManager;
+                  }) {
       if (kSameOperation<decltype(&T::stylePropertiesChanged), decltype(&ZTSStyle::stylePropertiesChanged)> &&
           kSameOperation<decltype(&T::inspectableProperties), decltype(&ZTSStyle::inspectableProperties)> &&
           showsOwnMap() && kSameOperation<decltype(&T::undoManager), decltype(&ZTSStyle::undoManager)>) {
         all |= plainTelling;
       }
     }
-    if constexpr (requires { &T::incrementUsageCount; &T::decrementUsageCount; &T::incrementOrphanCount; &T::decrementOrphanCount; }) {
+    if constexpr (requires {
+                    &T::incrementUsageCount;
+                    &T::decrementUsageCount;
+                    &T::incrementOrphanCount;
+                    &T::decrementOrphanCount;
+                  }) {
       if (kSameOperation<decltype(&T::incrementUsageCount), decltype(&ZTSStyle::incrementUsageCount)> &&
           kSameOperation<decltype(&T::decrementUsageCount), decltype(&ZTSStyle::decrementUsageCount)> &&
           kSameOperation<decltype(&T::incrementOrphanCount), decltype(&ZTSStyle::incrementOrphanCount)> &&
@@ -107,11 +125,17 @@ class ZTSStyleClassOf : public ZTSStyleClass {
         all |= libraryCounting;
       }
     }
-    if constexpr (requires { &T::valueForProperty; &T::referencedStyles; &T::recursivelyReferencedStyles; }) {
+    if constexpr (requires {
+                    &T::valueForProperty;
+                    &T::referencedStyles;
+                    &T::recursivelyReferencedStyles;
+                  }) {
       // A class with the bit is an aggregate unless it is plain.
-      if (((all & plainReading) != 0 && kSameOperation<decltype(&T::valueForProperty), decltype(&ZTSStyle::valueForProperty)> &&
+      if (((all & plainReading) != 0 &&
+           kSameOperation<decltype(&T::valueForProperty), decltype(&ZTSStyle::valueForProperty)> &&
            kSameOperation<decltype(&T::referencedStyles), decltype(&ZTSStyle::referencedStyles)> &&
-           kSameOperation<decltype(&T::recursivelyReferencedStyles), decltype(&ZTSStyle::recursivelyReferencedStyles)>) ||
+           kSameOperation<decltype(&T::recursivelyReferencedStyles),
+                          decltype(&ZTSStyle::recursivelyReferencedStyles)>) ||
           refersLikeAggregate()) {
         all |= libraryReading;
       }
@@ -120,7 +144,10 @@ class ZTSStyleClassOf : public ZTSStyleClass {
     if constexpr (requires { &T::updateParent; }) {
       if (kSameOperation<decltype(&T::updateParent), decltype(&ZTSStyle::updateParent)>) all |= plainResolving;
     }
-    if constexpr (requires { &T::isEqual; &T::isEqualCompareNames; }) {
+    if constexpr (requires {
+                    &T::isEqual;
+                    &T::isEqualCompareNames;
+                  }) {
       if (kSameOperation<decltype(&T::isEqual), decltype(&ZTSStyle::isEqual)> &&
           kSameOperation<decltype(&T::isEqualCompareNames), decltype(&ZTSStyle::isEqualCompareNames)>) {
         all |= plainComparing;
@@ -134,7 +161,8 @@ class ZTSStyleClassOf : public ZTSStyleClass {
     if constexpr (requires { &T::overridesAnyNonReferencedStylePropertyIgnoringStyles; }) {
       return kSameOperation<decltype(&T::valueForProperty), decltype(&Aggregate::valueForProperty)> &&
              kSameOperation<decltype(&T::referencedStyles), decltype(&Aggregate::referencedStyles)> &&
-             kSameOperation<decltype(&T::recursivelyReferencedStyles), decltype(&Aggregate::recursivelyReferencedStyles)> &&
+             kSameOperation<decltype(&T::recursivelyReferencedStyles),
+                            decltype(&Aggregate::recursivelyReferencedStyles)> &&
              kSameOperation<decltype(&T::overridesAnyNonReferencedStylePropertyIgnoringStyles),
                             decltype(&Aggregate::overridesAnyNonReferencedStylePropertyIgnoringStyles)>;
     } else {
@@ -144,7 +172,10 @@ class ZTSStyleClassOf : public ZTSStyleClass {
 
   /// An aggregate whose default-value hook is the library's answers what a plain style answers.
   static constexpr bool readsLikePlainAggregate() {
-    if constexpr (requires { &T::valueForProperty; &T::defaultValueForNilStyleProperty; }) {
+    if constexpr (requires {
+                    &T::valueForProperty;
+                    &T::defaultValueForNilStyleProperty;
+                  }) {
       return kSameOperation<decltype(&T::valueForProperty), decltype(&ZTSAggregateStyle::valueForProperty)> &&
              kSameOperation<decltype(&T::defaultValueForNilStyleProperty),
                             decltype(&ZTSAggregateStyle::defaultValueForNilStyleProperty)>;
@@ -156,7 +187,7 @@ class ZTSStyleClassOf : public ZTSStyleClass {
 
 /// Makes a style of a C++ class; none where its initialiser refuses.
 template <class T>
-  requires requires { T::styleClass(); }
+requires requires { T::styleClass(); }
 Ref<T> make(const ZTSStyleFields& fields = {}) {
   Ref<ZTSStyle> style = T::styleClass().makeStyle(fields);
   return Ref<T>(static_cast<T*>(style.get()));

@@ -32,7 +32,8 @@ struct Pair {
 
 struct PairHash {
   std::size_t operator()(const Pair& pair) const noexcept {
-    return combineHashes(mixBits(reinterpret_cast<std::uintptr_t>(pair.left)), reinterpret_cast<std::uintptr_t>(pair.right));
+    return combineHashes(mixBits(reinterpret_cast<std::uintptr_t>(pair.left)),
+                         reinterpret_cast<std::uintptr_t>(pair.right));
   }
 };
 
@@ -92,7 +93,11 @@ struct Comparisons {
 /// A run of comparisons from one pair up through the parents. Puts the process-wide state back however it ends.
 class ZTSStyle::Comparison {
  public:
-  Comparison() : mAll(Comparisons::shared()), mHold(mAll.lock), mStart(mAll.underWay.size()), mFoundBefore(mAll.foundEqual.size()) {}
+  Comparison()
+      : mAll(Comparisons::shared()),
+        mHold(mAll.lock),
+        mStart(mAll.underWay.size()),
+        mFoundBefore(mAll.foundEqual.size()) {}
   ~Comparison() {
     if (mAll.underWay.size() > mStart) forgetFindings();  // thrown: what rested on these pairs is not known
     mAll.underWay.cutBack(mStart);
@@ -204,14 +209,15 @@ std::string ZTSStyle::description() const {
   return format(
       "\n<%@ %p name=%@ identifier=%@ parentIdentifier=%@ parent=%p stylesheet=%p usageCount=%d debugUsageCount=%d "
       "isLocked=%@>",
-      classObject().name(), address(this), mName, mIdentifier, mParentIdentifier, mParent, address(mStylesheet), mUsageCount, 0,
-      isLocked() ? "YES" : "NO");
+      classObject().name(), address(this), mName, mIdentifier, mParentIdentifier, mParent, address(mStylesheet),
+      mUsageCount, 0, isLocked() ? "YES" : "NO");
 }
 
 std::string ZTSStyle::shortDescription() const {
   const StringRef& name = classObject().name();
   const void* self = address(this);
-  if (isNamed() && isIdentified()) return format("%@ %#x identified as \"%@\" and named \"%@\"", name, self, mIdentifier, mName);
+  if (isNamed() && isIdentified())
+    return format("%@ %#x identified as \"%@\" and named \"%@\"", name, self, mIdentifier, mName);
   if (isNamed()) return format("%@ %#x with named \"%@\"", name, self, mName);
   if (isIdentified()) return format("%@ %#x identified as \"%@\"", name, self, mIdentifier);
   if (!mParent) return format("Anonymous unnamed parentless %@ %#x", name, self);
@@ -224,7 +230,8 @@ std::string ZTSStyle::shortDescription() const {
     return format("Anonymous unnamed %@ %#x with parent %#x named \"%@\"", name, self, parent, mParent->mName);
   }
   if (mParent->isIdentified()) {
-    return format("Anonymous unnamed %@ %#x with parent %#x identified as \"%@\"", name, self, parent, mParent->mIdentifier);
+    return format("Anonymous unnamed %@ %#x with parent %#x identified as \"%@\"", name, self, parent,
+                  mParent->mIdentifier);
   }
   return format("Anonymous unnamed %@ %#x with anonymouse unnamed parent %#x", name, self, parent);
 }

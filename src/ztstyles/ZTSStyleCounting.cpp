@@ -20,8 +20,8 @@ constexpr std::uint32_t kLargestCount = std::numeric_limits<std::uint32_t>::max(
 void ZTSStyle::incrementUsageCount() {
   for (Ref<ZTSStyle> style(this);;) {
     if (style->mUsageCount == kLargestCount) {
-      ZT_REPORT("incrementUsageCount", style.get(), kSourceFile, "Attempt to increment the usage count of style <%p> beyond its range.",
-                address(style.get()));
+      ZT_REPORT("incrementUsageCount", style.get(), kSourceFile,
+                "Attempt to increment the usage count of style <%p> beyond its range.", address(style.get()));
       return;
     }
     style->p_setUsageCount(style->mUsageCount + 1);
@@ -38,8 +38,8 @@ void ZTSStyle::incrementUsageCount() {
 void ZTSStyle::decrementUsageCount() {
   for (Ref<ZTSStyle> style(this);;) {
     if (style->mUsageCount == 0) {
-      ZT_REPORT("decrementUsageCount", style.get(), kSourceFile, "Attempt to decrement the usage count of style <%p> whose usage count is 0.",
-                address(style.get()));
+      ZT_REPORT("decrementUsageCount", style.get(), kSourceFile,
+                "Attempt to decrement the usage count of style <%p> whose usage count is 0.", address(style.get()));
       return;
     }
     style->p_setUsageCount(style->mUsageCount - 1);
@@ -56,8 +56,8 @@ void ZTSStyle::decrementUsageCount() {
 void ZTSStyle::incrementOrphanCount() {
   for (Ref<ZTSStyle> style(this);;) {
     if (style->mOrphanCount == kLargestCount) {
-      ZT_REPORT("incrementOrphanCount", style.get(), kSourceFile, "Attempt to increment the orphan count of style <%p> beyond its range.",
-                address(style.get()));
+      ZT_REPORT("incrementOrphanCount", style.get(), kSourceFile,
+                "Attempt to increment the orphan count of style <%p> beyond its range.", address(style.get()));
       return;
     }
     if (++style->mOrphanCount != 1) return;
@@ -73,7 +73,8 @@ void ZTSStyle::incrementOrphanCount() {
 void ZTSStyle::decrementOrphanCount() {
   for (Ref<ZTSStyle> style(this);;) {
     if (style->mOrphanCount == 0) {
-      throw NSInternalInconsistencyException("Attempt to decrement the orphan count of a style whose orphan count is 0.");
+      throw NSInternalInconsistencyException(
+          "Attempt to decrement the orphan count of a style whose orphan count is 0.");
     }
     if (--style->mOrphanCount != 0) return;
     style = style->mParent;

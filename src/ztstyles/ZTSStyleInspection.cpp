@@ -26,8 +26,8 @@ std::optional<std::vector<Ref<NSObject>>> ZTSStyle::valuesForPropertyWithScope(P
   return valuesForProperty(key);
 }
 
-std::vector<std::pair<PropertyKey, std::vector<Ref<NSObject>>>> ZTSStyle::valuesForPropertiesWithScope(const PropertySet& keys,
-                                                                                                      NSObject* scope) const {
+std::vector<std::pair<PropertyKey, std::vector<Ref<NSObject>>>> ZTSStyle::valuesForPropertiesWithScope(
+    const PropertySet& keys, NSObject* scope) const {
   std::vector<std::pair<PropertyKey, std::vector<Ref<NSObject>>>> all;
   for (PropertyKey key : keys.keys()) {
     if (auto values = valuesForPropertyWithScope(key, scope)) all.emplace_back(key, std::move(*values));

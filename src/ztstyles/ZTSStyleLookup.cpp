@@ -53,7 +53,9 @@ NSObject* ZTSStyle::p_valueForProperty(PropertyKey key) const noexcept {
   return nullptr;
 }
 
-Ref<NSObject> ZTSStyle::overrideValueForProperty(PropertyKey key) const { return Ref<NSObject>(p_overrideValueForProperty(key)); }
+Ref<NSObject> ZTSStyle::overrideValueForProperty(PropertyKey key) const {
+  return Ref<NSObject>(p_overrideValueForProperty(key));
+}
 
 bool ZTSStyle::overridesProperty(PropertyKey key) const { return p_overrideValueForProperty(key) != nullptr; }
 

@@ -61,7 +61,8 @@ struct Replaced {
 };
 
 /// A record of the style over a set and a map that nobody changes any more, which it therefore need not copy.
-Ref<ZTSStyleChangeInfo> recordOf(ZTSStyle& style, const Ref<const PropertySet>& changed, const Ref<const PropertyMap>& old) {
+Ref<ZTSStyleChangeInfo> recordOf(ZTSStyle& style, const Ref<const PropertySet>& changed,
+                                 const Ref<const PropertyMap>& old) {
   return ZTSStyleChangeInfo::p_init(&style, &style, changed, changed, {}, {}, old);
 }
 
@@ -81,17 +82,18 @@ Ref<PropertyMap> takeOwnEntries(ZTSStyle& style, const PropertySet& keys, const 
 void ZTSStyle::setValueForProperty(Ref<NSObject> value, PropertyKey key) {
   const Ref<ZTSStyle> self(this);
   if (!key || !validateValueForProperty(value.get(), key)) {
-    ZT_RAISE("setValue:forProperty:", this, kSourceFile, "[ZTSStyle %s] Attempted to set an invalid value %@ for property %@.",
-             "setValue:forProperty:", value, key);
+    ZT_RAISE("setValue:forProperty:", this, kSourceFile,
+             "[ZTSStyle %s] Attempted to set an invalid value %@ for property %@.", "setValue:forProperty:", value,
+             key);
   }
   Ref<NSObject> old(p_overrideValueForProperty(key));
   if (NSUndoManager* undo = ifRegistering(undoManager())) {
     if (old) {
-      undo->registerUndo("setValue:forProperty:", self, [before = noneForNull(old), key](ZTSStyle& style) {
-        style.setValueForProperty(before, key);
-      });
+      undo->registerUndo("setValue:forProperty:", self,
+                         [before = noneForNull(old), key](ZTSStyle& style) { style.setValueForProperty(before, key); });
     } else {
-      undo->registerUndo("removeValueForProperty:", self, [key](ZTSStyle& style) { style.removeValueForProperty(key); });
+      undo->registerUndo("removeValueForProperty:", self,
+                         [key](ZTSStyle& style) { style.removeValueForProperty(key); });
     }
   }
   // Deliberately the parent's effective value, where the several-value operations take the raw one.
@@ -110,20 +112,23 @@ void ZTSStyle::setValuesForProperties(const PropertyMap& values) {
   const Ref<const PropertyMap> wanted = values.copy();
   for (const auto& [key, value] : *wanted) {
     if (validateValueForProperty(noneForNull(value).get(), key)) continue;
-    ZT_RAISE("setValuesForProperties:", this, kSourceFile, "[ZTSStyle %s] Attempted to set an invalid value %@ for property %@.",
-             "setValuesForProperties:", value, key);
+    ZT_RAISE("setValuesForProperties:", this, kSourceFile,
+             "[ZTSStyle %s] Attempted to set an invalid value %@ for property %@.", "setValuesForProperties:", value,
+             key);
   }
   const Replaced replaced(*this, *wanted);
   if (NSUndoManager* undo = ifRegistering(undoManager())) {
     if (!replaced.entries->isEmpty()) {
-      undo->registerUndo("setValuesForProperties:", self, [before = Ref<const PropertyMap>(replaced.entries)](ZTSStyle& style) {
-        style.setValuesForProperties(*before);
-      });
+      undo->registerUndo("setValuesForProperties:", self,
+                         [before = Ref<const PropertyMap>(replaced.entries)](ZTSStyle& style) {
+                           style.setValuesForProperties(*before);
+                         });
     }
     if (!replaced.newKeys->isEmpty()) {
-      undo->registerUndo("removeValuesForProperties:", self, [added = Ref<const PropertySet>(replaced.newKeys)](ZTSStyle& style) {
-        style.removeValuesForProperties(*added);
-      });
+      undo->registerUndo("removeValuesForProperties:", self,
+                         [added = Ref<const PropertySet>(replaced.newKeys)](ZTSStyle& style) {
+                           style.removeValuesForProperties(*added);
+                         });
     }
   }
   const Ref<const PropertyMap> old = replaced.withInherited(*this);
@@ -138,9 +143,8 @@ void ZTSStyle::removeValueForProperty(PropertyKey key) {
   Ref<NSObject> old(p_overrideValueForProperty(key));
   if (!old) return;
   if (NSUndoManager* undo = ifRegistering(undoManager())) {
-    undo->registerUndo("setValue:forProperty:", self, [before = noneForNull(old), key](ZTSStyle& style) {
-      style.setValueForProperty(before, key);
-    });
+    undo->registerUndo("setValue:forProperty:", self,
+                       [before = noneForNull(old), key](ZTSStyle& style) { style.setValueForProperty(before, key); });
   }
   p_removeValueForProperty(key);
   if (isUnheard()) return;

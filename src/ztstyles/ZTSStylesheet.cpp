@@ -1,7 +1,7 @@
 // Making and destroying stylesheets, and their host.
 
-#include <ztstyles/ZTSOrphanIndex.h>
 #include <ztstyles/ZTSAggregateStyle.h>
+#include <ztstyles/ZTSOrphanIndex.h>
 #include <ztstyles/ZTSReferenceGroups.h>
 #include <ztstyles/ZTSStyleOrdering.h>
 #include <ztstyles/ZTSStylesheet.h>

@@ -95,7 +95,9 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   virtual void removeStyle(Ref<ZTSStyle> style);
 
   /// Borrowed; none where this stylesheet has no such style.
-  [[nodiscard]] ZTSStyle* styleWithIdentifier(const StringRef& identifier) const noexcept { return mIdentifiedStyles.find(identifier); }
+  [[nodiscard]] ZTSStyle* styleWithIdentifier(const StringRef& identifier) const noexcept {
+    return mIdentifiedStyles.find(identifier);
+  }
   /// The style of that identifier here, else in the nearest ancestor; none for none. Borrowed.
   virtual ZTSStyle* cascadedStyleWithIdentifier(const StringRef& identifier) const;
   /// Every style without parent that names one tries to find it, identified styles first.
@@ -149,7 +151,8 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
       const ZTUMutableRetainedPointerSet<ZTSStylesheet>& stylesheets);
   static ZTUMutableRetainedPointerSet<ZTSStylesheet> p_stylesheetsClosureOverParents(
       const ZTUMutableRetainedPointerSet<ZTSStylesheet>& stylesheets);
-  static std::vector<Ref<ZTSStylesheet>> p_sortStylesheets(const ZTUMutableRetainedPointerSet<ZTSStylesheet>& stylesheets);
+  static std::vector<Ref<ZTSStylesheet>> p_sortStylesheets(
+      const ZTUMutableRetainedPointerSet<ZTSStylesheet>& stylesheets);
   /// @}
 
   /// @name Identify and anonymize
@@ -320,13 +323,15 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   // Steps of identifying, see ZTSStylesheetIdentify.cpp, and of finding or creating a variation.
   bool mayIdentify(const char* operation, const ZTSStyle* style) const;
   std::pair<ZTSStyle*, ZTSStylesheet*> captorOfKeptChild(const ZTSStyleSet& kept, const StringRef& identifier) const;
-  Ref<ZTSStyle> variationOfStyleWithOverrides(ZTSStyle& style, const Ref<ZTSStyle>& base, const Ref<ZTSStyle>& reachable,
-                                              const StyleVariationRequest& request, const PropertyMap* wanted);
+  Ref<ZTSStyle> variationOfStyleWithOverrides(ZTSStyle& style, const Ref<ZTSStyle>& base,
+                                              const Ref<ZTSStyle>& reachable, const StyleVariationRequest& request,
+                                              const PropertyMap* wanted);
   void sortByRegistry(std::vector<Ref<ZTSStyle>>& styles) const;
   ZTSOrphanIndex& orphans();
 
   // Reading an archive.
-  void readStyles(ZTAXMLUnarchiver& unarchiver, _xmlNode* container, const std::function<void(Ref<ZTSStyle>, _xmlNode*)>& take);
+  void readStyles(ZTAXMLUnarchiver& unarchiver, _xmlNode* container,
+                  const std::function<void(Ref<ZTSStyle>, _xmlNode*)>& take);
   void takeIdentified(ZTAXMLUnarchiver& unarchiver, Ref<ZTSStyle> style, _xmlNode* child);
   void takeAnonymous(Ref<ZTSStyle> style);
 
@@ -338,7 +343,7 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   ZTSStyleDictionary mIdentifiedStyles;
   ZTSStyleSet mAnonymousStyles;
   ZTUMutablePointerSet<ZTSStyle> mDeparted;  // aggregates that were removed; each leaves when it enters again or dies
-  ZTSStylesheetHost* mHost = nullptr;  // cleared by the host's destructor
+  ZTSStylesheetHost* mHost = nullptr;        // cleared by the host's destructor
   Tracker mChangeTracker = Tracker::none;
   ZTUMutablePointerSet<ZTSStylesheetObserver> mObservers;
   bool mIsChangeCommunicationEnabled = true;

@@ -67,13 +67,15 @@ ZTUMutableRetainedPointerSet<ZTSStylesheet> ZTSStylesheet::p_stylesheetsClosureO
   return closure;
 }
 
-std::vector<Ref<ZTSStylesheet>> ZTSStylesheet::p_sortStylesheets(const ZTUMutableRetainedPointerSet<ZTSStylesheet>& stylesheets) {
+std::vector<Ref<ZTSStylesheet>> ZTSStylesheet::p_sortStylesheets(
+    const ZTUMutableRetainedPointerSet<ZTSStylesheet>& stylesheets) {
   // The same order as p_addParentAndStylesheet for each in turn, with the identity search in a set.
   std::vector<Ref<ZTSStylesheet>> sorted;
   ZTUMutablePointerSet<ZTSStylesheet> placed;
   std::vector<ZTSStylesheet*> chain;
   for (ZTSStylesheet* stylesheet : stylesheets) {
-    for (ZTSStylesheet* each = stylesheet; each != nullptr && placed.addObject(each); each = each->parent()) chain.push_back(each);
+    for (ZTSStylesheet* each = stylesheet; each != nullptr && placed.addObject(each); each = each->parent())
+      chain.push_back(each);
     sorted.insert(sorted.end(), chain.rbegin(), chain.rend());
     chain.clear();
   }

@@ -34,7 +34,8 @@ void unlink(ZTSStyle& style) noexcept {
 }  // namespace
 
 bool ZTSStylesheet::holdsStyle(const ZTSStyle& style) const noexcept {
-  return style.isIdentified() ? mIdentifiedStyles.find(style.identifier()) == &style : mAnonymousStyles.containsObject(&style);
+  return style.isIdentified() ? mIdentifiedStyles.find(style.identifier()) == &style
+                              : mAnonymousStyles.containsObject(&style);
 }
 
 void ZTSStylesheet::addStyle(Ref<ZTSStyle> style) { addStyleWithContext(std::move(style), nullptr); }
@@ -43,13 +44,14 @@ void ZTSStylesheet::addStyle(Ref<ZTSStyle> style) { addStyleWithContext(std::mov
 bool ZTSStylesheet::mayAdd(const ZTSStyle& style) {
   if (holdsStyle(style)) {
     ZT_REPORT("addStyle:context:", this, kSourceFile,
-              "Attempt to re-add style <%@ %p> with identifier '%@' to its stylesheet <%p>.", style.classObject().name(),
-              address(&style), style.identifier(), address(this));
+              "Attempt to re-add style <%@ %p> with identifier '%@' to its stylesheet <%p>.",
+              style.classObject().name(), address(&style), style.identifier(), address(this));
     return false;
   }
   if (style.stylesheet() != nullptr && style.stylesheet() != this) {
-    ZT_REPORT("addStyle:context:", this, kSourceFile, "Attempt to add a style <%@ %p> with stylesheet <%p> to stylesheet <%p>.",
-              style.classObject().name(), address(&style), address(style.stylesheet()), address(this));
+    ZT_REPORT("addStyle:context:", this, kSourceFile,
+              "Attempt to add a style <%@ %p> with stylesheet <%p> to stylesheet <%p>.", style.classObject().name(),
+              address(&style), address(style.stylesheet()), address(this));
     return false;
   }
   return true;
@@ -176,10 +178,12 @@ void ZTSStylesheet::updateParentForOrphanStyles() {
 /// Identified styles first, each kind in the order in which it was added.
 void ZTSStylesheet::sortByRegistry(std::vector<Ref<ZTSStyle>>& styles) const {
   const auto place = [this](const Ref<ZTSStyle>& style) {
-    const std::uint64_t slot = style->isIdentified() ? mIdentifiedStyles.slotOf(*style) : mAnonymousStyles.table().slotOf(style.get());
+    const std::uint64_t slot =
+        style->isIdentified() ? mIdentifiedStyles.slotOf(*style) : mAnonymousStyles.table().slotOf(style.get());
     return style->isIdentified() ? slot : slot | std::uint64_t{1} << 32;
   };
-  std::sort(styles.begin(), styles.end(), [&](const auto& left, const auto& right) { return place(left) < place(right); });
+  std::sort(styles.begin(), styles.end(),
+            [&](const auto& left, const auto& right) { return place(left) < place(right); });
 }
 
 void ZTSStylesheet::removeStyle(Ref<ZTSStyle> style) {
@@ -188,7 +192,8 @@ void ZTSStylesheet::removeStyle(Ref<ZTSStyle> style) {
     return;
   }
   if (!holdsStyle(*style)) {
-    ZT_REPORT("removeStyle:", this, kSourceFile, "Attempt to remove style %@ not contained in stylesheet %@.", style, this);
+    ZT_REPORT("removeStyle:", this, kSourceFile, "Attempt to remove style %@ not contained in stylesheet %@.", style,
+              this);
     return;
   }
   const Ref<ZTSStylesheet> self(this);

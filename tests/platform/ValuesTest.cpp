@@ -39,7 +39,8 @@ TEST(ValueTest, EqualityAndHashAgree) {
       {NSString::make("")},
       {NSColor::withComponents(1, 2, 3), NSColor::withComponents(1, 2, 3, 255)},
       {NSColor::withComponents(1, 2, 3, 0)},
-      {NSArray::withObjects({NSNumber::withInteger(1), NSString::make("a")}), NSArray::withObjects({NSNumber::withReal(1), NSString::make("a")})},
+      {NSArray::withObjects({NSNumber::withInteger(1), NSString::make("a")}),
+       NSArray::withObjects({NSNumber::withReal(1), NSString::make("a")})},
       {NSArray::withObjects({NSString::make("a"), NSNumber::withInteger(1)})},
       {NSArray::withObjects({})},
       {NSNull::null()},
@@ -131,7 +132,8 @@ TEST(PropertyMapTest, AgreesWithASlowModelInContentsAndOrder) {
       case 2:
         if (step % 50 == 0) {
           const auto odd = [](std::int64_t value) { return value % 2 != 0; };
-          map->removeIf([&](const PropertyMap::Entry& entry) { return odd(NSNumber::from(entry.value.get())->integerValue()); });
+          map->removeIf(
+              [&](const PropertyMap::Entry& entry) { return odd(NSNumber::from(entry.value.get())->integerValue()); });
           std::erase_if(model, [&](const auto& entry) { return odd(entry.second); });
         }
         break;
@@ -181,7 +183,10 @@ TEST(PropertyMapTest, HashesDenseValuesApart) {
   for (int x = 0; x < 20; ++x) {
     for (int y = 0; y < 20; ++y) {
       for (int z = 0; z < 20; ++z) {
-        hashes.insert(PropertyMap::with({{keys[0], NSNumber::withInteger(x)}, {keys[1], NSNumber::withInteger(y)}, {keys[2], NSNumber::withInteger(z)}})->hash());
+        hashes.insert(PropertyMap::with({{keys[0], NSNumber::withInteger(x)},
+                                         {keys[1], NSNumber::withInteger(y)},
+                                         {keys[2], NSNumber::withInteger(z)}})
+                          ->hash());
       }
     }
   }

@@ -139,7 +139,10 @@ struct Model {
     std::string text = std::to_string(style) + ":";
     for (int key : passed.keys) {
       const auto old = passed.old.find(key);
-      text += " " + kAll[key].string().text() + "<" + (old == passed.old.end() ? "" : old->second == 0 ? "<null>" : std::to_string(old->second));
+      text += " " + kAll[key].string().text() + "<" +
+              (old == passed.old.end() ? ""
+               : old->second == 0      ? "<null>"
+                                       : std::to_string(old->second));
     }
     log.push_back(text);
   }
@@ -148,7 +151,10 @@ struct Model {
 /// Overrides the handling of changes: called for each, where the others are worked off in a loop or skipped.
 struct Overriding : TestStyle {
   void stylePropertiesChanged(const ZTSStyleChangeInfo& change) override { TestStyle::stylePropertiesChanged(change); }
-  static const ZTSStyleClass& styleClass() { static const auto* c = new TestClassOf<Overriding>("Overriding", TestStyle::styleClass()); return *c; }
+  static const ZTSStyleClass& styleClass() {
+    static const auto* c = new TestClassOf<Overriding>("Overriding", TestStyle::styleClass());
+    return *c;
+  }
   const ZTSStyleClass& classObject() const override { return styleClass(); }
 };
 
@@ -169,7 +175,9 @@ void compareOneSequence(unsigned seed) {
                                    : &scene.style(std::to_string(i), parent, {}, style.locked));
     if (style.parent >= 0) model.styles[style.parent].children.push_back(i);
   }
-  const auto asObject = [](int value) { return value == 0 ? Ref<NSObject>(NSNull::null()) : Ref<NSObject>(NSNumber::withInteger(value)); };
+  const auto asObject = [](int value) {
+    return value == 0 ? Ref<NSObject>(NSNull::null()) : Ref<NSObject>(NSNumber::withInteger(value));
+  };
   for (int step = 0; step < 40; ++step) {
     const int at = below(kStyles);
     TestStyle& style = *styles[at];
@@ -190,12 +198,14 @@ void compareOneSequence(unsigned seed) {
       model.inGroup(Model::kChange, model.undos, modelled);
     };
     if (kind <= 2) {
-      both([&] { style.setValueForProperty(value == 0 ? Ref<NSObject>() : asObject(value), kAll[key]); }, [&] { model.setOne(at, key, value); });
+      both([&] { style.setValueForProperty(value == 0 ? Ref<NSObject>() : asObject(value), kAll[key]); },
+           [&] { model.setOne(at, key, value); });
     } else if (kind == 3 && !values.empty()) {
       both([&] { style.setValuesForProperties(*map); }, [&] { model.setAll(at, values, 7); });
     } else if (kind == 4 && model.styles[at].own.contains(key)) {
       both([&] { style.removeValueForProperty(kAll[key]); }, [&] { model.removeOne(at, key); });
-    } else if (kind == 5 && std::any_of(numbers.begin(), numbers.end(), [&](int each) { return model.styles[at].own.contains(each); })) {
+    } else if (kind == 5 && std::any_of(numbers.begin(), numbers.end(),
+                                        [&](int each) { return model.styles[at].own.contains(each); })) {
       both([&] { style.removeValuesForProperties(*keys); }, [&] { model.removeAll(at, numbers, 7); });
     } else if (kind == 6 && !values.empty()) {
       both([&] { style.lockedStyleSetValuesForProperties(*map, flags); }, [&] { model.setAll(at, values, flags); });
@@ -218,7 +228,8 @@ void compareOneSequence(unsigned seed) {
       const Ref<PropertyMap> wanted = PropertyMap::make();
       for (const auto& [each, own] : model.styles[i].own) wanted->set(kAll[each], asObject(own));
       const Ref<const PropertyMap> real = styles[i]->overridePropertyMap();
-      ASSERT_TRUE(real ? real->isEqual(*wanted) : wanted->isEmpty()) << "style " << i << " kind " << kind << " step " << step;
+      ASSERT_TRUE(real ? real->isEqual(*wanted) : wanted->isEmpty())
+          << "style " << i << " kind " << kind << " step " << step;
     }
     ASSERT_EQ(scene.host.undo->canUndo(), !model.undos.empty());
   }

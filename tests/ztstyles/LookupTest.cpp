@@ -44,7 +44,8 @@ TEST(LookupTest, AnswersAnInspector) {
   const auto values = style.valuesForPropertiesWithScope(*PropertySet::with({size, weight}), nullptr);
   ASSERT_EQ(values.size(), 1u);
   EXPECT_EQ(values[0].first, size);
-  const Ref<PropertyMap> mixed = style.isStateMixedForPropertiesWithScope(*PropertySet::with({size, "nonsense"}), nullptr);
+  const Ref<PropertyMap> mixed =
+      style.isStateMixedForPropertiesWithScope(*PropertySet::with({size, "nonsense"}), nullptr);
   EXPECT_EQ(mixed->count(), 2u);
   EXPECT_TRUE(mixed->find("nonsense")->isEqual(NSNumber::withBool(false).get()));
 }

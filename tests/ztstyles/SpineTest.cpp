@@ -17,9 +17,10 @@ TEST(StyleTest, StartsDetachedAndRefusesUnknownProperties) {
 
   const Ref<PropertyMap> unknown = mapOf({{"nonsense", 1}});
   EXPECT_EQ(make<TestStyle>({.overridePropertyMap = unknown.get()}), nullptr);
-  EXPECT_THAT(reports.descriptions(),
-              ::testing::ElementsAre("initWithName:identifier:parentIdentifier:overridePropertyMap:isLocked: Attempt to "
-                                     "initialize a style with an override of an unsupported property."));
+  EXPECT_THAT(
+      reports.descriptions(),
+      ::testing::ElementsAre("initWithName:identifier:parentIdentifier:overridePropertyMap:isLocked: Attempt to "
+                             "initialize a style with an override of an unsupported property."));
   // Later changes of the caller's map do not reach the style.
   const Ref<PropertyMap> map = mapOf({{size, 1}});
   const Ref<TestStyle> kept = make<TestStyle>({.overridePropertyMap = map.get()});
@@ -31,7 +32,8 @@ TEST(StyleTest, ChangesItsIdentityUndoably) {
   Scene scene;
   TestStyle& style = scene.style("a");
   int posts = 0;
-  NotificationListener listener(ZTSStyleNameChangedNotification, &style, [&](const NSNotification& n) { posts += n.userInfo == nullptr; });
+  NotificationListener listener(ZTSStyleNameChangedNotification, &style,
+                                [&](const NSNotification& n) { posts += n.userInfo == nullptr; });
   style.setName("A");
   style.setName("A");
   style.setIsLocked(false);
@@ -123,7 +125,8 @@ TEST(StyleTest, RefusesToCloseALoopAndTriesAgainWhenItOpens) {
   EXPECT_EQ(parents, 2);
   EXPECT_FALSE(logs.entries().empty());
   EXPECT_EQ(logs.entries()[0].level, kZTULogFailure);
-  for (ZTSStyle* style : {static_cast<ZTSStyle*>(&a), static_cast<ZTSStyle*>(&b), static_cast<ZTSStyle*>(&c)}) valueOf(*style, size);
+  for (ZTSStyle* style : {static_cast<ZTSStyle*>(&a), static_cast<ZTSStyle*>(&b), static_cast<ZTSStyle*>(&c)})
+    valueOf(*style, size);
 
   scene.style("free");
   b.setParentIdentifier("free");  // opens the loop: b no longer inherits from a
@@ -166,10 +169,11 @@ TEST(StylesheetTest, ReportsWhatItCannotAddOrRemove) {
   scene.sheet->removeStyle(Ref<ZTSStyle>(&loose));
   (void)scene.sheet->stylesOfClassWithName(nullptr, {});
   EXPECT_THAT(reports.descriptions(),
-              ::testing::ElementsAre(::testing::HasSubstr("Attempt to add nil style"), ::testing::HasSubstr("Attempt to re-add style"),
-                                     ::testing::HasSubstr("Attempt to add a style"), ::testing::HasSubstr("Attempt to remove nil style"),
-                                     ::testing::HasSubstr("not contained in stylesheet"), "Class should not be nil.",
-                                     "Name should not be nil.", "Name should not be zero length."));
+              ::testing::ElementsAre(
+                  ::testing::HasSubstr("Attempt to add nil style"), ::testing::HasSubstr("Attempt to re-add style"),
+                  ::testing::HasSubstr("Attempt to add a style"), ::testing::HasSubstr("Attempt to remove nil style"),
+                  ::testing::HasSubstr("not contained in stylesheet"), "Class should not be nil.",
+                  "Name should not be nil.", "Name should not be zero length."));
   EXPECT_EQ(scene.sheet->styles().count(), 1u);
   EXPECT_EQ(scene.host.undo->undoGroupCount(), 0u);
 }
@@ -194,7 +198,8 @@ TEST(StylesheetTest, CallsTheDocumentHooksInOrder) {
   style.log = &scene.log;
   scene.sheet->addStyle(Ref<ZTSStyle>(&style));
   scene.sheet->removeStyle(Ref<ZTSStyle>(&style));
-  EXPECT_EQ(scene.log, (Log{"will add", "was added", "observer added a", "will remove", "observer removed a", "was removed"}));
+  EXPECT_EQ(scene.log,
+            (Log{"will add", "was added", "observer added a", "will remove", "observer removed a", "was removed"}));
   scene.sheet->removeObserver(&recorder);
 }
 
@@ -307,7 +312,8 @@ TEST(HierarchyTest, SortsParentsFirst) {
   ZTUMutableRetainedPointerSet<ZTSStylesheet> set;
   set.addObject(leaf.get());
   set.addObject(middle.get());
-  EXPECT_EQ(ZTSStylesheet::sortedClosureOverParentsOfStylesheetsSet(set), (std::vector<Ref<ZTSStylesheet>>{top, middle, leaf}));
+  EXPECT_EQ(ZTSStylesheet::sortedClosureOverParentsOfStylesheetsSet(set),
+            (std::vector<Ref<ZTSStylesheet>>{top, middle, leaf}));
   std::vector<Ref<ZTSStylesheet>> list;
   p_addParentAndStylesheet(list, *leaf);
   p_addParentAndStylesheet(list, *middle);

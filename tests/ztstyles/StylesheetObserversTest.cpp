@@ -10,7 +10,8 @@ namespace zt::testing {
 namespace {
 
 struct Acting : SheetRecorder {
-  Acting(Log& log, std::string name, std::function<void(ZTSStyle&)> act) : SheetRecorder(log, std::move(name)), mAct(std::move(act)) {}
+  Acting(Log& log, std::string name, std::function<void(ZTSStyle&)> act)
+      : SheetRecorder(log, std::move(name)), mAct(std::move(act)) {}
   void addedStyleToStylesheet(ZTSStyle& style, ZTSStylesheet& sheet) override {
     SheetRecorder::addedStyleToStylesheet(style, sheet);
     mAct(style);
@@ -41,9 +42,9 @@ TEST(StylesheetObserversTest, TellDescendantsFirstThenOwnThenTheCentre) {
   });
   TestStyle& style = top.style("s");
   top.sheet->removeStyle(Ref<ZTSStyle>(&style));
-  EXPECT_EQ(log, (Log{"below added s", "left added s", "right added s", "top added s", "ZTSStylesheetStyleAddedNotification s",
-                      "below removed s", "left removed s", "right removed s", "top removed s",
-                      "ZTSStylesheetStyleRemovedNotification s"}));
+  EXPECT_EQ(log, (Log{"below added s", "left added s", "right added s", "top added s",
+                      "ZTSStylesheetStyleAddedNotification s", "below removed s", "left removed s", "right removed s",
+                      "top removed s", "ZTSStylesheetStyleRemovedNotification s"}));
   log.clear();
   left.sheet->setParent({});
   EXPECT_EQ(log, (Log{"below parent", "left parent", "parent changed"}));
@@ -74,8 +75,8 @@ TEST(StylesheetObserversTest, MayChangeEverythingWhileTheyAreTold) {
   scene.sheet->addObserver(gone.get());
   scene.sheet->addObserver(&last);
   scene.style("first");
-  EXPECT_EQ(log, (Log{"acting added first", "acting added second", "last added second", "acting removed first", "last removed first",
-                      "acting parent", "last added first"}));
+  EXPECT_EQ(log, (Log{"acting added first", "acting added second", "last added second", "acting removed first",
+                      "last removed first", "acting parent", "last added first"}));
   scene.sheet->removeObserver(&last);
 
   Acting ends(log, "ends", [&](ZTSStyle&) { scene.sheet.reset(); });
@@ -100,7 +101,10 @@ struct Hooked : TestStyle {
   void note(const char* what, NSObject* document, NSObject* context) {
     if (log != nullptr) log->push_back(what + (" " + identifier().text()) + (document == context ? "" : " wrong"));
   }
-  static const ZTSStyleClass& styleClass() { static const auto* c = new TestClassOf<Hooked>("Hooked", TestStyle::styleClass()); return *c; }
+  static const ZTSStyleClass& styleClass() {
+    static const auto* c = new TestClassOf<Hooked>("Hooked", TestStyle::styleClass());
+    return *c;
+  }
   const ZTSStyleClass& classObject() const override { return styleClass(); }
   Log* log = nullptr;
 };
@@ -129,7 +133,8 @@ TEST(StylesheetObserversTest, ForwardTrackingAndDocumentHooks) {
   scene.sheet->wasAddedToDocument(document, document);
   scene.sheet->willBeRemovedFromDocument(document);
   scene.sheet->wasRemovedFromDocument(document);
-  EXPECT_EQ(scene.log, (Log{"will add a", "will add ", "was added a", "was added ", "will remove a", "will remove ", "was removed a", "was removed "}));
+  EXPECT_EQ(scene.log, (Log{"will add a", "will add ", "was added a", "was added ", "will remove a", "will remove ",
+                            "was removed a", "was removed "}));
   scene.sheet->setHost(nullptr);
 }
 

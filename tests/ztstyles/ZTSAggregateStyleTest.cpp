@@ -13,8 +13,12 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-std::size_t observations(const ZTSStyle& referenced, ZTSStyle& by) { return referenced.observers().countForObject(&by); }
-std::vector<ZTSStyle*> members(const std::optional<ZTSStyleSet>& set) { return set ? set->allObjects() : std::vector<ZTSStyle*>{nullptr}; }
+std::size_t observations(const ZTSStyle& referenced, ZTSStyle& by) {
+  return referenced.observers().countForObject(&by);
+}
+std::vector<ZTSStyle*> members(const std::optional<ZTSStyleSet>& set) {
+  return set ? set->allObjects() : std::vector<ZTSStyle*>{nullptr};
+}
 
 /// Has stand-ins for missing styles, and asks for its own description while that is being built.
 class TalkingAggregate : public TestAggregate {
@@ -78,7 +82,9 @@ TEST(AggregateTest, MovesCountsAndObservationWithEveryKindOfChangeAndItsUndo) {
   TestStyle& r2 = scene.style("r2");
   TestAggregate& a = scene.style<TestAggregate>("a", {}, {{list, r1}});
   a.incrementUsageCount();
-  const auto state = [&] { return std::vector<std::size_t>{r1.usageCount(), observations(r1, a), r2.usageCount(), observations(r2, a)}; };
+  const auto state = [&] {
+    return std::vector<std::size_t>{r1.usageCount(), observations(r1, a), r2.usageCount(), observations(r2, a)};
+  };
   const std::vector<std::size_t> before{1, 1, 0, 0};
   struct Change {
     const char* name;
@@ -129,7 +135,8 @@ TEST(AggregateTest, KeepsItsCountsWhenAChangeIsRefused) {
     EXPECT_EQ(exception.reason(), "not a style");
   }
   EXPECT_THROW(a.setValueForProperty(Value(3), label), NSInternalInconsistencyException);
-  EXPECT_THAT((std::vector<std::size_t>{r1.usageCount(), observations(r1, a), r2.usageCount(), observations(r2, a)}), ElementsAre(2, 2, 0, 0));
+  EXPECT_THAT((std::vector<std::size_t>{r1.usageCount(), observations(r1, a), r2.usageCount(), observations(r2, a)}),
+              ElementsAre(2, 2, 0, 0));
 
   // What is stored without a look is reported when it is read, and keeps nobody from leaving.
   a.lockedStyleSetValuesForProperties(*mapOf({{size, 2}}), 0);
@@ -160,7 +167,9 @@ TEST(AggregateTest, CountsRightWhenThoseWhoAreToldChangeItAgain) {
   a.incrementUsageCount();
   Meddler meddler;
   a.addObserver(&meddler);
-  const auto uses = [&] { return std::vector<std::size_t>{r1.usageCount(), r2.usageCount(), r3.usageCount(), observations(r3, a)}; };
+  const auto uses = [&] {
+    return std::vector<std::size_t>{r1.usageCount(), r2.usageCount(), r3.usageCount(), observations(r3, a)};
+  };
 
   meddler.then = [&] { a.setValueForProperty(Value(r3), list); };
   a.setValueForProperty(Value(r2), list);
@@ -316,7 +325,8 @@ struct Modelled {
     isAdjusting = false;
   }
   void observe(int property, bool begin) {
-    if (references[property] != nullptr && references[property] != this && isInside && uses != 0) references[property]->step(begin);
+    if (references[property] != nullptr && references[property] != this && isInside && uses != 0)
+      references[property]->step(begin);
   }
   void refer(int property, Modelled* to) {
     observe(property, false);
@@ -387,7 +397,8 @@ TEST(AggregateTest, AgreesWithASlowModelOverRandomReferencesAndCycles) {
         default:
           if (which < 4) break;  // the parents stay
           scene.host.undo->disableUndoRegistration();
-          style.isInside ? scene.sheet->removeStyle(Ref<ZTSStyle>(style.real)) : scene.sheet->addStyle(Ref<ZTSStyle>(style.real));
+          style.isInside ? scene.sheet->removeStyle(Ref<ZTSStyle>(style.real))
+                         : scene.sheet->addStyle(Ref<ZTSStyle>(style.real));
           scene.host.undo->enableUndoRegistration();
           style.move(!style.isInside);
       }
@@ -395,7 +406,10 @@ TEST(AggregateTest, AgreesWithASlowModelOverRandomReferencesAndCycles) {
         ASSERT_EQ(one.real->usageCount(), one.uses) << "step " << i;
         std::size_t observers = 0;
         for (Modelled& other : styles) {
-          const std::size_t expected = !other.isInside || &other == &one ? 0 : static_cast<std::size_t>(std::count(other.references, other.references + 2, &one));
+          const std::size_t expected =
+              !other.isInside || &other == &one
+                  ? 0
+                  : static_cast<std::size_t>(std::count(other.references, other.references + 2, &one));
           ASSERT_EQ(observations(*one.real, *other.real), expected) << "step " << i;
           observers += expected != 0;
         }

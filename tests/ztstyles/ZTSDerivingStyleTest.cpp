@@ -23,7 +23,9 @@ class TenfoldStyle : public ZTSDerivingStyle {
     return *object;
   }
   const ZTSStyleClass& classObject() const override { return styleClass(); }
-  bool validateValueForProperty(NSObject* value, PropertyKey key) const override { return key != weight && acceptsValue(value); }
+  bool validateValueForProperty(NSObject* value, PropertyKey key) const override {
+    return key != weight && acceptsValue(value);
+  }
   const std::vector<PropertyKey>& referencedStyleProperties() const override {
     static const std::vector<PropertyKey> keys{list};
     return keys;
@@ -67,10 +69,12 @@ TEST(DerivingStyleTest, StoresSourcesAndShowsBoth) {
   TestStyle& r = scene.style("r");
   TenfoldStyle& style = scene.style<TenfoldStyle>("d", {}, {{weight, 30}, {list, r}, {colour, 1}});
   const std::string madeFromDerived = stored(style);
-  EXPECT_TRUE(madeFromDerived.find("size = 3") != std::string::npos && madeFromDerived.find("weight") == std::string::npos);
+  EXPECT_TRUE(madeFromDerived.find("size = 3") != std::string::npos &&
+              madeFromDerived.find("weight") == std::string::npos);
   EXPECT_EQ(r.observers().countForObject(&style), 1u);
   EXPECT_EQ(valueOf(style, weight), 30);
-  EXPECT_TRUE(style.overridesProperty(weight) && style.definesProperty(weight) && style.overridePropertyMap()->contains(weight));
+  EXPECT_TRUE(style.overridesProperty(weight) && style.definesProperty(weight) &&
+              style.overridePropertyMap()->contains(weight));
 
   TenfoldStyle& child = scene.style<TenfoldStyle>({}, "d");
   EXPECT_EQ(child.overrideValueForProperty(weight), nullptr);
@@ -89,7 +93,8 @@ TEST(DerivingStyleTest, StoresSourcesAndShowsBoth) {
   EXPECT_EQ(stored(child), "none");
   child.lockedStyleSetValuesForProperties(*mapOf({{weight, 20}}), 0);
   EXPECT_EQ(stored(child), "{size = 2; }");
-  EXPECT_EQ(child.truePropertyMapFromPropertyMap(child.ZTSStyle::overridePropertyMap()), child.ZTSStyle::overridePropertyMap());
+  EXPECT_EQ(child.truePropertyMapFromPropertyMap(child.ZTSStyle::overridePropertyMap()),
+            child.ZTSStyle::overridePropertyMap());
   style.validate();
   EXPECT_THAT(reports.reports(), IsEmpty());
 
@@ -171,7 +176,8 @@ TEST(DeepCopyTest, LinksTheCopiesAmongThemselves) {
   a.replaceReferencedStylesUsingStyleMap(*map);
   EXPECT_EQ(a.valueForProperty(label), &c);
   EXPECT_EQ(a.overrideValueForProperty(list), NSNull::null());
-  EXPECT_THAT(reports.descriptions(), ElementsAre(format("Failed to find mapped style for original style <%p>.", address(&b))));
+  EXPECT_THAT(reports.descriptions(),
+              ElementsAre(format("Failed to find mapped style for original style <%p>.", address(&b))));
   a.didReplaceStyleWithStyle(&c, nullptr);
   a.didReplaceStyleWithStyle(nullptr, &b);
   EXPECT_EQ(a.valueForProperty(label), &c);
@@ -187,7 +193,8 @@ TEST(DeepCopyTest, CopiesEveryStyleOfALongChainInLinearTime) {
   std::vector<Ref<ZTSStyle>> copies;
   for (ZTSStyle* copy : ZTSAggregateStyle::deepCopyStyles({chain.rbegin(), chain.rend()})) copies.emplace_back(copy);
   ASSERT_EQ(copies.size(), chain.size());
-  for (std::size_t i = 0; i + 1 < copies.size(); ++i) ASSERT_EQ(aggregate(copies[i].get()).p_referencedStyleForProperty(list), copies[i + 1]);
+  for (std::size_t i = 0; i + 1 < copies.size(); ++i)
+    ASSERT_EQ(aggregate(copies[i].get()).p_referencedStyleForProperty(list), copies[i + 1]);
   EXPECT_FALSE(aggregate(copies[0].get()).overridesAnyNonReferencedStylePropertyIgnoringStyles({}));
 }
 
@@ -244,7 +251,8 @@ TEST(AdditionsTest, ChangeEveryElementThatCanBeChanged) {
   const auto changed = [](const char* copy, const char* scope) {
     return Log{"set original", std::string("set ") + copy, std::string("set original in ") + scope, "{size = 1; }"};
   };
-  EXPECT_THAT(logs, ElementsAre(changed("1", "(null)"), Log{"{size = 1; }"}, changed("2", "scope"), changed("3", "(null)")));
+  EXPECT_THAT(logs,
+              ElementsAre(changed("1", "(null)"), Log{"{size = 1; }"}, changed("2", "scope"), changed("3", "(null)")));
 
   Scene scene;
   TestStyle& open = scene.style("open");

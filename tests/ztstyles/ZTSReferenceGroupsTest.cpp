@@ -36,33 +36,56 @@ struct Group {
 TEST(ReferenceGroupsTest, FreesCyclesAndKeepsWhatIsHeldFromOutside) {
   struct Case {
     const char* name;
-    int remaining;  // after the stylesheet is gone
+    int remaining;                               // after the stylesheet is gone
     std::function<Ref<NSObject>(Group&)> build;  // answers what the test goes on holding
   };
-  const auto refer = [](const Ref<CensusStyle>& from, const Ref<CensusStyle>& to, PropertyKey key = list) { from->setValueForProperty(to, key); };
+  const auto refer = [](const Ref<CensusStyle>& from, const Ref<CensusStyle>& to, PropertyKey key = list) {
+    from->setValueForProperty(to, key);
+  };
   const Case cases[] = {
-      {"two", 0, [&](Group& group) { auto a = group.add(), b = group.add(); refer(a, b); refer(b, a); return Ref<NSObject>(); }},
-      {"itself, twice", 0, [&](Group& group) { auto a = group.add(); refer(a, a); refer(a, a, label); return Ref<NSObject>(); }},
-      {"through a parent", 0, [&](Group& group) { auto a = group.add("a"), b = group.add("b", "a"); refer(a, b); return Ref<NSObject>(); }},
-      {"with children outside of the cycle", 0, [&](Group& group) {
+      {"two", 0,
+       [&](Group& group) {
+         auto a = group.add(), b = group.add();
+         refer(a, b);
+         refer(b, a);
+         return Ref<NSObject>();
+       }},
+      {"itself, twice", 0,
+       [&](Group& group) {
+         auto a = group.add();
+         refer(a, a);
+         refer(a, a, label);
+         return Ref<NSObject>();
+       }},
+      {"through a parent", 0,
+       [&](Group& group) {
+         auto a = group.add("a"), b = group.add("b", "a");
+         refer(a, b);
+         return Ref<NSObject>();
+       }},
+      {"with children outside of the cycle", 0,
+       [&](Group& group) {
          auto a = group.add("a"), b = group.add();
          refer(a, b), refer(b, a);
          group.add(nullptr, "a");
          return Ref<NSObject>();
        }},
-      {"through a list", 0, [&](Group& group) {
+      {"through a list", 0,
+       [&](Group& group) {
          auto a = group.add(), b = group.add();
          refer(a, b);
          b->p_setValueForProperty(NSArray::withObjects({a, b}), colour);
          return Ref<NSObject>();
        }},
-      {"through a style that had left", 0, [&](Group& group) {
+      {"through a style that had left", 0,
+       [&](Group& group) {
          auto a = group.add(), b = group.add();
          refer(a, b), refer(b, a);
          group.sheet->removeStyle(b);
          return Ref<NSObject>();
        }},
-      {"of styles that have all left, one of them for another place", 0, [&](Group& group) {
+      {"of styles that have all left, one of them for another place", 0,
+       [&](Group& group) {
          auto a = group.add(), b = group.add(), c = group.add();
          refer(a, b), refer(b, a), refer(c, c);
          for (auto* style : {&a, &b, &c}) group.sheet->removeStyle(*style);
@@ -70,17 +93,20 @@ TEST(ReferenceGroupsTest, FreesCyclesAndKeepsWhatIsHeldFromOutside) {
          other.sheet->addStyle(std::exchange(c, nullptr));
          return Ref<NSObject>();
        }},
-      {"held, with what it reaches", 3, [&](Group& group) {
+      {"held, with what it reaches", 3,
+       [&](Group& group) {
          auto a = group.add(), b = group.add(), c = group.add(), d = group.add();
          refer(a, b), refer(b, a), refer(b, c, label), refer(d, d), refer(d, a, label);
          return Ref<NSObject>(b);
        }},
-      {"held child", 3, [&](Group& group) {
+      {"held child", 3,
+       [&](Group& group) {
          auto a = group.add("a"), b = group.add(), child = group.add(nullptr, "a");
          refer(a, b), refer(b, a);
          return Ref<NSObject>(child);
        }},
-      {"held list", 2, [&](Group& group) {
+      {"held list", 2,
+       [&](Group& group) {
          auto a = group.add(), b = group.add();
          const Ref<NSArray> array = NSArray::withObjects({a});
          refer(a, b);
@@ -126,7 +152,8 @@ TEST(ReferenceGroupsTest, FreesRandomGroupsExactlyAsReachabilitySays) {
     }
     std::vector<Ref<CensusStyle>> held{styles[random() % kStyles], styles[random() % kStyles]};
     std::vector<std::size_t> reached;
-    for (const Ref<CensusStyle>& style : held) reached.push_back(static_cast<std::size_t>(std::find(styles.begin(), styles.end(), style) - styles.begin()));
+    for (const Ref<CensusStyle>& style : held)
+      reached.push_back(static_cast<std::size_t>(std::find(styles.begin(), styles.end(), style) - styles.begin()));
     std::vector<bool> isAlive(kStyles);
     std::vector<ZTSStyle*> addresses;
     for (const Ref<CensusStyle>& style : styles) addresses.push_back(style.get());

@@ -21,7 +21,8 @@ TEST(ShapeStyleTest, StoresOpacityAndReadsTransparency) {
   const Ref<PropertyMap> map = PropertyMap::with({{keys::transparency(), percent(30)}});
   for (const StyleFamily family : {StyleFamily::graphic, StyleFamily::presentation, StyleFamily::chart}) {
     const std::string identifier = styleIdentifier(familyName(family), "Glass");
-    const Ref<OdfStyle> glass = makeFamilyStyle(family, {.identifier = StringRef(identifier), .overridePropertyMap = map.get()});
+    const Ref<OdfStyle> glass =
+        makeFamilyStyle(family, {.identifier = StringRef(identifier), .overridePropertyMap = map.get()});
     const Ref<OdfStyle> child = makeFamilyStyle(family, {.parentIdentifier = StringRef(identifier)});
     ASSERT_TRUE(glass != nullptr && child != nullptr);
     document->stylesheet().addStyle(glass);
@@ -43,7 +44,8 @@ TEST(ShapeStyleTest, StoresOpacityAndReadsTransparency) {
     child->setValueForProperty({}, keys::transparency());
     EXPECT_EQ(child->p_overrideValueForProperty(keys::opacity()), NSNull::null());
     EXPECT_EQ(child->valueForProperty(keys::transparency()), nullptr);
-    EXPECT_THROW(child->setValueForProperty(NSString::make("glassy"), keys::transparency()), NSInternalInconsistencyException);
+    EXPECT_THROW(child->setValueForProperty(NSString::make("glassy"), keys::transparency()),
+                 NSInternalInconsistencyException);
 
     ZTUAssertionRecorder reports;
     document->stylesheet().validate();
@@ -51,15 +53,18 @@ TEST(ShapeStyleTest, StoresOpacityAndReadsTransparency) {
   }
   // Other families have neither the property nor the translation.
   const Ref<OdfStyle> paragraph = makeFamilyStyle(StyleFamily::paragraph, {});
-  EXPECT_FALSE(paragraph->isDerivedProperty(keys::transparency()) || paragraph->classObject().isKindOf(familyStyleClass(StyleFamily::graphic)));
-  EXPECT_NE(dynamic_cast<const ZTSStyleClass&>(paragraph->classObject()).plainGroups() & ZTSStyleClass::plainMatching, 0);
+  EXPECT_FALSE(paragraph->isDerivedProperty(keys::transparency()) ||
+               paragraph->classObject().isKindOf(familyStyleClass(StyleFamily::graphic)));
+  EXPECT_NE(dynamic_cast<const ZTSStyleClass&>(paragraph->classObject()).plainGroups() & ZTSStyleClass::plainMatching,
+            0);
 }
 
 TEST(ShapeStyleTest, AnswersTheSameVariationForTransparencyAndOpacity) {
   const Ref<ZTDocument> document = ZTDocument::create();
   const Ref<PropertyMap> own = PropertyMap::with({{keys::opacity(), percent(50)}});
-  const Ref<OdfStyle> base = makeFamilyStyle(
-      StyleFamily::graphic, {.identifier = StringRef(styleIdentifier("graphic", "Half")), .overridePropertyMap = own.get()});
+  const Ref<OdfStyle> base =
+      makeFamilyStyle(StyleFamily::graphic,
+                      {.identifier = StringRef(styleIdentifier("graphic", "Half")), .overridePropertyMap = own.get()});
   document->stylesheet().addStyle(base);
   const auto variation = [&](PropertyKey key, int value) {
     const Ref<PropertyMap> wanted = PropertyMap::with({{key, percent(value)}});
