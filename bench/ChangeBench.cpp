@@ -98,7 +98,8 @@ BENCHMARK(Overridden)->Arg(1'000)->Arg(100'000);
 
 void OneChildListenedTo(benchmark::State& state) {
   const auto family = Family::of<PlainStyle>(state.range(0));
-  const NotificationListener listener(ZTSStylePropertiesChangedNotification, &family->child(0), [](const NSNotification&) {});
+  const NotificationListener listener(ZTSStylePropertiesChangedNotification, &family->child(0),
+                                      [](const NSNotification&) {});
   run(state, *family, [&] { family->change(); });
 }
 BENCHMARK(OneChildListenedTo)->Arg(1'000)->Arg(100'000);
@@ -149,10 +150,10 @@ void UndoAndRedo(benchmark::State& state) {
   NSUndoManager& undo = *family->host.undo;
   const std::size_t before = heapInUse();
   undo.performInGroup([&] {
-    for (std::int64_t action = 0; action < state.range(0); ++action) style.setValueForProperty(family->next(), keys()[1]);
+    for (std::int64_t action = 0; action < state.range(0); ++action)
+      style.setValueForProperty(family->next(), keys()[1]);
   });
-  state.counters["bytes_per_action"] =
-      static_cast<double>(heapInUse() - before) / static_cast<double>(state.range(0));
+  state.counters["bytes_per_action"] = static_cast<double>(heapInUse() - before) / static_cast<double>(state.range(0));
   for (auto each : state) {
     undo.undo();
     undo.redo();
@@ -177,17 +178,16 @@ void EqualLayers(benchmark::State& state) {
 }
 BENCHMARK(EqualLayers)->Arg(20)->Arg(200);
 
-const bool kCompared =
-    compare({.name = "Unheard/1000", .baseline = "HashLookup", .limit = 5 * 1'000}) &&
-    compare({.name = "Unheard/100000", .baseline = "HashLookup", .limit = 5 * 100'000}) &&
-    compare({.name = "Unheard/1000000", .baseline = "Unheard/1000"}) &&
-    compare({.name = "OneChildListenedTo/100000", .baseline = "Unheard/100000"}) &&
-    compare({.name = "Overridden/100000", .baseline = "Unheard/100000"}) &&
-    compare({.name = "AllListenedTo/100000", .baseline = "Unheard/100000"}) &&
-    compare({.name = "Filtered/150", .baseline = "Filtered/1", .limit = 2}) &&
-    compare({.name = "ChainOfPlainStyles/1000000", .baseline = "ChainOfPlainStyles/1000"}) &&
-    compare({.name = "UndoAndRedo/1000000", .baseline = "UndoAndRedo/100000", .limit = 15}) &&
-    compare({.name = "EqualLayers/200", .baseline = "EqualLayers/20", .limit = 15});
+const bool kCompared = compare({.name = "Unheard/1000", .baseline = "HashLookup", .limit = 5 * 1'000}) &&
+                       compare({.name = "Unheard/100000", .baseline = "HashLookup", .limit = 5 * 100'000}) &&
+                       compare({.name = "Unheard/1000000", .baseline = "Unheard/1000"}) &&
+                       compare({.name = "OneChildListenedTo/100000", .baseline = "Unheard/100000"}) &&
+                       compare({.name = "Overridden/100000", .baseline = "Unheard/100000"}) &&
+                       compare({.name = "AllListenedTo/100000", .baseline = "Unheard/100000"}) &&
+                       compare({.name = "Filtered/150", .baseline = "Filtered/1", .limit = 2}) &&
+                       compare({.name = "ChainOfPlainStyles/1000000", .baseline = "ChainOfPlainStyles/1000"}) &&
+                       compare({.name = "UndoAndRedo/1000000", .baseline = "UndoAndRedo/100000", .limit = 15}) &&
+                       compare({.name = "EqualLayers/200", .baseline = "EqualLayers/20", .limit = 15});
 
 template <class T>
 std::function<std::function<void()>()> changesOf(std::int64_t children) {
@@ -199,14 +199,16 @@ std::function<std::function<void()>()> changesOf(std::int64_t children) {
 
 std::function<void()> changesListenedTo() {
   auto family = Family::of<PlainStyle>(1'000);
-  auto listener = std::make_shared<NotificationListener>(ZTSStylePropertiesChangedNotification, nullptr, [](const NSNotification&) {});
+  auto listener = std::make_shared<NotificationListener>(ZTSStylePropertiesChangedNotification, nullptr,
+                                                         [](const NSNotification&) {});
   return [family, listener] { family->change(); };
 }
 
 std::function<void()> inheritedPart() {
   auto family = Family::of<OverridingStyle>(1);
   const Ref<ZTSStyle> child(&family->child(0));
-  const Ref<ZTSStyleChangeInfo> change = ZTSStyleChangeInfo::withStyleChangedProperty(family->root.get(), keys()[0], family->next());
+  const Ref<ZTSStyleChangeInfo> change =
+      ZTSStyleChangeInfo::withStyleChangedProperty(family->root.get(), keys()[0], family->next());
   return [family, child, change] { child->ZTSStyle::stylePropertiesChanged(*change); };
 }
 
@@ -226,18 +228,28 @@ std::function<void()> equality() {
 }
 
 const bool kCounted =
-    countInstructions({.name = "change, a child that nobody can see change", .prepare = changesOf<PlainStyle>(1'000),
-                       .repetitions = 100, .limit = 60, .perform = 1'000}) &&
-    countInstructions({.name = "change, a child whose class overrides the handling", .prepare = changesOf<OverridingStyle>(1'000),
-                       .repetitions = 100, .perform = 1'000}) &&
+    countInstructions({.name = "change, a child that nobody can see change",
+                       .prepare = changesOf<PlainStyle>(1'000),
+                       .repetitions = 100,
+                       .limit = 60,
+                       .perform = 1'000}) &&
+    countInstructions({.name = "change, a child whose class overrides the handling",
+                       .prepare = changesOf<OverridingStyle>(1'000),
+                       .repetitions = 100,
+                       .perform = 1'000}) &&
     countInstructions({.name = "the inherited part of such a handling", .prepare = inheritedPart, .limit = 200}) &&
-    countInstructions({.name = "change, a child that a listener hears", .prepare = changesListenedTo, .repetitions = 100,
-                       .limit = 700, .perform = 1'000}) &&
+    countInstructions({.name = "change, a child that a listener hears",
+                       .prepare = changesListenedTo,
+                       .repetitions = 100,
+                       .limit = 700,
+                       .perform = 1'000}) &&
     countInstructions({.name = "change told to one child", .prepare = changesOf<OverridingStyle>(1)}) &&
-    countInstructions({.name = "bare store of a value",
-                       .prepare = onOne<[](Family& it, ZTSStyle& style) { style.p_setValueForProperty(it.next(), keys()[1]); }>}) &&
-    countInstructions({.name = "setValue:forProperty: with its inverse",
-                       .prepare = onOne<[](Family& it, ZTSStyle& style) { style.setValueForProperty(it.next(), keys()[1]); }>}) &&
+    countInstructions(
+        {.name = "bare store of a value",
+         .prepare = onOne<[](Family& it, ZTSStyle& style) { style.p_setValueForProperty(it.next(), keys()[1]); }>}) &&
+    countInstructions(
+        {.name = "setValue:forProperty: with its inverse",
+         .prepare = onOne<[](Family& it, ZTSStyle& style) { style.setValueForProperty(it.next(), keys()[1]); }>}) &&
     countInstructions({.name = "equality of two styles of three values", .prepare = equality});
 
 }  // namespace

@@ -68,7 +68,8 @@ std::size_t NSObject::stableHash() const { return 0x9e3779b97f4a7c15ull; }
 std::string NSObject::description() const { return format("<%@ %p>", classObject().name(), address(this)); }
 
 Ref<NSObject> NSObject::copy() const {
-  throw NSInvalidArgumentException(format("-[%@ copyWithZone:]: an object of this class cannot be copied", classObject().name()));
+  throw NSInvalidArgumentException(
+      format("-[%@ copyWithZone:]: an object of this class cannot be copied", classObject().name()));
 }
 
 }  // namespace zt

@@ -59,7 +59,8 @@ class ZT_EXPORT PropertySet final : public Counted<PropertySet> {
   void forEach(Visit visit) const {
     for (std::size_t word = 0; word < mWords.size(); ++word) {
       for (std::uint64_t bits = mWords[word]; bits != 0; bits &= bits - 1) {
-        visit(PropertyKey::withOrdinal(static_cast<std::uint32_t>(word * 64) + static_cast<std::uint32_t>(std::countr_zero(bits))));
+        visit(PropertyKey::withOrdinal(static_cast<std::uint32_t>(word * 64) +
+                                       static_cast<std::uint32_t>(std::countr_zero(bits))));
       }
     }
   }

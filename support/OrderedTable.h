@@ -148,7 +148,9 @@ class OrderedTable {
     }
 
    private:
-    [[nodiscard]] Slot place() const noexcept { return mTable == nullptr || mSlot >= mTable->slotCount() ? kNoSlot : mSlot; }
+    [[nodiscard]] Slot place() const noexcept {
+      return mTable == nullptr || mSlot >= mTable->slotCount() ? kNoSlot : mSlot;
+    }
     void skipHoles() noexcept {
       while (mSlot < mTable->slotCount() && mTable->atSlot(mSlot) == nullptr) ++mSlot;
     }

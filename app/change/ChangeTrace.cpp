@@ -30,8 +30,10 @@ std::string_view eventKindName(ChangeEvent::Kind kind) {
 class ChangeTrace::Watcher : public ZTSStyleObserver {
  public:
   explicit Watcher(ChangeTrace& trace)
-      : mTrace(trace), mListener(ZTSStylePropertiesChangedNotification, nullptr, [this](const NSNotification& notification) {
-          const auto* change = dynamic_cast<const ZTSStyleChangeInfo*>(notification.userInfoForKey(ZTSStyleNotificationChangeInfoKey));
+      : mTrace(trace),
+        mListener(ZTSStylePropertiesChangedNotification, nullptr, [this](const NSNotification& notification) {
+          const auto* change =
+              dynamic_cast<const ZTSStyleChangeInfo*>(notification.userInfoForKey(ZTSStyleNotificationChangeInfoKey));
           const ZTSStyle* style = asStyle(notification.object);
           if (change == nullptr || style == nullptr || style->document() != mTrace.mDocument.document()) return;
           mTrace.note(ChangeEvent::Kind::posted, *style, notification.name.text(), keysOf(*change));
@@ -82,7 +84,8 @@ std::vector<ChangeEvent> ChangeTrace::record(Phase phase, const std::function<vo
   return std::exchange(mEvents, {});
 }
 
-void ChangeTrace::note(ChangeEvent::Kind kind, const ZTSStyle& style, std::string text, std::vector<std::string> properties) {
+void ChangeTrace::note(ChangeEvent::Kind kind, const ZTSStyle& style, std::string text,
+                       std::vector<std::string> properties) {
   noteQuietOnes();
   mEvents.push_back({kind, mDocument.labelOf(style), std::move(text), std::move(properties)});
 }

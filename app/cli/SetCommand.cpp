@@ -1,6 +1,6 @@
+#include <app/change/ChangeTrace.h>
 #include <app/cli/Commands.h>
 #include <app/cli/Report.h>
-#include <app/change/ChangeTrace.h>
 #include <app/explain/Explanation.h>
 #include <app/odf/StyleImporter.h>
 #include <app/styles/PropertyRules.h>
@@ -27,9 +27,10 @@ class SetCommand : public Command {
     CLI::App* command = tool.add_subcommand("set", "Change values of a style and say what that sets off");
     command->add_option("FILE", mFile, "The document; it is only read")->required();
     command->add_option("STYLE", mStyle, "The style, as `explain` takes it; it must be one")->required();
-    command->add_option("PROPERTY=VALUE", mAssignments,
-                        "A value to set (text.fo.font-size=14pt); PROPERTY= sets explicitly no value, PROPERTY alone "
-                        "removes the\nstyle's own value, so that it inherits again")
+    command
+        ->add_option("PROPERTY=VALUE", mAssignments,
+                     "A value to set (text.fo.font-size=14pt); PROPERTY= sets explicitly no value, PROPERTY alone "
+                     "removes the\nstyle's own value, so that it inherits again")
         ->required();
     command->add_option("--lock", mLocked, "Locks a style first: it keeps its look. May be given several times")
         ->allow_extra_args(false);
@@ -85,7 +86,8 @@ class SetCommand : public Command {
     if (styles.empty()) throw UsageError(mFile + " has no style '" + text + "'");
     if (styles.size() == 1) return *styles.front();
     std::string names;
-    for (std::size_t i = 0; i < styles.size() && i < 5; ++i) names += (i > 0 ? ", " : "") + document.labelOf(*styles[i]);
+    for (std::size_t i = 0; i < styles.size() && i < 5; ++i)
+      names += (i > 0 ? ", " : "") + document.labelOf(*styles[i]);
     throw UsageError("'" + text + "' names " + std::to_string(styles.size()) + " styles: " + names +
                      (styles.size() > 5 ? ", ..." : ""));
   }
@@ -113,7 +115,8 @@ class SetCommand : public Command {
     return assignments;
   }
 
-  Ref<NSObject> valueFor(const ZTDocument& document, const OdfStyle& style, PropertyKey key, const std::string& text) const {
+  Ref<NSObject> valueFor(const ZTDocument& document, const OdfStyle& style, PropertyKey key,
+                         const std::string& text) const {
     if (text.empty()) return Ref<NSObject>(NSNull::null());
     if (style.isReferencedStyleProperty(key)) return Ref<NSObject>(&oneStyle(document, text));
     const PropertyRule* rule = propertyRule(key);
@@ -168,7 +171,9 @@ class SetCommand : public Command {
   }
 
   void print(const Json& phase, const ZTDocument& document, const OdfStyle& style, const Console& console) const {
-    const auto shown = [](const Json& value) { return value.is_null() ? std::string("(none)") : value.get<std::string>(); };
+    const auto shown = [](const Json& value) {
+      return value.is_null() ? std::string("(none)") : value.get<std::string>();
+    };
     console.out << console.bold(phase["phase"].get<std::string>() + " of " + document.labelOf(style)) << '\n';
     if (mTraces) {
       for (const Json& event : phase["events"]) {
@@ -176,15 +181,21 @@ class SetCommand : public Command {
         line.resize(11, ' ');
         line += event.value("style", "");
         std::string properties;
-        for (const Json& each : event.value("properties", Json::array())) properties += (properties.empty() ? "" : ", ") + each.get<std::string>();
+        for (const Json& each : event.value("properties", Json::array()))
+          properties += (properties.empty() ? "" : ", ") + each.get<std::string>();
         if (!properties.empty()) line += ": " + properties;
-        if (event.contains("text")) line += (event.contains("style") ? " [" : "") + event["text"].get<std::string>() + (event.contains("style") ? "]" : "");
+        if (event.contains("text"))
+          line += (event.contains("style") ? " [" : "") + event["text"].get<std::string>() +
+                  (event.contains("style") ? "]" : "");
         console.out << "  " << singleLine(line) << '\n';
       }
     }
     for (const auto& [label, values] : phase["after"].items()) {
       for (const auto& [key, value] : values.items()) {
-        console.out << "  " << singleLine(label + "  " + key + ": " + shown(phase["before"][label][key]) + " -> " + shown(value)) << '\n';
+        console.out << "  "
+                    << singleLine(label + "  " + key + ": " + shown(phase["before"][label][key]) + " -> " +
+                                  shown(value))
+                    << '\n';
       }
     }
   }

@@ -48,10 +48,12 @@ Ref<ZTSStyleChangeInfo> ZTSStyleChangeInfo::p_init(ZTSStyle* style, ZTSStyle* or
 
 Ref<ZTSStyleChangeInfo> ZTSStyleChangeInfo::init() { return p_init(nullptr, nullptr, {}, {}, {}, {}, {}); }
 
-Ref<ZTSStyleChangeInfo> ZTSStyleChangeInfo::withStyleChangedProperties(ZTSStyle* style, const PropertySet& changedProperties,
+Ref<ZTSStyleChangeInfo> ZTSStyleChangeInfo::withStyleChangedProperties(ZTSStyle* style,
+                                                                       const PropertySet& changedProperties,
                                                                        const PropertyMap* oldPropertyMap) {
   const Ref<const PropertySet> changed = changedProperties.copy();
-  return p_init(style, style, changed, changed, {}, {}, oldPropertyMap != nullptr ? oldPropertyMap->copy() : PropertyMap::make());
+  return p_init(style, style, changed, changed, {}, {},
+                oldPropertyMap != nullptr ? oldPropertyMap->copy() : PropertyMap::make());
 }
 
 Ref<ZTSStyleChangeInfo> ZTSStyleChangeInfo::withStyleChangedProperty(ZTSStyle* style, PropertyKey changedProperty,
@@ -82,11 +84,13 @@ Ref<ZTSStyleChangeInfo> ZTSStyleChangeInfo::cascadedFrom(const ZTSStyleChangeInf
   return record;
 }
 
-void ZTSStyleChangeInfo::p_reuseFor(const ZTSStyleChangeInfo& source, ZTSStyle* style, Ref<const PropertySet> changedProperties) {
+void ZTSStyleChangeInfo::p_reuseFor(const ZTSStyleChangeInfo& source, ZTSStyle* style,
+                                    Ref<const PropertySet> changedProperties) {
   mStyle = style;
   mChangedProperties = std::move(changedProperties);
   if (mEqualValuedProperties != source.mEqualValuedProperties) mEqualValuedProperties = source.mEqualValuedProperties;
-  if (mUnequalValuedProperties != source.mUnequalValuedProperties) mUnequalValuedProperties = source.mUnequalValuedProperties;
+  if (mUnequalValuedProperties != source.mUnequalValuedProperties)
+    mUnequalValuedProperties = source.mUnequalValuedProperties;
   mUnchangedVariation.reset();
 }
 

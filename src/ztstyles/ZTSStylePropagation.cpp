@@ -23,7 +23,8 @@ constexpr const char* kSourceFile = "src/ztstyles/ZTSStyle";
 bool hasAny(const PropertyMap& map, const PropertySet& keys) {
   constexpr std::size_t kFew = 16;  // the size up to which a map is searched by walking it anyway
   if (map.count() <= kFew) {
-    return std::any_of(map.begin(), map.end(), [&](const PropertyMap::Entry& entry) { return keys.contains(entry.key); });
+    return std::any_of(map.begin(), map.end(),
+                       [&](const PropertyMap::Entry& entry) { return keys.contains(entry.key); });
   }
   bool has = false;
   keys.forEach([&](PropertyKey key) { has = has || map.contains(key); });
@@ -39,7 +40,8 @@ bool ZTSStyle::isHeard() const {
 }
 
 bool ZTSStyle::isQuietLeaf() const {
-  return isPlain(ZTSStyleClass::plainTelling) && mChildren.isEmpty() && mObservers.isEmpty() && !isLocked() && !isHeard();
+  return isPlain(ZTSStyleClass::plainTelling) && mChildren.isEmpty() && mObservers.isEmpty() && !isLocked() &&
+         !isHeard();
 }
 
 bool ZTSStyle::isUnheard() const {
@@ -54,7 +56,8 @@ bool ZTSStyle::isUnheard() const {
 bool ZTSStyle::isNoticed() const { return !mObservers.isEmpty() || isHeard(); }
 
 /// Those of the changed keys that are known and that the own entries do not hide; none where that is all of them.
-Ref<const PropertySet> ZTSStyle::unhidden(const PropertySet& changed, const PropertySet& known, const PropertyMap* own) {
+Ref<const PropertySet> ZTSStyle::unhidden(const PropertySet& changed, const PropertySet& known,
+                                          const PropertyMap* own) {
   if (changed.isSubsetOf(known) && (own == nullptr || !hasAny(*own, changed))) return {};
   Ref<PropertySet> rest = changed.copy();
   rest->intersect(known);
@@ -104,7 +107,9 @@ class ZTSStyle::Telling {
  private:
   void takeChildren(const ZTSStyle& style);
   /// The next child that is to be told, or none.
-  Ref<ZTSStyle> nextChild() noexcept { return mNext < mChildren.size() ? std::move(mChildren[mNext++]) : Ref<ZTSStyle>(); }
+  Ref<ZTSStyle> nextChild() noexcept {
+    return mNext < mChildren.size() ? std::move(mChildren[mNext++]) : Ref<ZTSStyle>();
+  }
   void takeRecord(const ZTSStyleChangeInfo& change, Ref<const PropertySet> arrived, SpareRecord* spare);
   void leaveRecordTo(SpareRecord& spare) noexcept;
 
@@ -125,7 +130,8 @@ bool ZTSStyle::Telling::begin(ZTSStyle& style, const ZTSStyleChangeInfo& change,
   // What a class overrides is asked, even where the answer cannot matter any more.
   const bool isPlainClass = style.isPlain(ZTSStyleClass::plainTelling);
   const PropertySet* known = isOwn || isPlainClass ? nullptr : &style.inspectableProperties();
-  const Ref<const PropertyMap> answered = isOwn || isPlainClass ? Ref<const PropertyMap>() : style.overridePropertyMap();
+  const Ref<const PropertyMap> answered =
+      isOwn || isPlainClass ? Ref<const PropertyMap>() : style.overridePropertyMap();
   bool isNoticed = style.isNoticed();
   if (!isNoticed && style.mChildren.isEmpty() && (isOwn || !style.isLocked())) return false;
   Ref<const PropertySet> rest;
@@ -153,7 +159,8 @@ bool ZTSStyle::Telling::begin(ZTSStyle& style, const ZTSStyleChangeInfo& change,
 }
 
 /// The record to pass on: the spare one, else a new one.
-void ZTSStyle::Telling::takeRecord(const ZTSStyleChangeInfo& change, Ref<const PropertySet> arrived, SpareRecord* spare) {
+void ZTSStyle::Telling::takeRecord(const ZTSStyleChangeInfo& change, Ref<const PropertySet> arrived,
+                                   SpareRecord* spare) {
   if (spare == nullptr || !spare->change) {
     mChange = ZTSStyleChangeInfo::cascadedFrom(&change, mStyle.get(), std::move(arrived));
     return;
@@ -164,7 +171,8 @@ void ZTSStyle::Telling::takeRecord(const ZTSStyleChangeInfo& change, Ref<const P
 }
 
 void ZTSStyle::Telling::leaveRecordTo(SpareRecord& spare) noexcept {
-  if (mUserInfo ? mUserInfo->referenceCount() != 1 || mChange->referenceCount() != 2 : mChange->referenceCount() != 1) return;
+  if (mUserInfo ? mUserInfo->referenceCount() != 1 || mChange->referenceCount() != 2 : mChange->referenceCount() != 1)
+    return;
   mChange->mStyle.reset();
   spare.change = std::move(mChange);
   spare.userInfo = std::move(mUserInfo);
@@ -225,12 +233,12 @@ void ZTSStyle::Telling::tellChildren() {
 
 void ZTSStyle::Telling::end() {
   if (!mStyle->mObservers.isEmpty()) mStyle->tellObservers(*mChange);
-  NSNotificationCenter::defaultCenter().postIfHeard(
-      mStyle->classObject().stylePropertiesChangedNotificationName(), mStyle.get(), [&] {
-        static const StringRef key(ZTSStyleNotificationChangeInfoKey);
-        if (!mUserInfo) mUserInfo = NSDictionary::make(key, mChange);
-        return mUserInfo;
-      });
+  NSNotificationCenter::defaultCenter().postIfHeard(mStyle->classObject().stylePropertiesChangedNotificationName(),
+                                                    mStyle.get(), [&] {
+                                                      static const StringRef key(ZTSStyleNotificationChangeInfoKey);
+                                                      if (!mUserInfo) mUserInfo = NSDictionary::make(key, mChange);
+                                                      return mUserInfo;
+                                                    });
 }
 
 void ZTSStyle::tellObservers(const ZTSStyleChangeInfo& change) {

@@ -14,7 +14,8 @@ namespace {
 /// Calls back when it is told.
 class Calling : public StyleRecorder {
  public:
-  explicit Calling(Log& log, std::function<void(const ZTSStyleChangeInfo&)> call = {}) : StyleRecorder(log), mCall(std::move(call)) {}
+  explicit Calling(Log& log, std::function<void(const ZTSStyleChangeInfo&)> call = {})
+      : StyleRecorder(log), mCall(std::move(call)) {}
   void stylePropertiesChanged(const ZTSStyleChangeInfo& change) override {
     StyleRecorder::stylePropertiesChanged(change);
     if (mCall) mCall(change);
@@ -42,10 +43,12 @@ TEST(PropagationTest, TellsDescendantsFirstThenObserversThenListeners) {
   NotificationListener listener(ZTSStylePropertiesChangedNotification, nullptr, [&](const NSNotification& n) {
     const auto* change = dynamic_cast<const ZTSStyleChangeInfo*>(n.userInfoForKey(ZTSStyleNotificationChangeInfoKey));
     EXPECT_EQ(change->style(), n.object);
-    scene.log.push_back("post " + change->style()->identifier().text() + " of " + change->originalStyle()->identifier().text());
+    scene.log.push_back("post " + change->style()->identifier().text() + " of " +
+                        change->originalStyle()->identifier().text());
   });
   root.setValueForProperty(Value(2), size);
-  EXPECT_EQ(scene.log, (Log{"leaf: size<1", "post leaf of root", "post child of root", "root: size<1", "post root of root"}));
+  EXPECT_EQ(scene.log,
+            (Log{"leaf: size<1", "post leaf of root", "post child of root", "root: size<1", "post root of root"}));
   scene.log.clear();
   child.setParentIdentifier("hides");  // a parent that differs tells like a change: all keys, the old parent's values
   EXPECT_EQ(scene.log, (Log{"leaf: size<2 weight< colour< list< label<", "post leaf of hides", "post child of hides"}));
@@ -69,7 +72,8 @@ TEST(PropagationTest, IgnoresWhatIsNotItsOwnNorItsParents) {
   root.stylePropertiesChanged(*ZTSStyleChangeInfo::init());
   EXPECT_EQ(scene.log, Log{});
   // No style stands for the parent of a style without one, and unknown properties end here.
-  root.stylePropertiesChanged(*ZTSStyleChangeInfo::withStyleChangedProperties(nullptr, *keys, mapOf({{size, 4}}).get()));
+  root.stylePropertiesChanged(
+      *ZTSStyleChangeInfo::withStyleChangedProperties(nullptr, *keys, mapOf({{size, 4}}).get()));
   EXPECT_EQ(scene.log, Log{"root: size<4"});
 
   ZTUAssertionRecorder reports;
@@ -84,11 +88,13 @@ TEST(PropagationTest, IgnoresWhatIsNotItsOwnNorItsParents) {
 TEST(PropagationTest, LockedStylesKeepTheirLook) {
   Scene scene;
   Scene elsewhere;
-  TestAggregate& root = scene.style<TestAggregate>("root", {}, {{size, 1}, {list, elsewhere.style("far")}, {label, scene.style("near")}});
+  TestAggregate& root =
+      scene.style<TestAggregate>("root", {}, {{size, 1}, {list, elsewhere.style("far")}, {label, scene.style("near")}});
   TestAggregate& locked = scene.style<TestAggregate>("locked", "root", {{weight, 9}}, true);
   TestStyle& below = scene.style("below", "locked");
   StyleRecorder recorder(scene.log);
-  for (ZTSStyle* style : {static_cast<ZTSStyle*>(&locked), static_cast<ZTSStyle*>(&below)}) style->addObserver(&recorder);
+  for (ZTSStyle* style : {static_cast<ZTSStyle*>(&locked), static_cast<ZTSStyle*>(&below)})
+    style->addObserver(&recorder);
   scene.host.undo->performInGroup([&] { root.setValueForProperty(Value(2), size); });
   EXPECT_EQ(scene.log, (Log{"below: size<1", "locked: size<1"})) << "they are told, although nothing changed for them";
   EXPECT_EQ(valueOf(locked, size), 1);
@@ -100,7 +106,8 @@ TEST(PropagationTest, LockedStylesKeepTheirLook) {
   EXPECT_FALSE(locked.overridesProperty(size));
   scene.log.clear();
   scene.redo();
-  EXPECT_EQ(scene.log, (Log{"below: size<1", "locked: size<1", "below: size<2", "locked: size<2"})) << "announced on redo";
+  EXPECT_EQ(scene.log, (Log{"below: size<1", "locked: size<1", "below: size<2", "locked: size<2"}))
+      << "announced on redo";
   EXPECT_EQ(valueOf(locked, size), 1);
 
   // Equal values change nothing; styles of other stylesheets are not kept.
@@ -130,7 +137,7 @@ TEST(PropagationTest, ObserversAndListenersMayDoAnything) {
   Calling dropsSibling(scene.log, [&](const ZTSStyleChangeInfo&) {
     if (!child) return;
     scene.sheet->removeStyle(std::exchange(child, {}));
-    scene.host.undo->removeAllActions();  // nobody holds the sibling any more but the one who tells
+    scene.host.undo->removeAllActions();         // nobody holds the sibling any more but the one who tells
     last.setValueForProperty(Value(7), weight);  // a change inside the telling of another
   });
   TestStyle& first = scene.style("aFirst", "root");
@@ -140,9 +147,10 @@ TEST(PropagationTest, ObserversAndListenersMayDoAnything) {
   root.addObserver(leaves.get());
   root.addObserver(&joins);
   root.setValueForProperty(Value(2), size);
-  EXPECT_EQ(scene.log, (Log{"last: size<1", "last: weight<", "aFirst: size<1", "root: size<1",
-                           "last: size<2 colour< list< label<", "aFirst: size<2 weight< colour< list< label<",  // orphaned
-                           "root: size<1"}));
+  EXPECT_EQ(scene.log,
+            (Log{"last: size<1", "last: weight<", "aFirst: size<1", "root: size<1", "last: size<2 colour< list< label<",
+                 "aFirst: size<2 weight< colour< list< label<",  // orphaned
+                 "root: size<1"}));
   EXPECT_EQ(root.stylesheet(), nullptr);
   EXPECT_TRUE(root.observers().containsObject(&never));
 
@@ -193,10 +201,12 @@ TEST(PropagationTest, RecordsThatAreKeptStayAsTheyAre) {
     scene.log.push_back(textOf(*dynamic_cast<const ZTSStyleChangeInfo*>(change)));
   });
   root.setValueForProperty(Value(2), size);
-  EXPECT_EQ(scene.log, (Log{"a: size<1", "b: size<1", "c: size<1", "d: size<1", "e: size<1", "f: size<1", "root: size<1"}));
+  EXPECT_EQ(scene.log,
+            (Log{"a: size<1", "b: size<1", "c: size<1", "d: size<1", "e: size<1", "f: size<1", "root: size<1"}));
   EXPECT_EQ(textOf(*dynamic_cast<ZTSStyleChangeInfo*>(kept[0].get())), "b: size<1");
   const auto* info = dynamic_cast<NSDictionary*>(kept[1].get());
-  EXPECT_EQ(textOf(*dynamic_cast<ZTSStyleChangeInfo*>(info->objectForKey(ZTSStyleNotificationChangeInfoKey))), "d: size<1");
+  EXPECT_EQ(textOf(*dynamic_cast<ZTSStyleChangeInfo*>(info->objectForKey(ZTSStyleNotificationChangeInfoKey))),
+            "d: size<1");
 }
 
 // ---- Classes that override what could be skipped
@@ -212,7 +222,9 @@ struct Counting : TestStyle {
   static inline int calls = 0;
 };
 struct Telling : Counting<Telling> {
-  void stylePropertiesChanged(const ZTSStyleChangeInfo& change) override { ++calls, TestStyle::stylePropertiesChanged(change); }
+  void stylePropertiesChanged(const ZTSStyleChangeInfo& change) override {
+    ++calls, TestStyle::stylePropertiesChanged(change);
+  }
 };
 struct Inspecting : Counting<Inspecting> {
   const PropertySet& inspectableProperties() const override { return ++calls, TestStyle::inspectableProperties(); }
@@ -266,7 +278,8 @@ TEST(PropagationTest, CallsEveryOverriddenOperationThoughNobodyListens) {
   Scene scene;
   TestStyle& root = scene.style("root");
   scene.style<Naming>("leaf", "root");
-  NotificationListener listener(NSNotificationName("OwnName"), nullptr, [&](const NSNotification&) { scene.log.push_back("own name"); });
+  NotificationListener listener(NSNotificationName("OwnName"), nullptr,
+                                [&](const NSNotification&) { scene.log.push_back("own name"); });
   root.setValueForProperty(Value(2), size);
   EXPECT_EQ(scene.log, Log{"own name"});
 }
@@ -276,7 +289,8 @@ TEST(PropagationTest, PassesThroughChainsOfAnyLength) {
   const auto chain = [&]<class T>(const char* prefix, int count) {
     std::vector<T*> styles;
     for (int i = 0; i < count; ++i) {
-      styles.push_back(&scene.style<T>(prefix + std::to_string(i), i > 0 ? StringRef(prefix + std::to_string(i - 1)) : StringRef()));
+      styles.push_back(
+          &scene.style<T>(prefix + std::to_string(i), i > 0 ? StringRef(prefix + std::to_string(i - 1)) : StringRef()));
     }
     return styles;
   };
@@ -325,13 +339,15 @@ TEST(ChangeInfoTest, ComparesEachKeyOncePerChange) {
       &root, *PropertySet::with({size, weight, colour}), mapOf({{size, Ref<NSObject>(was)}, {weight, 1.0}}).get());
   EXPECT_EQ(change->unchangedPropertyMapForProperties(*PropertySet::with({list})), nullptr);
   const auto text = [](const ZTSStyleChangeInfo& info) {
-    const Ref<PropertyMap> map = info.unchangedPropertyMapForProperties(*PropertySet::with({size, weight, colour, list}));
+    const Ref<PropertyMap> map =
+        info.unchangedPropertyMapForProperties(*PropertySet::with({size, weight, colour, list}));
     return map ? std::to_string(map->count()) + (map->find(size) != nullptr ? " size" : "") : "none";
   };
   EXPECT_EQ(text(*change), "1 size") << "the weight is equal as a number, the colour had no value";
   root.p_setValueForProperty(was, size);
   EXPECT_EQ(text(*change), "1 size") << "remembered";
-  const Ref<ZTSStyleChangeInfo> cascaded = ZTSStyleChangeInfo::cascadedFrom(change.get(), &child, PropertySet::with({size}));
+  const Ref<ZTSStyleChangeInfo> cascaded =
+      ZTSStyleChangeInfo::cascadedFrom(change.get(), &child, PropertySet::with({size}));
   EXPECT_EQ(text(*cascaded), "1 size");
   EXPECT_EQ(was->comparisons, 1);
   EXPECT_EQ(cascaded->style(), &child);
@@ -348,7 +364,8 @@ TEST(ChangeInfoTest, SaysWhatItIsAndRefusesToComeFromNothing) {
   EXPECT_EQ(change->unchangedPropertyMapForProperties(*PropertySet::with({size})), nullptr);
   EXPECT_EQ(change->description(),
             format("<ZTSStyleChangeInfo %p \n\tstyle=%p \n\toriginalStyle=%p \n\tchangedProperties={(size)} "
-                   "\n\toriginalChangedProperties={(size)} \n\tequalValuedProperties={(size)} \n\tunequalValuedProperties=(null) "
+                   "\n\toriginalChangedProperties={(size)} \n\tequalValuedProperties={(size)} "
+                   "\n\tunequalValuedProperties=(null) "
                    "\n\toldPropertyMap={} \n\tunchangedVariation=0x0\n>",
                    change, address(&root), address(&root)));
   EXPECT_EQ(ZTSStyleChangeInfo::init()->unchangedVariation(), nullptr);
@@ -356,9 +373,10 @@ TEST(ChangeInfoTest, SaysWhatItIsAndRefusesToComeFromNothing) {
     ZTSStyleChangeInfo::cascadedFrom(nullptr, &root, {});
     ADD_FAILURE() << "raised nothing";
   } catch (const NSInternalInconsistencyException& error) {
-    EXPECT_THAT(error.reason(), ::testing::MatchesRegex("-\\[ZTSStyleChangeInfo initCascadedFromStyleChangeInfo:withStyle:"
-                                                        "changedProperties:\\] -- Failed to initialize <0x[0-9a-f]+> from nil "
-                                                        "ZTWPStyleChangeInfo\\."));
+    EXPECT_THAT(error.reason(),
+                ::testing::MatchesRegex("-\\[ZTSStyleChangeInfo initCascadedFromStyleChangeInfo:withStyle:"
+                                        "changedProperties:\\] -- Failed to initialize <0x[0-9a-f]+> from nil "
+                                        "ZTWPStyleChangeInfo\\."));
   }
 }
 

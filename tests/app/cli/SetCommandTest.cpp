@@ -16,7 +16,8 @@ std::string styles() {
 TEST(SetCommandTest, TellsInOrderWhatAChangeItsUndoAndItsRedoSetOff) {
   const TemporaryFolder folder;
   const std::string file = folder.write("a.fodt", flat(styles()));
-  const ToolRun run = runTool({"set", file, "Base", "text.fo.font-size=14pt", "--lock", "Fixed", "--undo", "--redo", "--json"});
+  const ToolRun run =
+      runTool({"set", file, "Base", "text.fo.font-size=14pt", "--lock", "Fixed", "--undo", "--redo", "--json"});
   ASSERT_EQ(run.code, 0) << run.err;
   const auto json = run.json();
   const auto told = [&](std::size_t phase) {
@@ -26,10 +27,12 @@ TEST(SetCommandTest, TellsInOrderWhatAChangeItsUndoAndItsRedoSetOff) {
     }
     return lines;
   };
-  const std::vector<std::string> reached = {"told paragraph:Below", "posted paragraph:Below", "told paragraph:Fixed",
-                                            "posted paragraph:Fixed", "told paragraph:Base", "posted paragraph:Base"};
-  std::vector<std::string> expected = {"undo-step setValue:forProperty:",
-                                       "undo-step lockedStyleRemoveValuesForProperties:notificationFlags:", "kept paragraph:Fixed"};
+  const std::vector<std::string> reached = {"told paragraph:Below", "posted paragraph:Below",
+                                            "told paragraph:Fixed", "posted paragraph:Fixed",
+                                            "told paragraph:Base",  "posted paragraph:Base"};
+  std::vector<std::string> expected = {
+      "undo-step setValue:forProperty:", "undo-step lockedStyleRemoveValuesForProperties:notificationFlags:",
+      "kept paragraph:Fixed"};
   expected.insert(expected.end(), reached.begin(), reached.end());
   EXPECT_EQ(told(0), expected);
   expected[0] = "undo-step lockedStyleSetValuesForProperties:notificationFlags:";
