@@ -174,7 +174,9 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   virtual bool definesProperty(PropertyKey key) const;
   /// The own entries: the live map itself, or none when it is empty. (A subclass may answer a fresh one.)
   virtual Ref<const PropertyMap> overridePropertyMap() const;
-  [[nodiscard]] bool overridesAnyProperty() const noexcept { return mLocalPropertyMap && !mLocalPropertyMap->isEmpty(); }
+  [[nodiscard]] bool overridesAnyProperty() const noexcept {
+    return mLocalPropertyMap && !mLocalPropertyMap->isEmpty();
+  }
   /// The flattened map, null sentinels included: a fresh one that the caller may change; none when neither
   /// the style nor an ancestor has entries.
   virtual Ref<PropertyMap> propertyMap() const;
@@ -255,7 +257,8 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   virtual Ref<PropertyMap> overridePropertyMapWithPropertyMap(const PropertyMap* wanted, const PropertyMap* overrides,
                                                               bool canCollapse) const;
   /// The same as this class computes it, put into an empty map of the caller's.
-  void p_collectOverrides(PropertyMap& result, const PropertyMap* wanted, const PropertyMap* overrides, bool canCollapse) const;
+  void p_collectOverrides(PropertyMap& result, const PropertyMap* wanted, const PropertyMap* overrides,
+                          bool canCollapse) const;
   /// Removes own values that equal the parent's, in one undoable step. Nothing if locked or without parent.
   virtual void collapseOverriddenPropertyValues();
   /// Removes all own values unless the style is locked.
@@ -332,7 +335,9 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// After the whole stylesheet was read: removes what the class does not accept, without undo and telling.
   virtual void upgradeStyleWithUnarchiver(ZTAXMLUnarchiver& unarchiver, std::uint64_t version);
   /// The own entry as stored, borrowed, or none.
-  [[nodiscard]] NSObject* rawValueForProperty(PropertyKey key) const noexcept { return p_overrideValueForProperty(key); }
+  [[nodiscard]] NSObject* rawValueForProperty(PropertyKey key) const noexcept {
+    return p_overrideValueForProperty(key);
+  }
   /// Removes the own entry without undo and telling. An aggregate lets go of what it refers to.
   virtual void unconditionalRemoveValueForProperty(PropertyKey key) { p_removeValueForProperty(key); }
   /// A new style of the class with the same fields and own values, for an archive of an older version.
@@ -394,12 +399,12 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   // mSmall[0]: the plain groups of the class (ZTSStyleClass::Plain). mSmall[1]: these bits.
   enum State : std::uint8_t {
     kLocked = 1,
-    kRefused = 2,            // its parent would have closed a loop
-    kFiledAsOrphan = 4,      // listed in its stylesheet under the identifier it misses
-    kUntried = 8,            // listed in its stylesheet as to be tried at every retry
+    kRefused = 2,               // its parent would have closed a loop
+    kFiledAsOrphan = 4,         // listed in its stylesheet under the identifier it misses
+    kUntried = 8,               // listed in its stylesheet as to be tried at every retry
     kAdjustingUsageCount = 16,  // an aggregate is passing its own usage count on
-    kHasVariationIndex = 32,  // its stylesheet keeps an index over its children
-    kIsIndexedValue = 64      // an index has members that hold it as a value
+    kHasVariationIndex = 32,    // its stylesheet keeps an index over its children
+    kIsIndexedValue = 64        // an index has members that hold it as a value
   };
   [[nodiscard]] bool isPlain(std::uint8_t groups) const noexcept { return (mSmall[0] & groups) == groups; }
   void setState(State state, bool on) noexcept {
@@ -441,6 +446,8 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
 
 /// The object as a style, or none. Cost: one comparison.
 inline ZTSStyle* asStyle(NSObject* object) noexcept { return ZTSStyle::from(object); }
-inline const ZTSStyle* asStyle(const NSObject* object) noexcept { return ZTSStyle::from(const_cast<NSObject*>(object)); }
+inline const ZTSStyle* asStyle(const NSObject* object) noexcept {
+  return ZTSStyle::from(const_cast<NSObject*>(object));
+}
 
 }  // namespace zt

@@ -33,9 +33,11 @@ class ZT_EXPORT ZTSStyleChangeInfo final : public NSObject {
   /// A record with everything absent.
   static Ref<ZTSStyleChangeInfo> init();
   /// A record with the given fields, held unchanged. The memo sets may be absent.
-  static Ref<ZTSStyleChangeInfo> p_init(ZTSStyle* style, ZTSStyle* originalStyle, Ref<const PropertySet> changedProperties,
+  static Ref<ZTSStyleChangeInfo> p_init(ZTSStyle* style, ZTSStyle* originalStyle,
+                                        Ref<const PropertySet> changedProperties,
                                         Ref<const PropertySet> originalChangedProperties,
-                                        Ref<PropertySet> equalValuedProperties, Ref<PropertySet> unequalValuedProperties,
+                                        Ref<PropertySet> equalValuedProperties,
+                                        Ref<PropertySet> unequalValuedProperties,
                                         Ref<const PropertyMap> oldPropertyMap);
   /// @}
 
@@ -46,7 +48,9 @@ class ZT_EXPORT ZTSStyleChangeInfo final : public NSObject {
   /// The keys that changed at this level. None only in a record made by `init`.
   [[nodiscard]] const PropertySet* changedProperties() const noexcept { return mChangedProperties.get(); }
   /// The keys that changed where the change started.
-  [[nodiscard]] const PropertySet* originalChangedProperties() const noexcept { return mOriginalChangedProperties.get(); }
+  [[nodiscard]] const PropertySet* originalChangedProperties() const noexcept {
+    return mOriginalChangedProperties.get();
+  }
   /// The old values where the change started, null sentinels included.
   [[nodiscard]] const PropertyMap* oldPropertyMap() const noexcept { return mOldPropertyMap.get(); }
 
