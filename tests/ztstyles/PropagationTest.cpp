@@ -305,8 +305,9 @@ TEST(PropagationTest, PassesThroughChainsOfAnyLength) {
   overriding[1000]->addObserver(&recorder);
   scene.host.undo->disableUndoRegistration();
   EXPECT_THROW(overriding.front()->setValueForProperty(Value(1), size), NSInternalInconsistencyException);
+  // Cut from below, so that no cut tells more levels than the larger frames of a sanitizer build allow.
+  for (std::size_t cut = 10'000; cut >= 2'000; cut -= 2'000) overriding[cut]->setParentIdentifier("nobody");
   overriding[999]->setParentIdentifier("nobody");
-  overriding[2000]->setParentIdentifier("nobody");
   scene.log.clear();
   overriding[999]->setValueForProperty(Value(2), size);
   EXPECT_EQ(scene.log, Log{"o1000: size<"}) << "right again after the exception";
