@@ -1,6 +1,7 @@
 #pragma once
 
 #include <malloc.h>
+#include <platform/NSNull.h>
 #include <platform/NSNumber.h>
 #include <platform/NSUndoManager.h>
 #include <ztstyles/ZTSStyleClassOf.h>
