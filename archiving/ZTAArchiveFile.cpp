@@ -8,6 +8,7 @@
 #include <zlib.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
@@ -41,6 +42,12 @@ std::string resolved(const std::string& path) {
   return real != nullptr ? std::string(real.get()) : path;
 }
 
+/// Temporary files of one process differ by these.
+unsigned nextNumber() {
+  static std::atomic<unsigned> last = 0;
+  return ++last;
+}
+
 std::string folderOf(const std::string& path) {
   const std::size_t slash = path.rfind('/');
   if (slash == std::string::npos) return ".";
@@ -69,7 +76,7 @@ std::string ztaReadFile(const std::string& path, std::size_t limit) {
     if (got == 0) break;
     used += static_cast<std::size_t>(got);
     if (used > limit) raiseFor(path, format("the file is longer than the %d bytes that are read", limit));
-    if (used == bytes.size()) bytes.resize(std::min(bytes.size() * 2, limit + 1));
+    if (used == bytes.size()) bytes.resize(used + std::min(used, limit - used) + 1);
   }
   bytes.resize(used);
   return bytes;
@@ -124,16 +131,15 @@ ZTAAtomicFile::ZTAAtomicFile(const std::string& path) : mPath(resolved(path)) {
   struct stat old = {};
   const bool replaces = ::stat(mPath.c_str(), &old) == 0;
   if (replaces && !S_ISREG(old.st_mode)) raiseFor(path, "this is no regular file and is not replaced");
-  mTemporary = folderOf(mPath) + "/.ztstyles-XXXXXX";
-  mFile = ::mkostemp(mTemporary.data(), O_CLOEXEC);
+  const std::string prefix = folderOf(mPath) + "/.ztstyles-" + std::to_string(::getpid()) + '-';
+  // A new file gets the permissions that the process gives new files; one that replaces another is closed to
+  // others until it has those of the old one.
+  do {
+    mTemporary = prefix + std::to_string(nextNumber());
+    mFile = ::open(mTemporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, replaces ? 0600 : 0666);
+  } while (mFile < 0 && errno == EEXIST);  // left by a process that had our number and was killed
   if (mFile < 0) raiseFor(path, format("the file cannot be written: %s", textOf(errno)));
-  mode_t mode = old.st_mode & 07777;
-  if (!replaces) {
-    const mode_t mask = ::umask(0);
-    ::umask(mask);
-    mode = 0666 & ~mask;
-  }
-  if (::fchmod(mFile, mode) != 0) {
+  if (replaces && ::fchmod(mFile, old.st_mode & 07777) != 0) {
     const int code = errno;
     ::close(mFile);
     ::unlink(mTemporary.c_str());

@@ -24,7 +24,11 @@ ZTAErrorWrapper::ZTAErrorWrapper(Ref<ZTAError> error)
 ZTAErrorWrapper::~ZTAErrorWrapper() = default;
 
 Ref<ZTAErrorWrapper> ZTAErrorWrapper::withRootError(Ref<ZTAError> error) {
-  return Ref<ZTAErrorWrapper>(new ZTAErrorWrapper(std::move(error)));
+  return Ref<ZTAErrorWrapper>(new ZTAErrorWrapper(known(std::move(error))));
+}
+
+Ref<ZTAError> ZTAErrorWrapper::known(Ref<ZTAError> error) {
+  return error ? error : ZTAError::withMessage("nothing is known of this error");
 }
 
 ZTAArchiveException::ZTAArchiveException(Ref<ZTAError> error, bool isHandled)

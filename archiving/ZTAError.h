@@ -34,6 +34,7 @@ class ZT_EXPORT ZTAError : public NSObject {
 /// An error that says more about another one. Reads like its root error.
 class ZT_EXPORT ZTAErrorWrapper : public ZTAError {
  public:
+  /// None stands for an error of which nothing is known.
   static Ref<ZTAErrorWrapper> withRootError(Ref<ZTAError> error);
 
   /// The error that is wrapped, never none.
@@ -42,6 +43,8 @@ class ZT_EXPORT ZTAErrorWrapper : public ZTAError {
  protected:
   explicit ZTAErrorWrapper(Ref<ZTAError> error);
   ~ZTAErrorWrapper() override;
+  /// The error, or where there is none, one that says so.
+  static Ref<ZTAError> known(Ref<ZTAError> error);
 
  private:
   Ref<ZTAError> mRootError;

@@ -52,11 +52,9 @@ std::shared_ptr<const ZTARegistry> ZTARegistry::current() {
 }
 
 void ZTARegistry::change(std::string_view elementName, const std::function<void(ZTARegistry&)>& edit) {
-  const std::string name(elementName);
-  if (!xml::whyNotText(name).empty() || xmlValidateNCName(xml::chars(name.c_str()), 0) != 0) {
-    xml::raise(format("an element cannot be named '%s': that is no XML name", name));
-  }
-  if (isPlatformValueName(elementName)) xml::raise(format("elements named '%s' hold values of the platform", name));
+  xml::checkName(elementName);
+  if (isPlatformValueName(elementName))
+    xml::raise(format("elements named '%s' hold values of the platform", elementName));
   std::lock_guard guard(registryLock());
   auto changed = std::make_shared<ZTARegistry>(*registry());
   edit(*changed);

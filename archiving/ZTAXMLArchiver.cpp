@@ -160,6 +160,7 @@ void ZTAXMLArchiver::encodeObject(NSObject* object, _xmlNode* parent, _xmlNs& xm
 }
 
 void ZTAXMLArchiver::encodeObjectWithName(NSObject* object, _xmlNode* parent, const char* name, _xmlNs&) {
+  if (name != nullptr) xml::checkName(name);
   if (object == nullptr) object = NSNull::null();
   if (NSObject* substitute = mState->substitutes.count() != 0 ? encoderForObject(object) : nullptr) object = substitute;
   if (!object->isPlainValue() || !writePlatformValue(*object, *this, parent, name)) {

@@ -58,9 +58,10 @@ class ZT_EXPORT ZTAXMLArchiver : public NSObject {
   /// @{
 
   /// Writes the object, its substitute, or a reference to it as a new child element. None is written as
-  /// null. Raises `ZTAArchiveException` for an object that neither is a value nor codes itself.
+  /// null. The element lies in `CorvaleNamespace`, whatever namespace is given: objects are read from no
+  /// other. Raises `ZTAArchiveException` for an object that neither is a value nor codes itself.
   virtual void encodeObject(NSObject* object, _xmlNode* parent, _xmlNs& xmlNamespace);
-  /// The same with the element's name given.
+  /// The same with the element's name given; raises where that is no XML name.
   virtual void encodeObjectWithName(NSObject* object, _xmlNode* parent, const char* name, _xmlNs& xmlNamespace);
   /// Writes a text into an element. Raises where XML cannot hold it.
   void setTextOfNode(_xmlNode* node, std::string_view text);

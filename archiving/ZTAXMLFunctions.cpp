@@ -62,6 +62,14 @@ std::string_view whyNotText(std::string_view text) noexcept {
 
 void raise(std::string message) { throw ZTAArchiveException(ZTAError::withMessage(std::move(message))); }
 
+void checkName(std::string_view text) {
+  const std::string name(text);
+  // Checked as text first: the check of names reads UTF-8 that is known to be good.
+  if (!whyNotText(text).empty() || xmlValidateNCName(chars(name.c_str()), 0) != 0) {
+    raise(format("an element cannot be named '%s': that is no XML name", name));
+  }
+}
+
 xmlNode* newChild(xmlNode* parent, const char* name) {
   xmlNode* node = xmlNewChild(parent, &CorvaleNamespace, chars(name), nullptr);
   if (node == nullptr) throw std::bad_alloc();
@@ -99,13 +107,9 @@ _xmlNode* ztaxmlFirstChildNsNamed(const _xmlNode* node, const _xmlNs& xmlNamespa
 }
 
 _xmlNode* ztaxmlNewNsChildNodeOrRaise(_xmlNode* parent, _xmlNs& xmlNamespace, const StringRef& name) {
-  const std::string text = name.text();
-  // A name is checked as text first: the check of names reads UTF-8 that is known to be good.
-  if (!xml::whyNotText(text).empty() || xmlValidateNCName(xml::chars(text.c_str()), 0) != 0 ||
-      text.find('\0') != std::string::npos) {
-    xml::raise(format("an element cannot be named '%s': that is no XML name", text));
-  }
-  xmlNode* node = xmlNewChild(parent, &xmlNamespace, xml::chars(text.c_str()), nullptr);
+  xml::checkName(name.view());
+  // A shared string is terminated, and a good name holds no other zero byte.
+  xmlNode* node = xmlNewChild(parent, &xmlNamespace, xml::chars(name.view().data()), nullptr);
   if (node == nullptr) throw std::bad_alloc();
   return node;
 }

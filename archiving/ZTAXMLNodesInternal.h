@@ -72,6 +72,8 @@ inline constexpr std::size_t kLongestText = 9'999'999;
 /// What keeps the text from being written as XML; an empty text where nothing does.
 std::string_view whyNotText(std::string_view text) noexcept;
 
+/// Raises where the text is no XML name.
+void checkName(std::string_view text);
 /// Makes an element of a name that is known to be good. Raises where there is no memory.
 xmlNode* newChild(xmlNode* parent, const char* name);
 /// Sets an attribute whose text is known to be good.

@@ -84,7 +84,7 @@ Ref<NSObject> ZTAXMLUnarchiver::createObjectOfClass(const ZTClass& objectClass, 
 Ref<NSObject> ZTAXMLUnarchiver::objectFor(_xmlNode* node, const ZTClass* wanted) {
   if (!xml::isOurs(node)) {
     report(node, format("expected an element of the namespace '%s', found '%s'", xml::view(CorvaleNamespace.href),
-                        shortened(xml::view(node->name))));
+                        node != nullptr ? shortened(xml::view(node->name)) : "nothing"));
     return {};
   }
   if (mState->tree.hasReferences()) {
@@ -186,6 +186,10 @@ bool ZTAXMLUnarchiver::begin(Frame& frame, const ZTClass* wanted) {
 }
 
 Ref<NSObject> ZTAXMLUnarchiver::build(Frame first) {
+  const auto namesClass = [this](const xmlNode* node) {
+    return xml::isPresent(xml::attribute(node, xml::kClass)) ||
+           mState->registry->classNamed(xml::view(node->name)) != nullptr;
+  };
   std::vector<Frame> waiting;
   waiting.push_back(std::move(first));
   Ref<NSObject> last;
@@ -194,7 +198,7 @@ Ref<NSObject> ZTAXMLUnarchiver::build(Frame first) {
     if (frame.nextNeed < frame.needs.size()) {
       Entry& need = *frame.needs[frame.nextNeed++];
       // Only what refers itself can lead on; values and owners are made where they are met.
-      if (need.progress != Entry::Progress::unmade || !xml::isPresent(xml::attribute(need.node, xml::kClass))) continue;
+      if (need.progress != Entry::Progress::unmade || !namesClass(need.node)) continue;
       Frame next{need.node, &need};
       if (!begin(next, nullptr)) continue;
       if (next.coding->archivesByReference()) {
