@@ -17,20 +17,12 @@
 #include <algorithm>
 #include <fstream>
 #include <map>
-#include <memory>
 #include <mutex>
 #include <optional>
 
 namespace zt {
 
 namespace {
-
-StringRef attribute(xmlNode* node, const char* name) {
-  const std::unique_ptr<xmlChar, void (*)(xmlChar*)> text(
-      xmlGetNsProp(node, reinterpret_cast<const xmlChar*>(name), CorvaleNamespace.href),
-      [](xmlChar* owned) { xmlFree(owned); });
-  return text ? StringRef(reinterpret_cast<const char*>(text.get())) : StringRef();
-}
 
 /// The object at the root of an archive: the stylesheet, and what a document knows beside it.
 class DocumentRoot final : public ZTAXMLCoding {
@@ -66,9 +58,9 @@ class DocumentRoot final : public ZTAXMLCoding {
       if (child->type != XML_ELEMENT_NODE) continue;
       const std::string_view name = reinterpret_cast<const char*>(child->name);
       if (name == "part") {
-        parts.push_back(attribute(child, "name").text());
+        parts.push_back(archivedText(child, "name"));
       } else if (name == "font") {
-        fontFamilies[attribute(child, "name").text()] = attribute(child, "family").text();
+        fontFamilies[archivedText(child, "name")] = archivedText(child, "family");
       } else if (stylesheet == nullptr) {
         stylesheet =
             ZTUDynamicCast<ZTSStylesheet>(unarchiver.createObjectOfClass(ZTSStylesheet::stylesheetClass(), child));

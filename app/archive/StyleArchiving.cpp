@@ -26,13 +26,6 @@ namespace {
 // Uses are counted one by one on the style and on what it refers to.
 constexpr std::size_t kMostUses = 1'000'000;
 
-std::string attribute(xmlNode* node, const char* name) {
-  const std::unique_ptr<xmlChar, void (*)(xmlChar*)> text(
-      xmlGetNsProp(node, reinterpret_cast<const xmlChar*>(name), CorvaleNamespace.href),
-      [](xmlChar* owned) { xmlFree(owned); });
-  return text ? reinterpret_cast<const char*>(text.get()) : std::string();
-}
-
 /// The number in an attribute; 0 where it holds none, and never above the limit.
 std::size_t numberIn(const std::string& text, std::size_t limit) {
   std::size_t number = 0;
@@ -94,6 +87,13 @@ void extendRegistries(const std::vector<Ref<ZTSStyle>>& styles) {
 
 }  // namespace
 
+std::string archivedText(_xmlNode* node, const char* attribute) {
+  const std::unique_ptr<xmlChar, void (*)(xmlChar*)> text(
+      xmlGetNsProp(node, reinterpret_cast<const xmlChar*>(attribute), CorvaleNamespace.href),
+      [](xmlChar* owned) { xmlFree(owned); });
+  return text ? reinterpret_cast<const char*>(text.get()) : std::string();
+}
+
 // ---- The element of a style
 
 void OdfStyle::encodeWithXMLArchiver(ZTAXMLArchiver& archiver, _xmlNode* node, std::uint64_t version) {
@@ -116,7 +116,7 @@ Ref<NSObject> OdfStyle::initMoreWithXMLUnarchiver(ZTAXMLUnarchiver& unarchiver, 
   Ref<NSObject> kept = ZTSDerivingStyle::initMoreWithXMLUnarchiver(unarchiver, node);
   auto* origins = ZTUDynamicCast<ArchivedOrigins>(unarchiver.metadataForKey(kArchivedOrigins));
   if (kept != this || origins == nullptr) return kept;
-  const std::string word = attribute(node, "origin");
+  const std::string word = archivedText(node, "origin");
   if (word.empty()) return kept;
   const auto kind = originKindNamed(word);
   if (!kind) {
@@ -125,10 +125,10 @@ Ref<NSObject> OdfStyle::initMoreWithXMLUnarchiver(ZTAXMLUnarchiver& unarchiver, 
   }
   StyleOrigin origin;
   origin.kind = *kind;
-  origin.part = numberIn(attribute(node, "origin-part"), 1000);
-  origin.line = static_cast<int>(numberIn(attribute(node, "origin-line"), 2'000'000'000));
-  origin.name = attribute(node, "origin-name");
-  origin.uses = numberIn(attribute(node, "uses"), kMostUses);
+  origin.part = numberIn(archivedText(node, "origin-part"), 1000);
+  origin.line = static_cast<int>(numberIn(archivedText(node, "origin-line"), 2'000'000'000));
+  origin.name = archivedText(node, "origin-name");
+  origin.uses = numberIn(archivedText(node, "uses"), kMostUses);
   origins->value.emplace_back(Ref<OdfStyle>(this), std::move(origin));
   return kept;
 }

@@ -11,6 +11,8 @@
 #include <utility>
 #include <vector>
 
+struct _xmlNode;
+
 namespace zt {
 
 /// The key under which an unarchiver holds an `ArchivedOrigins`.
@@ -18,6 +20,9 @@ inline constexpr const char* kArchivedOrigins = "ZTDocumentArchivedOrigins";
 
 /// Where the styles of an archive came from, in the order of the archive.
 using ArchivedOrigins = ZTUBox<std::vector<std::pair<Ref<OdfStyle>, StyleOrigin>>>;
+
+/// The text of an archive's attribute; empty where the element has none.
+std::string archivedText(_xmlNode* node, const char* attribute);
 
 /// Brings the styles of an older version up to date, adds keys that documents made up to the registries of
 /// their families, and drops values that their property does not take, with a finding each.

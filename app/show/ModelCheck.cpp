@@ -13,7 +13,7 @@ namespace {
 class Listener final : public ZTUAssertionHandler, public ZTULogSink {
  public:
   explicit Listener(const ZTDocument& document) : mDocument(document), mHandlerScope(*this), mSinkScope(*this) {
-    for (const ZTSStylesheet* sheet : {&document.defaults(), &document.stylesheet()}) {
+    for (const ZTSStylesheet* sheet = &document.stylesheet(); sheet != nullptr; sheet = sheet->parent()) {
       for (const Ref<ZTSStyle>& style : sheet->styles().retainedSnapshot()) {
         mByAddress.emplace(style.get(), style);
         mByDescription.emplace(style->shortDescription(), style);
@@ -65,8 +65,9 @@ class Listener final : public ZTUAssertionHandler, public ZTULogSink {
 
 std::vector<Finding> checkModel(const ZTDocument& document) {
   Listener listener(document);
-  document.defaults().validate();
-  document.stylesheet().validate();
+  std::vector<Ref<ZTSStylesheet>> sheets;
+  p_addParentAndStylesheet(sheets, document.stylesheet());
+  for (const Ref<ZTSStylesheet>& sheet : sheets) sheet->validate();
   return listener.takeFindings();
 }
 

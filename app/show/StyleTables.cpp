@@ -48,13 +48,13 @@ Ref<NSTableView> viewWith(std::initializer_list<const char*> columns, NSTableVie
   return view;
 }
 
-ShownTable tableOfStylesheet(const char* title, ZTSStylesheet& stylesheet) {
+ShownTable tableOfStylesheet(const std::string& title, ZTSStylesheet& stylesheet) {
   const auto source = make<HVStylesheetTableDataSource>();
   source->setStylesheet(Ref<ZTSStylesheet>(&stylesheet));
   return {title, viewWith({"address", "parentAddress"}, source.get()), {source}};
 }
 
-ShownTable tableOfStyles(const char* title, const Ref<ZTDocument>& document, ZTSStylesheet& stylesheet) {
+ShownTable tableOfStyles(const std::string& title, const Ref<ZTDocument>& document, ZTSStylesheet& stylesheet) {
   const auto styles = HVStyleTableDataSource::dataSourceWithStyles(stylesheet.styles().retainedSnapshot());
   const auto source = make<DocumentStyleSource>(document, styles);
   return {title, viewWith({"class", "identifier", "label", "line", "address"}, source.get()), {source}};
@@ -63,10 +63,15 @@ ShownTable tableOfStyles(const char* title, const Ref<ZTDocument>& document, ZTS
 }  // namespace
 
 std::vector<ShownTable> tablesOfStylesheets(const Ref<ZTDocument>& document) {
-  return {tableOfStylesheet("stylesheet of the document", document->stylesheet()),
-          tableOfStyles("styles of the document", document, document->stylesheet()),
-          tableOfStylesheet("stylesheet of defaults", document->defaults()),
-          tableOfStyles("styles of defaults", document, document->defaults())};
+  std::vector<ShownTable> tables;
+  for (ZTSStylesheet* sheet = &document->stylesheet(); sheet != nullptr; sheet = sheet->parent()) {
+    const std::string whose = sheet == &document->stylesheet() ? "the document"
+                              : sheet == &document->defaults() ? "defaults"
+                                                               : "an ancestor";
+    tables.push_back(tableOfStylesheet("stylesheet of " + whose, *sheet));
+    tables.push_back(tableOfStyles("styles of " + whose, document, *sheet));
+  }
+  return tables;
 }
 
 ShownTable tableOfReferences(const Ref<ZTDocument>& document, OdfStyle& style) {

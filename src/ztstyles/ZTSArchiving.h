@@ -24,7 +24,9 @@ inline constexpr const char* kZTSStylesheetPersistenceArchiveOnlyTheseSet =
 
 using ZTSSavedStyleSet = ZTUBox<ZTUMutablePointerSet<ZTSStyle>>;
 
-/// Registers the element name of stylesheets. To be called once, before the first archive.
+/// Registers the element name of stylesheets and the library's classes. To be called once, before the first archive.
+/// Archives name classes, and a class can be found by its name once its class object exists: an application that
+/// reads before it has made any style calls `styleClass()` of its style classes first.
 ZT_EXPORT void ZTSInitArchivingClassToElementNameMappings();
 
 /// Whether styles that can be rebuilt from their identifier are written as that alone: the user default

@@ -114,7 +114,7 @@ bool ZTSDowngradeStylesheet::p_initForDowngradeWithStylesheet(ZTSStylesheet& ori
   for (const Ref<ZTSStyle>& copy : aggregates) {
     for (PropertyKey key : asAggregateStyle(static_cast<ZTAXMLCoding*>(copy.get()))->referencedStyleProperties()) {
       const Ref<NSObject> value = copy->valueForProperty(key);
-      if (!value) continue;
+      if (asStyle(value.get()) == nullptr) continue;
       if (NSObject* substitute = archiver.encoderForObject(value.get()))
         copy->setValueForProperty(Ref<NSObject>(substitute), key);
     }

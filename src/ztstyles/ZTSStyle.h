@@ -325,12 +325,18 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   virtual bool hasDefaultValueForProp(PropertyKey key) const;
   /// The value taken on reading when the archive gives none. The base answers none.
   virtual Ref<NSObject> defaultValueForProp(PropertyKey key) const;
+  /// Whether the identifier says it all, so that nothing else need be written. The class answers.
   virtual bool canBeReconstructedFromIdentifier() const;
   /// Initialises a bare style from its identifier alone; none drops it. Raises `NSGenericException` in this class.
   virtual Ref<ZTSStyle> initWithIdentifier(const StringRef& identifier);
+  /// With a `ZTVXMLArchiverForPB`, writes the style and everything that it needs, each once; else nothing.
   virtual void ensureSavedWithXMLArchiver(ZTAXMLArchiver& archiver);
+  /// The same with any archiver whose metadata asks for it (see ZTSArchiving.h): parent and references first, each
+  /// into the container of its stylesheet. Raises `NSGenericException`, after a log, where one is missing.
   void p_archiveStyleAndRelatedWithArchiver(ZTAXMLArchiver& archiver);
+  /// Links a style that was read, or unlinks one that another replaced. An aggregate begins or ends observing.
   virtual void archivingSetStylesheet(ZTSStylesheet* stylesheet);
+  /// Resolves the parent of a style that was read; nobody is told.
   virtual void archivingUpdateParent();
   /// After the whole stylesheet was read: removes what the class does not accept, without undo and telling.
   virtual void upgradeStyleWithUnarchiver(ZTAXMLUnarchiver& unarchiver, std::uint64_t version);

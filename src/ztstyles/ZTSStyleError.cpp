@@ -11,7 +11,7 @@ ZTSStyleError::~ZTSStyleError() = default;
 
 Ref<ZTSStyleError> ZTSStyleError::withRootErrorStyle(Ref<ZTAError> error, Ref<ZTSStyle> style) {
   if (const auto* wrapped = dynamic_cast<const ZTSStyleError*>(error.get())) error = &wrapped->rootError();
-  return Ref<ZTSStyleError>(new ZTSStyleError(std::move(error), std::move(style)));
+  return Ref<ZTSStyleError>(new ZTSStyleError(known(std::move(error)), std::move(style)));
 }
 
 std::string ZTSStyleError::description() const {

@@ -234,9 +234,16 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   /// Implemented in ZTSStylesheetComparison.cpp.
   /// @{
 
+  /// A new stylesheet of the same class under the same parent, with the same host and copies of all styles that
+  /// inherit from and refer to one another. Observers, children and cleanup are not carried over; nothing is
+  /// registered for undo, and only the new parent is told. None where the class makes no bare instances.
   Ref<NSObject> copy() const override;
+  /// Whether class and host are the same, the styles under each identifier equal, the anonymous styles equal one for
+  /// one, and the parents the same or equal. Linear, but for anonymous styles whose class compares in a way of its own.
   bool isEqual(const NSObject* other) const override;
+  /// From the identified styles. Walks all of them.
   std::size_t hash() const override;
+  /// Several lines: one for each style, with its address, class, name, identifiers and usage count.
   std::string description() const override;
   /// @}
 
@@ -244,7 +251,11 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   /// Implemented in ZTSStylesheetValidation.cpp.
   /// @{
 
+  /// Reports every broken invariant of the registry, of each style (`ZTSStyle::validate`) and of what the styles
+  /// refer to, and goes on after each report; a reference to a style of an ancestor is only logged, at level 10.
+  /// Changes nothing and does not go down to child stylesheets. Linear.
   virtual void validate() const;
+  /// Checks of the application's own, called last by `validate`. The base does nothing.
   virtual void appSpecificValidate() const;
   /// Recomputes every index beside the data the slow way and compares; true where all agree. For tests.
   [[nodiscard]] bool indexesAreRight() const;
@@ -254,7 +265,11 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   /// Implemented in ZTSStylesheetPersistenceAdditions.cpp and ZTSStyleOrdering.cpp.
   /// @{
 
+  /// Writes the styles that the host lets through, and the parent. Where the archiver saves on demand, leaves the
+  /// containers of the styles in its metadata instead. Raises `NSGenericException` where a container cannot be made.
   void encodeWithXMLArchiver(ZTAXMLArchiver& archiver, _xmlNode* node, std::uint64_t version) override;
+  /// Reads and links all styles, then resolves all parents, then upgrades all styles. What cannot be kept is logged
+  /// and passed over; without "anon-styles" it raises `NSGenericException`. The host stays none.
   bool initWithXMLUnarchiver(ZTAXMLUnarchiver& unarchiver, _xmlNode* node, std::uint64_t version) override;
   void postUnarchiveUpgradeForUnarchiver(ZTAXMLUnarchiver& unarchiver) override;
   void preArchiveDowngradeForVersion(std::uint64_t version, ZTAXMLArchiver& archiver) override;
@@ -264,9 +279,11 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   virtual std::optional<std::vector<Ref<ZTSStyle>>> enumeratorForOrderedAnonymousStyles() const;
   /// The default writing order: plain styles before aggregates, each after its nearest ancestor.
   [[nodiscard]] std::vector<Ref<ZTSStyle>> p_orderedIdentifiedStyles() const;
+  /// Drops from the order of anonymous styles those that have left; makes an empty one where there is none.
   void p_cleanupAnonymousStyleOrderingMap();
 
-  /// Class-wide settings and lists. `p_resetClassSettings` puts them back, for tests.
+  /// Class-wide settings and lists. Upgraders and downgraders run in the order of registration, as often as they
+  /// were registered, and stay; none is ignored. `p_resetClassSettings` puts all of it back, for tests.
   static bool sortXMLStyles();
   static void setSortXMLStyles(bool sort);
   static void registerUpgrader(Ref<ZTSStylesheetUpgrader> upgrader);

@@ -9,6 +9,7 @@
 #include <support/ZTULog.h>
 #include <ztstyles/ZTSArchiving.h>
 #include <ztstyles/ZTSArchivingSettings.h>
+#include <ztstyles/ZTSDerivingStyle.h>
 #include <ztstyles/ZTSStyleOrdering.h>
 #include <ztstyles/ZTSStylesheet.h>
 
@@ -49,6 +50,7 @@ bool shouldArchive(const ZTSStyle& style, const ZTSStylesheetHost* host) {
 
 void ZTSInitArchivingClassToElementNameMappings() {
   ztaxmlRegisterClassNamePair(ZTSStylesheet::stylesheetClass(), kElementName_StyleSheet);
+  (void)ZTSDerivingStyle::styleClass();  // an archive that names it, or one of its bases, may be the first thing read
 }
 
 bool ZTSStylesheet::sortXMLStyles() { return settings().sortXMLStyles; }
@@ -186,8 +188,8 @@ bool ZTSStylesheet::initWithXMLUnarchiver(ZTAXMLUnarchiver& unarchiver, _xmlNode
                         style->identifier()));
       style->p_setIdentifier({});
     }
+    takeAnonymous(style);
     if (mAnonymousStyleOrderingMap) ZTSIndexOfAnonymousStyle(*style, *mAnonymousStyleOrderingMap);
-    takeAnonymous(std::move(style));
   });
 
   const std::vector<Ref<ZTSStyle>> all = styles().retainedSnapshot();

@@ -19,8 +19,7 @@ class Thing : public ZTAXMLCoding {
  public:
   std::string label;
   std::vector<Ref<NSObject>> links;
-  Ref<Thing> twin;  ///< what reading answers in place of this one
-  bool isRefused = false;
+  Ref<Thing> twin;                 ///< what reading answers in place of this one
   std::vector<std::string> calls;  ///< what the archiver asked
 
   static const ZTClass& thingClass() {
@@ -50,9 +49,9 @@ class Thing : public ZTAXMLCoding {
   Ref<NSObject> initMoreWithXMLUnarchiver(ZTAXMLUnarchiver&, _xmlNode*) override {
     if (label == "none") return {};
     if (label != "twin") return Ref<NSObject>(this);
-    auto other = make<Thing>();
-    other->label = "the other twin";
-    return other;
+    twin = make<Thing>();
+    twin->label = "the other twin";
+    return twin;
   }
   void replaceUnarchivedObject(NSObject& dropped, NSObject* kept) override {
     std::erase_if(links, [&](Ref<NSObject>& link) {
@@ -86,17 +85,18 @@ class Box final : public Thing {
 /// Archives name classes, so these have to be there whichever test runs first.
 inline const ZTClass& kRegisteredBox = Box::boxClass();
 
-inline Ref<Thing> thing(const std::string& label, std::vector<Ref<NSObject>> links = {}) {
-  auto made = make<Thing>();
+template <class T>
+Ref<T> labelled(const std::string& label, std::vector<Ref<NSObject>> links) {
+  auto made = make<T>();
   made->label = label;
   made->links = std::move(links);
   return made;
 }
+inline Ref<Thing> thing(const std::string& label, std::vector<Ref<NSObject>> links = {}) {
+  return labelled<Thing>(label, std::move(links));
+}
 inline Ref<Box> box(const std::string& label, std::vector<Ref<NSObject>> links = {}) {
-  auto made = make<Box>();
-  made->label = label;
-  made->links = std::move(links);
-  return made;
+  return labelled<Box>(label, std::move(links));
 }
 inline Thing& asThing(const Ref<NSObject>& object) { return dynamic_cast<Thing&>(*object); }
 

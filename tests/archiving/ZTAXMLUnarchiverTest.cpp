@@ -1,7 +1,6 @@
 #include <platform/NSNumber.h>
+#include <platform/ZTFormat.h>
 #include <tests/archiving/Things.h>
-
-#include <chrono>
 
 namespace zt::test {
 
@@ -18,15 +17,24 @@ std::string repeated(const std::string& text, int count) {
   return all;
 }
 
+/// Elements named "pin" need no other word of their class.
+class Pin final : public Thing {
+ public:
+  static const ZTClass& pinClass() {
+    static const auto* object = new ZTClassOf<Pin>("TestPin", thingClass());
+    return *object;
+  }
+  const ZTClass& classObject() const override { return pinClass(); }
+};
+
 const std::string kOpen = "<zt:object zt:class='TestBox' zt:label='root'>";
 
 }  // namespace
 
 TEST(ZTAXMLUnarchiverTest, WhatIsNoArchiveIsOneErrorWithItsLine) {
-  Box::boxClass();
-  NSObject::nsObjectClass();
   const std::string good = archive(kOpen + "</zt:object>");
-  std::string latin = "<?xml version='1.0' encoding='no-such'?>" + good;
+  const std::string packed = archived(*box("x"), ZTACompression::gzip);
+  const std::string root = "<zt:archive xmlns:zt='urn:ztstyles:archive'";
   const struct {
     std::string bytes;
     const char* error;
@@ -36,41 +44,26 @@ TEST(ZTAXMLUnarchiverTest, WhatIsNoArchiveIsOneErrorWithItsLine) {
       {good.substr(0, good.size() - 20), "f:2: "},
       {"<a/>", "f:1: expected the root element 'archive' of the namespace 'urn:ztstyles:archive', found 'a'"},
       {"<zt:archive xmlns:zt='urn:other' zt:version='3'/>", "f:1: expected the root element 'archive'"},
-      {"<archive version='3'/>", "f:1: expected the root element 'archive'"},
       {"<zt:archive zt:version='3'/>", "f:1: this is no good XML: Namespace prefix zt"},
-      {"<zt:archive xmlns:zt='urn:ztstyles:archive'/>",
-       "f:1: expected a version number in the archive's 'version', found ''"},
-      {"<zt:archive xmlns:zt='urn:ztstyles:archive' zt:version='-1'/>",
-       "f:1: expected a version number in the archive's 'version', found '-1'"},
-      {"<zt:archive xmlns:zt='urn:ztstyles:archive' zt:version='18446744073709551616'/>",
-       "f:1: expected a version number"},
-      {"<zt:archive xmlns:zt='urn:ztstyles:archive' zt:version='9'/>",
-       "f:1: expected an archive of version 1 to 3, found version 9"},
+      {root + "/>", "f:1: expected a version number in the archive's 'version', found ''"},
+      {root + " zt:version='18446744073709551616'/>", "f:1: expected a version number in the archive's 'version'"},
+      {root + " zt:version='9'/>", "f:1: expected an archive of version 1 to 3, found version 9"},
       {archive(""), "f:1: expected an object in the archive, found none"},
       {archive("\n<zt:object zt:class='NoSuch'/>"),
        "f:3: the archive's object cannot be made: no class is named 'NoSuch'"},
       {archive("<zt:object zt:class='NSObject'/>"),
        "f:2: the archive's object cannot be made: objects of the class 'NSObject' cannot be read"},
-      {archive("<zt:ref zt:to='1'/>"),
-       "f:2: the archive's object cannot be made: refers to '1', and no element has this id"},
       {archive("<zt:ref zt:to='1' zt:id='1'/>"),
        "f:2: the archive's object cannot be made: refers to '1', which is itself a reference"},
-      {archive("<zt:list zt:id='1'><zt:string>\xff\xfe</zt:string></zt:list>"),
-       "f:2: this is no good XML: Input is not proper UTF-8"},
+      {archive("<zt:string>\xff\xfe</zt:string>"), "f:2: this is no good XML: Input is not proper UTF-8"},
       {archive(repeated("<zt:list>", 100'000)), "f:2: elements nest deeper than 200 levels"},
-      {archive(kOpen + repeated("<zt:list>", 190) + repeated("</zt:list>", 190) + "</zt:object>")
-           .replace(0, 11, "<zt:archivx"),
-       "f:2: this is no good XML"},
       {"<!DOCTYPE a [<!ENTITY x 'y'>]>" + good, "f:1: a document type (DOCTYPE) has no place in an archive"},
-      {"<!DOCTYPE a SYSTEM 'http://127.0.0.1:9/a.dtd'>" + good,
-       "f:1: a document type (DOCTYPE) has no place in an archive"},
-      {"<!DOCTYPE a [<!ENTITY x SYSTEM 'file:///etc/passwd'>]><a>&x;</a>",
-       "f:1: a document type (DOCTYPE) has no place in an archive"},
+      {"<!DOCTYPE a SYSTEM 'http://127.0.0.1:9/a.dtd'>" + good, "f:1: a document type (DOCTYPE) has no place in an"},
       {archive("<zt:string>&x;</zt:string>"), "f:2: this is no good XML: Entity 'x' not defined"},
-      {latin, "f:1: this is no good XML: Unsupported encoding no-such"},
+      {"<?xml version='1.0' encoding='no-such'?>" + good, "f:1: this is no good XML: Unsupported encoding no-such"},
       {good + good, "f:2: this is no good XML: Extra content at the end of the document"},
-      {archived(*box("x"), ZTACompression::gzip).substr(0, 60), "f: the compressed file is broken or cut off"},
-      {archived(*box("x"), ZTACompression::gzip) + "x", "f: something follows the end of the compressed file"},
+      {packed.substr(0, 60), "f: the compressed file is broken or cut off"},
+      {packed + "x", "f: something follows the end of the compressed file"},
       {std::string("\x1f\x8b", 2), "f: the compressed file is broken or cut off"},
   };
   for (const auto& each : cases) {
@@ -80,7 +73,7 @@ TEST(ZTAXMLUnarchiverTest, WhatIsNoArchiveIsOneErrorWithItsLine) {
   }
   EXPECT_FALSE(ZTAXMLUnarchiver::looksLikeArchive("<a/>"));
   EXPECT_TRUE(ZTAXMLUnarchiver::looksLikeArchive(good));
-  EXPECT_TRUE(ZTAXMLUnarchiver::looksLikeArchive(archived(*box("x"), ZTACompression::gzip)));
+  EXPECT_TRUE(ZTAXMLUnarchiver::looksLikeArchive(packed));
 }
 
 TEST(ZTAXMLUnarchiverTest, WhatCannotBeReadIsPassedOverAndSaid) {
@@ -144,20 +137,17 @@ TEST(ZTAXMLUnarchiverTest, ReferencesDoNotNestReadingWithoutBound) {
        {std::pair<std::string, std::string>{"<zt:list", "</zt:list>"},
         std::pair<std::string, std::string>{"<zt:object zt:class='TestBox'", "</zt:object>"}}) {
     std::string inside = kOpen + "<zt:ref zt:to='0'/></zt:object><zt:objects>";
-    for (int index = 0; index < 100'000; ++index) {
-      inside +=
-          open + " zt:id='" + std::to_string(index) + "'><zt:ref zt:to='" + std::to_string(index + 1) + "'/>" + close;
-    }
+    for (int index = 0; index < 100'000; ++index)
+      inside += format("%s zt:id='%d'><zt:ref zt:to='%d'/>%s", open, index, index + 1, close);
     EXPECT_THAT(readError(archive(inside + "</zt:objects>")),
                 testing::EndsWith(": objects nest deeper than 200 levels"));
   }
-}
-
-TEST(ZTAXMLUnarchiverTest, LinesAreRightBeyondWhatANodeCanHold) {
-  auto unarchiver =
-      ZTAXMLUnarchiver::unarchiverForBytes(archive(std::string(70'000, '\n') + kOpen + "<zt:real/></zt:object>"));
-  unarchiver->unarchiveRootObject();
-  EXPECT_EQ(descriptions(unarchiver->findings()), std::vector<std::string>{"line 70002: in root: '' is no real"});
+  ztaxmlRegisterClassNamePair(Pin::pinClass(), "pin");
+  std::string chain = kOpen;
+  for (int index = 0; index < 1000; ++index)
+    chain += format("<zt:pin zt:id='%d'><zt:ref zt:to='%d'/></zt:pin>", index, index + 1);
+  const auto read = ZTAXMLUnarchiver::unarchiverForBytes(archive(chain + "<zt:pin zt:id='1000'/></zt:object>"));
+  EXPECT_EQ(asThing(read->unarchiveRootObject()).links.size(), 1001u);
 }
 
 TEST(ZTAXMLUnarchiverTest, NamesAreLookedUpForDisplay) {
@@ -174,10 +164,12 @@ TEST(ZTAXMLUnarchiverTest, NamesAreLookedUpForDisplay) {
 }
 
 TEST(ZTAXMLUnarchiverTest, AClassStandsInForOneThatIsUnknown) {
-  auto read =
-      ZTAXMLUnarchiver::unarchiverForBytes(archive("<zt:object zt:class='NoSuch' zt:ancestor='TestBox' zt:label='x'/>"))
-          ->unarchiveRootObject();
-  EXPECT_EQ(&read->classObject(), &Box::boxClass());
+  auto unarchiver = ZTAXMLUnarchiver::unarchiverForBytes(
+      archive(std::string(70'000, '\n') + "<zt:object zt:class='NoSuch' zt:ancestor='TestBox'><zt:real/></zt:object>"));
+  EXPECT_EQ(&unarchiver->unarchiveRootObject()->classObject(), &Box::boxClass());
+  EXPECT_EQ(descriptions(unarchiver->findings()), std::vector<std::string>{"line 70002: in : '' is no real"})
+      << "a line beyond what a node can hold";
+  EXPECT_EQ(unarchiver->createObjectFromNode(nullptr), nullptr);
 }
 
 }  // namespace zt::test

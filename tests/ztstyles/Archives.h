@@ -5,11 +5,9 @@
 #include <archiving/ZTAXMLUnarchiver.h>
 #include <platform/NSUserDefaults.h>
 #include <support/ZTUDynamicCast.h>
+#include <tests/Files.h>
 #include <tests/ztstyles/Scene.h>
 #include <ztstyles/ZTSArchiving.h>
-
-#include <fstream>
-#include <sstream>
 
 namespace zt::testing {
 
@@ -27,7 +25,7 @@ inline std::string archived(NSObject& root) {
 struct Loaded {
   Ref<ZTAXMLUnarchiver> unarchiver;
   Ref<ZTSStylesheet> sheet;
-  std::vector<std::string> logs;
+  Log logs;
 
   explicit Loaded(const std::string& bytes) {
     TestStyle::styleClass();
@@ -45,12 +43,22 @@ struct Loaded {
     return *style;
   }
   ZTSStyle& anonymous(std::size_t index) const { return *sheet->anonymousStyles().allObjects().at(index); }
-  [[nodiscard]] std::vector<std::string> findings() const {
-    std::vector<std::string> texts;
+  [[nodiscard]] Log findings() const {
+    Log texts;
     for (const Ref<ZTAError>& each : unarchiver->findings()) texts.push_back(each->description());
     return texts;
   }
 };
+
+/// What validation reports of the stylesheet and its ancestors.
+inline Log reportsOf(const ZTSStylesheet& sheet) {
+  ZTUAssertionRecorder recorder;
+  for (const ZTSStylesheet* each = &sheet; each != nullptr; each = each->parent()) {
+    each->validate();
+    EXPECT_TRUE(each->indexesAreRight());
+  }
+  return recorder.descriptions();
+}
 
 /// A stylesheet of version 1 with these style elements in it.
 inline std::string sheetOf(const std::string& styles, const std::string& anonymous = {}, const std::string& more = {}) {
@@ -63,14 +71,7 @@ inline std::string element(const std::string& attributes, const std::string& pro
          "</zt:property-map></zt:object>";
 }
 
-/// Compares with a file of tests/data/archives. With ZT_UPDATE_ARCHIVES in the environment it is written instead.
-inline void expectStored(const std::string& text, const std::string& name) {
-  const std::string path = std::string(ZT_TEST_DATA_DIR) + "/archives/" + name;
-  if (std::getenv("ZT_UPDATE_ARCHIVES") != nullptr) std::ofstream(path) << text;
-  std::ostringstream stored;
-  stored << std::ifstream(path).rdbuf();
-  EXPECT_EQ(text, stored.str()) << name;
-}
+using test::expectStored;
 
 /// Sets the class-wide settings back.
 struct ClassSettingsScope {

@@ -1,8 +1,8 @@
 // Long random sequences over the public operations. After every step the model must be valid, its indexes right and
 // its lookups, parents and counts what a slow reading of the links gives; undoing everything must bring back the first
-// state, and redoing everything the last one.
+// state, and redoing everything the last one. What it has become can be copied, and written and read.
 
-#include "Scene.h"
+#include <tests/ztstyles/Archives.h>
 
 #include <algorithm>
 #include <functional>
@@ -90,13 +90,14 @@ class RandomModel {
       for (int count = below(5); count > 0 && undo.canRedo(); --count) undo.redo();
       return check("redo");
     }
-    const auto& [name, operation] =
-        operations()[static_cast<std::size_t>(below(static_cast<int>(operations().size())))];
+    const auto& [name, operation] = operations()[static_cast<std::size_t>(below(kOperations))];
     mTrace.push_back(name);
     {
       ZTUAssertionRecorder refusals;  // an operation may refuse what makes no sense
       undo.performInGroup([&, &perform = operation] {
-        for (int count = 1 + below(2); count > 0; --count) perform(*this);
+        for (int count = 1 + below(2); count > 0; --count) {
+          if (ZTSStyle* style = any()) perform(*this, *style);
+        }
       });
     }
     adopt();
@@ -147,10 +148,7 @@ class RandomModel {
       const Ref<NSObject> copied = sheet->copy();
       auto* copy = dynamic_cast<ZTSStylesheet*>(copied.get());
       ASSERT_NE(copy, nullptr);
-      ZTUAssertionRecorder reports;
-      copy->validate();
-      EXPECT_THAT(reports.descriptions(), ::testing::IsEmpty());
-      EXPECT_TRUE(copy->indexesAreRight());
+      EXPECT_EQ(reportsOf(*copy), Log{});
       EXPECT_EQ(copy->styles().count(), sheet->styles().count());
       if (!mHasRefusedParent) {
         EXPECT_TRUE(copy->isEqual(sheet.get()) && sheet->isEqual(copy));
@@ -166,6 +164,20 @@ class RandomModel {
     check("copy");
   }
 
+  /// Both stylesheets as an archive, and back.
+  void writeAndRead() {
+    const std::string text = archived(*mLower);
+    const Loaded loaded(text);
+    EXPECT_EQ(loaded.findings(), Log{});
+    loaded.sheet->setHost(&mHost);
+    loaded.sheet->parent()->setHost(&mHost);
+    if (!mHasRefusedParent) {
+      EXPECT_TRUE(loaded.sheet->isEqual(mLower.get()) && mLower->isEqual(loaded.sheet.get()));
+      EXPECT_EQ(archived(*loaded.sheet), text);
+    }
+    EXPECT_EQ(reportsOf(*loaded.sheet), Log{});
+  }
+
   [[nodiscard]] std::string trace() const {
     std::string text;
     for (const char* name : mTrace) text += std::string(text.empty() ? "" : ", ") + name;
@@ -173,80 +185,39 @@ class RandomModel {
   }
 
  private:
-  using Operation = void (*)(RandomModel&);
+  using M = RandomModel;
+  using S = ZTSStyle;
+  struct Operation {
+    const char* name;
+    void (*perform)(M& model, S& style);  // on any style of the model
+  };
+  static constexpr int kOperations = 23;
 
-  static const std::vector<std::pair<const char*, Operation>>& operations() {
-    using M = RandomModel;
-    static const std::vector<std::pair<const char*, Operation>> all{
-        {"add", [](M& m) { m.addNew(); }},
-        {"add again", [](M& m) { m.addAgain(); }},
-        {"remove",
-         [](M& m) {
-           if (ZTSStyle* style = m.unreferenced()) style->stylesheet()->removeStyle(Ref<ZTSStyle>(style));
-         }},
-        {"identify", [](M& m) { m.identify(); }},
-        {"anonymize",
-         [](M& m) {
-           if (ZTSStyle* style = m.any()) style->stylesheet()->anonymizeStyle(Ref<ZTSStyle>(style));
-         }},
-        {"parent",
-         [](M& m) {
-           if (ZTSStyle* style = m.any())
-             style->setParentIdentifier(m.parentFor(familyOf(*style), style->identifier()));
-         }},
-        {"name",
-         [](M& m) {
-           if (ZTSStyle* style = m.any()) style->setName(format("name %d", ++m.mNames));
-         }},
-        {"lock",
-         [](M& m) {
-           if (ZTSStyle* style = m.any()) style->setIsLocked(!style->isLocked());
-         }},
-        {"set value",
-         [](M& m) {
-           if (ZTSStyle* style = m.any()) m.setOne(*style);
-         }},
-        {"set values",
-         [](M& m) {
-           if (ZTSStyle* style = m.any()) style->setValuesForProperties(*m.valuesFor(*style));
-         }},
-        {"remove value",
-         [](M& m) {
-           if (ZTSStyle* style = m.any()) style->removeValueForProperty(m.key());
-         }},
-        {"remove values",
-         [](M& m) {
-           if (ZTSStyle* style = m.any()) style->removeValuesForProperties(*m.keys());
-         }},
-        {"locked set",
-         [](M& m) {
-           if (ZTSStyle* style = m.any()) style->lockedStyleSetValuesForProperties(*m.valuesFor(*style), m.below(8));
-         }},
-        {"locked remove",
-         [](M& m) {
-           if (ZTSStyle* style = m.any()) style->lockedStyleRemoveValuesForProperties(*m.keys(), m.below(8));
-         }},
-        {"collapse",
-         [](M& m) {
-           if (ZTSStyle* style = m.any()) style->collapseOverriddenPropertyValues();
-         }},
-        {"clear",
-         [](M& m) {
-           if (ZTSStyle* style = m.any()) style->clearOverriddenPropertyValues();
-         }},
-        {"replace", [](M& m) { m.replace(); }},
-        {"vary", [](M& m) { m.vary(); }},
-        {"use",
-         [](M& m) {
-           if (ZTSStyle* style = m.any()) m.count(style, &ZTSStyle::incrementUsageCount, "use");
-         }},
-        {"unuse", [](M& m) { m.uncount("use"); }},
-        {"orphan",
-         [](M& m) {
-           if (ZTSStyle* style = m.any()) m.count(style, &ZTSStyle::incrementOrphanCount, "orphan");
-         }},
-        {"unorphan", [](M& m) { m.uncount("orphan"); }},
-        {"quiet", [](M& m) { m.quietly(); }},
+  static const Operation* operations() {
+    static const Operation all[kOperations] = {
+        {"add", [](M& m, S&) { m.addNew(); }},
+        {"add again", [](M& m, S&) { m.addAgain(); }},
+        {"remove", [](M&, S& s) { remove(s); }},
+        {"identify", [](M& m, S& s) { m.identify(s); }},
+        {"anonymize", [](M&, S& s) { s.stylesheet()->anonymizeStyle(Ref<S>(&s)); }},
+        {"parent", [](M& m, S& s) { s.setParentIdentifier(m.parentFor(familyOf(s), s.identifier())); }},
+        {"name", [](M& m, S& s) { s.setName(format("name %d", ++m.mNames)); }},
+        {"lock", [](M&, S& s) { s.setIsLocked(!s.isLocked()); }},
+        {"set value", [](M& m, S& s) { m.setOne(s); }},
+        {"set values", [](M& m, S& s) { s.setValuesForProperties(*m.valuesFor(s)); }},
+        {"remove value", [](M& m, S& s) { s.removeValueForProperty(m.key()); }},
+        {"remove values", [](M& m, S& s) { s.removeValuesForProperties(*m.keys()); }},
+        {"locked set", [](M& m, S& s) { s.lockedStyleSetValuesForProperties(*m.valuesFor(s), m.below(8)); }},
+        {"locked remove", [](M& m, S& s) { s.lockedStyleRemoveValuesForProperties(*m.keys(), m.below(8)); }},
+        {"collapse", [](M&, S& s) { s.collapseOverriddenPropertyValues(); }},
+        {"clear", [](M&, S& s) { s.clearOverriddenPropertyValues(); }},
+        {"replace", [](M& m, S& s) { m.replace(s); }},
+        {"vary", [](M& m, S& s) { m.vary(s); }},
+        {"use", [](M& m, S& s) { m.count(&s, &S::incrementUsageCount, "use"); }},
+        {"unuse", [](M& m, S&) { m.uncount("use"); }},
+        {"orphan", [](M& m, S& s) { m.count(&s, &S::incrementOrphanCount, "orphan"); }},
+        {"unorphan", [](M& m, S&) { m.uncount("orphan"); }},
+        {"quiet", [](M& m, S& s) { m.quietly(s); }},
     };
     return all;
   }
@@ -275,8 +246,8 @@ class RandomModel {
     return std::any_of(observers.begin(), observers.end(),
                        [](auto* each) { return dynamic_cast<ZTSAggregateStyle*>(each) != nullptr; });
   }
-  ZTSStyle* unreferenced() {
-    return anyOf([](ZTSStyle& style) { return !isReferenced(style); });
+  static void remove(ZTSStyle& style) {
+    if (!isReferenced(style)) style.stylesheet()->removeStyle(Ref<ZTSStyle>(&style));
   }
 
   /// 0 plain styles, 1 aggregates of these, 2 aggregates of both. Parents are of one's own family.
@@ -355,53 +326,47 @@ class RandomModel {
     // References that it had may have left their stylesheets meanwhile.
     if (style->stylesheet() == nullptr && familyOf(*style) == 0) put(style, chance(2) ? *mUpper : *mLower);
   }
-  void identify() {
-    ZTSStyle* style = any();
-    if (style == nullptr) return;
-    const StringRef identifier = identifierOf(familyOf(*style));
-    if (!mayInherit(identifier, style->parentIdentifier()) || !mayBeParentOf(identifier, style->children())) return;
-    switch (below(3)) {
-      case 0: return style->stylesheet()->identifyStyle(Ref<ZTSStyle>(style), identifier);
-      case 1: return style->stylesheet()->identifyStyleKeepingAllChildren(Ref<ZTSStyle>(style), identifier, chance(2));
-      default: {
-        ZTUMutablePointerSet<ZTSStyle> kept;
-        for (ZTSStyle* child : style->children()) {
-          if (chance(2)) kept.addObject(child);
-        }
-        return style->stylesheet()->identifyStyleKeepingChildren(Ref<ZTSStyle>(style), identifier, &kept);
-      }
+  void identify(ZTSStyle& style) {
+    const StringRef identifier = identifierOf(familyOf(style));
+    if (!mayInherit(identifier, style.parentIdentifier()) || !mayBeParentOf(identifier, style.children())) return;
+    const Ref<ZTSStyle> held(&style);
+    const int way = below(3);
+    if (way == 0) return style.stylesheet()->identifyStyle(held, identifier);
+    if (way == 1) return style.stylesheet()->identifyStyleKeepingAllChildren(held, identifier, chance(2));
+    ZTUMutablePointerSet<ZTSStyle> kept;
+    for (ZTSStyle* child : style.children()) {
+      if (chance(2)) kept.addObject(child);
     }
+    style.stylesheet()->identifyStyleKeepingChildren(held, identifier, &kept);
   }
   void setOne(ZTSStyle& style) {
     const PropertyKey changed = key();
     const Ref<NSObject> value = valueFor(style, changed);
     style.setValueForProperty(isNull(value.get()) ? Ref<NSObject>() : value, changed);
   }
-  void replace() {
-    ZTSStyle* style = anyOf([](ZTSStyle& each) { return familyOf(each) == 0; });
-    if (style == nullptr) return;
+  void replace(ZTSStyle& style) {
+    if (familyOf(style) != 0) return;
     ZTSStyle* other = anyOf([&](ZTSStyle& each) {
-      return each.stylesheet() == style->stylesheet() && &each.classObject() == &style->classObject();
+      return each.stylesheet() == style.stylesheet() && &each.classObject() == &style.classObject();
     });
-    if (other == nullptr || mayBeParentOf(other->identifier(), style->children())) style->replaceWithStyle(other);
+    if (other == nullptr || mayBeParentOf(other->identifier(), style.children())) style.replaceWithStyle(other);
   }
-  void vary() {
-    ZTSStyle* style = anyOf([](ZTSStyle& each) { return each.isIdentified() || each.parent() != nullptr; });
-    if (style == nullptr) return;
-    const Ref<PropertyMap> values = valuesFor(*style);
+  void vary(ZTSStyle& style) {
+    if (style.isAnonymous() && style.parent() == nullptr) return;
+    const Ref<PropertyMap> values = valuesFor(style);
     const StyleVariationRequest request{.propertyMap = values.get(),
                                         .isLocked = chance(4),
                                         .canCollapse = !chance(3),
                                         .canReuseIdentifiedChildren = chance(2)};
-    const Ref<ZTSStyle> first = style->stylesheet()->variationOfStyle(style, request);
+    const Ref<ZTSStyle> first = style.stylesheet()->variationOfStyle(&style, request);
     ASSERT_NE(first, nullptr);
-    EXPECT_EQ(style->stylesheet()->variationOfStyle(style, request), first);
+    EXPECT_EQ(style.stylesheet()->variationOfStyle(&style, request), first);
     EXPECT_EQ(first->isLocked(), request.isLocked);
   }
-  void quietly() {
-    ZTSStylesheet& sheet = chance(2) ? *mUpper : *mLower;
+  void quietly(ZTSStyle& style) {
+    ZTSStylesheet& sheet = *style.stylesheet();
     sheet.setIsChangeCommunicationEnabled(false);
-    if (ZTSStyle* style = anyOf([&](ZTSStyle& each) { return each.stylesheet() == &sheet; })) setOne(*style);
+    setOne(style);
     sheet.setIsChangeCommunicationEnabled(true);
   }
 
@@ -461,13 +426,8 @@ class RandomModel {
 
   void check(const char* after) {
     SCOPED_TRACE(after);
-    ZTUAssertionRecorder reports;
     ZTULogRecorder notices;
-    for (const Ref<ZTSStylesheet>& sheet : {mUpper, mLower}) {
-      sheet->validate();
-      EXPECT_TRUE(sheet->indexesAreRight());
-    }
-    EXPECT_THAT(reports.descriptions(), ::testing::IsEmpty());
+    EXPECT_EQ(reportsOf(*mLower), Log{});
     mHasRefusedParent = false;
     for (const ZTSStyle* style : attached()) checkAgainstSlowModel(*style);
   }
@@ -529,8 +489,9 @@ TEST_P(RandomModelTest, StaysValidAndGoesBackToItsFirstState) {
   const std::string first = model.snapshot();
   for (int step = 0; step < 250 && !HasFailure(); ++step) model.step();
   const std::string last = model.snapshot();
-  if (!HasFailure()) model.copyBoth();
   if (!HasFailure()) {
+    model.copyBoth();
+    model.writeAndRead();
     model.undoAll();
     EXPECT_EQ(model.snapshot(), first);
     model.redoAll();

@@ -1,6 +1,6 @@
 // Deriving styles, deep copies and the array conveniences.
 
-#include "Scene.h"
+#include <tests/ztstyles/Archives.h>
 
 #include <platform/NSException.h>
 #include <ztstyles/ZTSAdditions.h>
@@ -115,6 +115,21 @@ TEST(DerivingStyleTest, RemovesSourcesButNotBehindALock) {
   style.removeValuesForProperties(*keys);
   EXPECT_EQ(stored(style), "none");
   EXPECT_EQ(keys->count(), 2u);
+}
+
+TEST(DerivingStyleTest, ConvertsADerivedPropertyThatAnArchiveHolds) {
+  TenfoldStyle::styleClass();
+  const Loaded loaded(sheetOf(element("zt:ident='d' zt:id='1'",
+                                      "<zt:weight><zt:integer>30</zt:integer></zt:weight>"
+                                      "<zt:list><zt:ref zt:to='1'/></zt:list>",
+                                      "TenfoldStyle")));
+  ZTSStyle& style = loaded["d"];
+  EXPECT_EQ(style.rawValueForProperty(weight), nullptr);
+  EXPECT_EQ(NSNumber::from(style.rawValueForProperty(size))->integerValue(), 3);
+  EXPECT_EQ(style.rawValueForProperty(list), &style);
+  EXPECT_THAT(loaded.logs,
+              ElementsAre("10 Converted derived property weight of " + style.shortDescription() + " on reading."));
+  EXPECT_THAT(reportsOf(*loaded.sheet), IsEmpty());
 }
 
 TEST(DerivingStyleTest, BehavesLikeAnAggregateWithoutHooks) {

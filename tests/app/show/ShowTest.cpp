@@ -1,6 +1,9 @@
+#include <app/archive/DocumentArchive.h>
 #include <app/odf/StyleImporter.h>
 #include <app/show/ModelCheck.h>
+#include <app/show/StyleTables.h>
 #include <app/show/TextTable.h>
+#include <platform/ZTFormat.h>
 #include <tests/app/TestDocuments.h>
 
 #include <gmock/gmock.h>
@@ -55,19 +58,16 @@ TEST(ShowTest, ShowsStylesheetsStylesAndReferences) {
   std::istringstream lines(all.out);
   for (std::string line; std::getline(lines, line);) EXPECT_LE(displayWidth(line), 60u) << line;
 
-  const auto json = nlohmann::json::parse(runTool({"show", "--json", file}).out);
-  ASSERT_EQ(json["tables"].size(), 4u);
-  EXPECT_EQ(json["tables"][0]["rows"][0]["parentAddress"], json["tables"][2]["rows"][0]["address"]);
-  EXPECT_EQ(json["tables"][2]["rows"][0]["parentAddress"], "0x0");
-  const auto& styles = json["tables"][1]["rows"];
-  const auto heading = std::find_if(styles.begin(), styles.end(),
-                                    [](const auto& row) { return row["identifier"] == "paragraph:Heading"; });
-  ASSERT_NE(heading, styles.end());
-  EXPECT_EQ((*heading)["class"], "ParagraphStyle");
-  EXPECT_EQ((*heading)["label"], "Heading");
+  const auto tables = runTool({"show", "--json", file}).json()["tables"];
+  ASSERT_EQ(tables.size(), 4u);
+  EXPECT_EQ(tables[0]["rows"][0]["parentAddress"], tables[2]["rows"][0]["address"]);
+  EXPECT_EQ(tables[2]["rows"][0]["parentAddress"], "0x0");
+  const auto& styles = tables[1]["rows"];
+  EXPECT_TRUE(std::any_of(styles.begin(), styles.end(), [](const auto& row) {
+    return row["identifier"] == "paragraph:Heading" && row["class"] == "ParagraphStyle" && row["label"] == "Heading";
+  }));
 
-  const auto outline = nlohmann::json::parse(runTool({"show", "--json", file, "--style", "outline:Outline"}).out);
-  const auto& references = outline["tables"][0]["rows"];
+  const auto references = runTool({"show", "--json", file, "--style", "outline:Outline"}).json()["tables"][0]["rows"];
   ASSERT_GE(references.size(), 10u);
   EXPECT_EQ(references[0]["class"], "ListLevelStyle");
   EXPECT_NE(references[0]["key"], "no key found");
@@ -86,22 +86,34 @@ TEST(ValidateTest, TellsFindingsOfTheFileAndOfTheModelWithTheirPlaces) {
 
   const Ref<ZTDocument> document = readDocument(good);
   EXPECT_TRUE(checkModel(*document).empty());
-  OdfStyle* style = document->namedStyle("paragraph", "A");
-  style->p_setParentIdentifier("nowhere");
-  const std::vector<Finding> findings = checkModel(*document);
+  document->namedStyle("paragraph", "A")->p_setParentIdentifier("nowhere");
   std::vector<std::string> texts;
-  for (const Finding& finding : findings) texts.push_back(finding.style + ": " + finding.message);
-  EXPECT_THAT(texts, ::testing::UnorderedElementsAre(
-                         "paragraph: Style's identifier does not match parent identifier of child!",
-                         "paragraph: Style not reachable from child's stylesheet!",
-                         "paragraph:A: Style's parent identifier does not match identifier of parent!",
-                         "paragraph:A: Style's parent is not reachable from style's stylesheet!"));
-  for (const Finding& finding : findings) {
-    if (finding.style == "paragraph:A") {
-      EXPECT_GT(finding.place.line, 0);
-      EXPECT_THAT(finding.place.file, HasSubstr("good.fodt"));
-    }
+  for (const Finding& finding : checkModel(*document)) {
+    const bool hasPlace = finding.place.line > 0 && finding.place.file.ends_with("good.fodt");
+    texts.push_back((hasPlace ? "" : "nowhere ") + finding.style + ": " + finding.message);
   }
+  EXPECT_THAT(texts, ElementsAre("nowhere paragraph: Style's identifier does not match parent identifier of child!",
+                                 "nowhere paragraph: Style not reachable from child's stylesheet!",
+                                 "paragraph:A: Style's parent identifier does not match identifier of parent!",
+                                 "paragraph:A: Style's parent is not reachable from style's stylesheet!"));
+}
+
+TEST(ValidateTest, StylesheetsAboveTheDefaultsAreShownAndValidatedToo) {
+  std::string sheet;
+  for (const char* name : {"top", "", ""}) {
+    const std::string style = format("<zt:paragraph-style zt:name='%s'><zt:property-map/></zt:paragraph-style>", name);
+    sheet = (sheet.empty() ? "" : "<zt:parent>" + sheet + "</zt:parent>") + "<zt:anon-styles>" + style +
+            "</zt:anon-styles>";
+  }
+  const Ref<ZTDocument> document = readArchiveBytes(
+      "<zt:archive xmlns:zt='urn:ztstyles:archive' zt:version='2'>"
+      "<zt:stylesheet>" +
+          sheet + "</zt:stylesheet></zt:archive>",
+      "f");
+  EXPECT_EQ(tablesOfStylesheets(document).size(), 6u);
+  document->defaults().parent()->anonymousStyles().anyObject()->p_setIdentifier("x");
+  ASSERT_EQ(checkModel(*document).size(), 2u);
+  EXPECT_EQ(checkModel(*document)[0].message, "Identified style missing from mIdentifiedStyles.");
 }
 
 }  // namespace
