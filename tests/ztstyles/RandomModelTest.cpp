@@ -67,7 +67,7 @@ class RandomModel {
     for (int count = 0; count < 40; ++count) addNew();
     for (ZTSStyle* style : attached()) {
       if (chance(3)) style->addObserver(mWatcher.get());
-      if (chance(3)) count(style, &ZTSStyle::incrementUsageCount, "use");
+      if (chance(3)) count(*style, false);
     }
     undo.enableUndoRegistration();
     if (seed % 2 == 0) mLower->enableUnusedStyleCleanup();
@@ -91,7 +91,7 @@ class RandomModel {
       return check("redo");
     }
     const auto& [name, operation] = operations()[static_cast<std::size_t>(below(kOperations))];
-    mTrace.push_back(name);
+    mTrace += name + std::string(", ");
     {
       ZTUAssertionRecorder refusals;  // an operation may refuse what makes no sense
       undo.performInGroup([&, &perform = operation] {
@@ -104,14 +104,14 @@ class RandomModel {
     check(name);
   }
 
-  void undoAll() {
-    for (mUndone = 0; mHost.undo->canUndo(); ++mUndone) mHost.undo->undo();
+  void goBackAndForth(const std::string& first, const std::string& last) {
+    int undone = 0;
+    for (; mHost.undo->canUndo(); ++undone) mHost.undo->undo();
     check("undo of everything");
-  }
-  /// As far as `undoAll` has gone back.
-  void redoAll() {
-    for (; mUndone > 0; --mUndone) mHost.undo->redo();
+    EXPECT_EQ(snapshot(), first);
+    for (; undone > 0; --undone) mHost.undo->redo();
     check("redo of everything");
+    EXPECT_EQ(snapshot(), last);
   }
 
   /// Everything that undo brings back, as text. Styles outside the stylesheets do not count.
@@ -178,11 +178,7 @@ class RandomModel {
     EXPECT_EQ(reportsOf(*loaded.sheet), Log{});
   }
 
-  [[nodiscard]] std::string trace() const {
-    std::string text;
-    for (const char* name : mTrace) text += std::string(text.empty() ? "" : ", ") + name;
-    return text;
-  }
+  [[nodiscard]] const std::string& trace() const { return mTrace; }
 
  private:
   using M = RandomModel;
@@ -213,10 +209,10 @@ class RandomModel {
         {"clear", [](M&, S& s) { s.clearOverriddenPropertyValues(); }},
         {"replace", [](M& m, S& s) { m.replace(s); }},
         {"vary", [](M& m, S& s) { m.vary(s); }},
-        {"use", [](M& m, S& s) { m.count(&s, &S::incrementUsageCount, "use"); }},
-        {"unuse", [](M& m, S&) { m.uncount("use"); }},
-        {"orphan", [](M& m, S& s) { m.count(&s, &S::incrementOrphanCount, "orphan"); }},
-        {"unorphan", [](M& m, S&) { m.uncount("orphan"); }},
+        {"use", [](M& m, S& s) { m.count(s, false); }},
+        {"unuse", [](M& m, S&) { m.uncount(false); }},
+        {"orphan", [](M& m, S& s) { m.count(s, true); }},
+        {"unorphan", [](M& m, S&) { m.uncount(true); }},
         {"quiet", [](M& m, S& s) { m.quietly(s); }},
     };
     return all;
@@ -373,38 +369,27 @@ class RandomModel {
   // What a document does whose content uses styles: it counts, undoably.
   struct Use {
     Ref<ZTSStyle> style;
-    std::string kind;
+    bool isOrphan;
+    bool operator==(const Use&) const = default;
   };
-  void count(ZTSStyle* style, void (ZTSStyle::*operation)(), const char* kind) {
-    if (mHost.undo->isUndoRegistrationEnabled()) registerCount(Ref<ZTSStyle>(style), kind, true);
-    (style->*operation)();
-    mUses.push_back({Ref<ZTSStyle>(style), kind});
+  void count(ZTSStyle& style, bool isOrphan) { changeCount({Ref<ZTSStyle>(&style), isOrphan}, true); }
+  void uncount(bool isOrphan) {
+    std::vector<Use> found = mUses;
+    std::erase_if(found, [&](const Use& use) { return use.isOrphan != isOrphan; });
+    if (!found.empty()) changeCount(found[static_cast<std::size_t>(below(static_cast<int>(found.size())))], false);
   }
-  void uncount(const char* kind) {
-    std::vector<std::size_t> found;
-    for (std::size_t index = 0; index < mUses.size(); ++index) {
-      if (mUses[index].kind == kind) found.push_back(index);
+  void changeCount(Use changed, bool isAdded) {
+    if (mHost.undo->isUndoRegistrationEnabled()) {
+      mHost.undo->registerUndo("count", changed.style,
+                               [this, changed, isAdded](ZTSStyle&) { changeCount(changed, !isAdded); });
     }
-    if (found.empty()) return;
-    const Use use = mUses[found[static_cast<std::size_t>(below(static_cast<int>(found.size())))]];
-    registerCount(use.style, use.kind, false);
-    dropUse(use.style, use.kind);
-  }
-  void dropUse(const Ref<ZTSStyle>& style, const std::string& kind) {
-    const auto found = std::find_if(mUses.begin(), mUses.end(),
-                                    [&](const Use& use) { return use.style == style && use.kind == kind; });
-    ASSERT_NE(found, mUses.end());
-    mUses.erase(found);
-    kind == "use" ? style->decrementUsageCount() : style->decrementOrphanCount();
-  }
-  void registerCount(const Ref<ZTSStyle>& style, const std::string& kind, bool wasAdded) {
-    mHost.undo->registerUndo("count", style, [this, kind, wasAdded](ZTSStyle& target) {
-      const Ref<ZTSStyle> held(&target);
-      registerCount(held, kind, !wasAdded);
-      if (wasAdded) return dropUse(held, kind);
-      kind == "use" ? target.incrementUsageCount() : target.incrementOrphanCount();
-      mUses.push_back({held, kind});
-    });
+    ZTSStyle& style = *changed.style;
+    if (isAdded) {
+      mUses.push_back(changed);
+      return changed.isOrphan ? style.incrementOrphanCount() : style.incrementUsageCount();
+    }
+    mUses.erase(std::find(mUses.begin(), mUses.end(), changed));
+    changed.isOrphan ? style.decrementOrphanCount() : style.decrementUsageCount();
   }
 
   /// Styles that variations have made join the pool.
@@ -450,7 +435,7 @@ class RandomModel {
     std::uint32_t uses = 0;
     std::uint32_t orphans = 0;
     for (const Use& use : mUses) {
-      if (use.style == &style) ++(use.kind == "use" ? uses : orphans);
+      if (use.style == &style) ++(use.isOrphan ? orphans : uses);
     }
     const auto add = [&](const ZTSStyle& user, std::uint32_t times) {
       if (user.usageCount() != 0) uses += times;
@@ -474,9 +459,8 @@ class RandomModel {
   std::vector<Use> mUses;
   Ref<Watcher> mWatcher = make<Watcher>();
   std::optional<NotificationListener> mListener;
-  std::vector<const char*> mTrace;
+  std::string mTrace;
   int mPosts = 0;
-  int mUndone = 0;
   int mNames = 0;
   bool mHasRefusedParent = false;
 };
@@ -492,10 +476,7 @@ TEST_P(RandomModelTest, StaysValidAndGoesBackToItsFirstState) {
   if (!HasFailure()) {
     model.copyBoth();
     model.writeAndRead();
-    model.undoAll();
-    EXPECT_EQ(model.snapshot(), first);
-    model.redoAll();
-    EXPECT_EQ(model.snapshot(), last);
+    model.goBackAndForth(first, last);
   }
   if (HasFailure()) std::cerr << "seed " << GetParam() << ": " << model.trace() << '\n';
 }

@@ -3,7 +3,6 @@
 #include <app/show/ModelCheck.h>
 #include <app/show/StyleTables.h>
 #include <app/show/TextTable.h>
-#include <platform/ZTFormat.h>
 #include <tests/app/TestDocuments.h>
 
 #include <gmock/gmock.h>
@@ -99,16 +98,11 @@ TEST(ValidateTest, TellsFindingsOfTheFileAndOfTheModelWithTheirPlaces) {
 }
 
 TEST(ValidateTest, StylesheetsAboveTheDefaultsAreShownAndValidatedToo) {
-  std::string sheet;
-  for (const char* name : {"top", "", ""}) {
-    const std::string style = format("<zt:paragraph-style zt:name='%s'><zt:property-map/></zt:paragraph-style>", name);
-    sheet = (sheet.empty() ? "" : "<zt:parent>" + sheet + "</zt:parent>") + "<zt:anon-styles>" + style +
-            "</zt:anon-styles>";
-  }
+  const std::string styles =
+      "<zt:anon-styles><zt:paragraph-style><zt:property-map/></zt:paragraph-style></zt:anon-styles>";
   const Ref<ZTDocument> document = readArchiveBytes(
-      "<zt:archive xmlns:zt='urn:ztstyles:archive' zt:version='2'>"
-      "<zt:stylesheet>" +
-          sheet + "</zt:stylesheet></zt:archive>",
+      "<zt:archive xmlns:zt='urn:ztstyles:archive' zt:version='2'><zt:stylesheet>" + styles + "<zt:parent>" + styles +
+          "<zt:parent>" + styles + "</zt:parent></zt:parent></zt:stylesheet></zt:archive>",
       "f");
   EXPECT_EQ(tablesOfStylesheets(document).size(), 6u);
   document->defaults().parent()->anonymousStyles().anyObject()->p_setIdentifier("x");
