@@ -12,10 +12,6 @@ namespace zt {
 
 namespace {
 
-bool endsWith(const std::string& text, std::string_view end) {
-  return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
-}
-
 class ConvertCommand : public Command {
  public:
   CLI::App* addTo(CLI::App& tool) override {
@@ -34,7 +30,7 @@ class ConvertCommand : public Command {
 
   ExitCode run(const Console& console) override {
     const Ref<ZTDocument> document = readDocument(mIn);
-    const bool isCompressed = mIsCompressed || endsWith(mOut, ".gz");
+    const bool isCompressed = mIsCompressed || mOut.ends_with(".gz");
     saveArchive(*document, mOut,
                 {.version = mVersion, .compression = isCompressed ? ZTACompression::gzip : ZTACompression::none});
     printFindings(document->findings, console);

@@ -22,13 +22,10 @@ constexpr Index kNone = std::numeric_limits<Index>::max();
 
 bool isAggregate(const ZTSStyle& style) { return dynamic_cast<const ZTSAggregateStyle*>(&style) != nullptr; }
 
-int sign(bool less, bool greater) { return less ? -1 : greater ? 1 : 0; }
-
 /// Absent texts first.
 int compareTexts(const StringRef& left, const StringRef& right) {
   if (left.isPresent() != right.isPresent()) return left.isPresent() ? 1 : -1;
-  const int order = left.view().compare(right.view());
-  return sign(order<0, order> 0);
+  return std::clamp(left.view().compare(right.view()), -1, 1);
 }
 
 /// The identified styles of one stylesheet and their links, by their numbers in the registry's order.

@@ -3,7 +3,7 @@
 #include <archiving/ZTAXMLArchiver.h>
 #include <archiving/ZTAXMLFunctions.h>
 #include <archiving/ZTAXMLUnarchiver.h>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <libxml/tree.h>
 #include <platform/NSString.h>
 #include <platform/ZTClass.h>
@@ -19,8 +19,7 @@ class Thing : public ZTAXMLCoding {
  public:
   std::string label;
   std::vector<Ref<NSObject>> links;
-  Ref<Thing> twin;                 ///< what reading answers in place of this one
-  std::vector<std::string> calls;  ///< what the archiver asked
+  Ref<Thing> twin;  ///< what reading answers in place of this one
 
   static const ZTClass& thingClass() {
     static const auto* object = new ZTClassOf<Thing>("TestThing", NSObject::nsObjectClass());
@@ -59,13 +58,6 @@ class Thing : public ZTAXMLCoding {
       link = kept;
       return kept == nullptr;
     });
-  }
-  void preencodeHookWithXMLArchiver(ZTAXMLArchiver&) override { calls.emplace_back("before"); }
-  void preArchiveDowngradeForVersion(std::uint64_t version, ZTAXMLArchiver&) override {
-    calls.push_back("downgrade to " + std::to_string(version));
-  }
-  void postUnarchiveUpgradeForUnarchiver(ZTAXMLUnarchiver& unarchiver) override {
-    calls.push_back("upgrade from " + std::to_string(unarchiver.version()));
   }
   Ref<ZTAError> handleError(Ref<ZTAError> error) override {
     return ZTAError::withMessage("in " + label + ": " + error->message(), error->file(), error->line());

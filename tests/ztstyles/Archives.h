@@ -60,6 +60,16 @@ inline Log reportsOf(const ZTSStylesheet& sheet) {
   return recorder.descriptions();
 }
 
+/// The reason of the exception that the operation ends in.
+inline std::string reasonOf(const std::function<void()>& operation) {
+  try {
+    operation();
+  } catch (const NSException& exception) {
+    return exception.reason();
+  }
+  return "no error";
+}
+
 /// A stylesheet of version 1 with these style elements in it.
 inline std::string sheetOf(const std::string& styles, const std::string& anonymous = {}, const std::string& more = {}) {
   return "<zt:archive xmlns:zt='urn:ztstyles:archive' zt:version='1'><zt:stylesheet zt:id='0'>" + more + "<zt:styles>" +

@@ -62,16 +62,6 @@ Log savedOnDemand(std::vector<NSObject*> objects, bool withNodes = true, bool wi
   return found;
 }
 
-/// The reason of the exception that the operation ends in.
-std::string reasonOf(const std::function<void()>& operation) {
-  try {
-    operation();
-  } catch (const NSGenericException& exception) {
-    return exception.reason();
-  }
-  return "none";
-}
-
 }  // namespace
 
 TEST(StylePersistenceTest, AStyleInFullIsWrittenAsStored) {

@@ -12,16 +12,6 @@ class ArchiveHost final : public ZTSStylesheetHost {
   bool shouldArchiveStyle(const ZTSStyle& style) const override { return style.identifier().view() != "secret"; }
 };
 
-std::string errorOf(const std::string& bytes) {
-  ZTULogRecorder log;
-  try {
-    Loaded loaded(bytes);
-  } catch (const NSException& exception) {
-    return exception.reason();
-  }
-  return "no error";
-}
-
 }  // namespace
 
 TEST(StylesheetPersistenceTest, AnEmptyStylesheetHasTwoEmptyContainers) {
@@ -95,6 +85,7 @@ TEST(StylesheetPersistenceTest, WhatCanBeKeptIsKeptAndSaid) {
 TEST(StylesheetPersistenceTest, WhatCannotBeKeptEndsTheReading) {
   const std::string open = "<zt:archive xmlns:zt='urn:ztstyles:archive' zt:version='1'>\n<zt:stylesheet zt:id='1'>";
   const std::string close = "<zt:anon-styles/></zt:stylesheet></zt:archive>";
+  const auto errorOf = [](const std::string& bytes) { return reasonOf([&] { Loaded loaded(bytes); }); };
   EXPECT_THAT(errorOf(open + "</zt:stylesheet></zt:archive>"),
               ::testing::MatchesRegex("Stylesheet 0x[0-9a-f]+ couldn't create anonymous children."));
   EXPECT_EQ(errorOf(open + close), "no error") << "identified styles may be missing";
