@@ -164,6 +164,7 @@ class RandomModel {
     const std::string text = archived(*mLower);
     const Loaded loaded(text);
     EXPECT_EQ(loaded.findings(), Log{});
+    EXPECT_TRUE(loaded.sheet->parent()->children().containsObject(loaded.sheet.get()));
     loaded.sheet->setHost(&mHost);
     loaded.sheet->parent()->setHost(&mHost);
     if (!mHasRefusedParent) {
@@ -242,10 +243,10 @@ class RandomModel {
   }
 
   /// 0 plain styles, 1 aggregates of these, 2 aggregates of both. Parents are of one's own family.
-  static int familyOf(const ZTSStyle& style) {
-    if (style.classObject().isKindOf(TopAggregate::styleClass())) return 2;
-    return style.classObject().isKindOf(TestAggregate::styleClass()) ? 1 : 0;
+  static int familyOf(const ZTSStyleClass& each) {
+    return each.isKindOf(TopAggregate::styleClass()) ? 2 : each.isKindOf(TestAggregate::styleClass()) ? 1 : 0;
   }
+  static int familyOf(const ZTSStyle& style) { return familyOf(style.classObject()); }
   StringRef identifierOf(int family) {
     return format("%s%d", std::string_view("agt").substr(static_cast<std::size_t>(family), 1), below(14));
   }
@@ -295,9 +296,7 @@ class RandomModel {
         &TestStyle::styleClass(),     &TestStyle::styleClass(),    &Overriding<TestStyle>::styleClass(),
         &TestAggregate::styleClass(), &TopAggregate::styleClass(), &Overriding<TopAggregate>::styleClass()};
     const ZTSStyleClass& styleClass = *classes[below(6)];
-    const int family = styleClass.isKindOf(TopAggregate::styleClass())    ? 2
-                       : styleClass.isKindOf(TestAggregate::styleClass()) ? 1
-                                                                          : 0;
+    const int family = familyOf(styleClass);
     const Ref<PropertyMap> values = mapOf({{size, below(4)}, {weight, below(4)}});
     const StringRef identifier = chance(2) ? identifierOf(family) : StringRef();
     const Ref<ZTSStyle> style = styleClass.makeStyle({.identifier = identifier,

@@ -20,28 +20,6 @@ TEST(StylesheetPersistenceTest, AnEmptyStylesheetHasTwoEmptyContainers) {
   EXPECT_EQ(Loaded(archived(*sheet)).sheet->styles().count(), 0u);
 }
 
-TEST(StylesheetPersistenceTest, AFamilyOfStylesheetsIsRead) {
-  Scene grandparent;
-  Scene parent(grandparent.sheet.get());
-  Scene scene(parent.sheet.get());
-  grandparent.style("body", {}, {{size, 10}});
-  parent.style<TestAggregate>("body", "body", {{weight, 1}});
-  auto& used = parent.style("used");
-  scene.style<TestAggregate>("h1", "body", {{list, used}});
-  scene.style({}, "h1", {{colour, "red"}});
-  const std::string text = archived(*scene.sheet);
-  const Loaded loaded(text);
-  EXPECT_EQ(loaded.findings(), Log{});
-  ZTSStylesheet* readParent = loaded.sheet->parent();
-  ASSERT_NE(readParent, nullptr);
-  EXPECT_TRUE(readParent->children().containsObject(loaded.sheet.get()));
-  EXPECT_EQ(valueOf(loaded["h1"], size), 10);
-  EXPECT_EQ(loaded["h1"].rawValueForProperty(list), readParent->styleWithIdentifier("used"));
-  EXPECT_EQ(loaded.anonymous(0).parent(), &loaded["h1"]);
-  EXPECT_EQ(reportsOf(*loaded.sheet), Log{});
-  EXPECT_EQ(archived(*loaded.sheet), text);
-}
-
 TEST(StylesheetPersistenceTest, TheHostHoldsStylesBack) {
   ArchiveHost host;
   Scene scene;
