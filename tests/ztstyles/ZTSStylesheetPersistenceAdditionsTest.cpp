@@ -51,6 +51,7 @@ TEST(StylesheetPersistenceTest, WhatCanBeKeptIsKeptAndSaid) {
                  "f:10: expected a style, found an object of the class 'ZTSStylesheet'",
                  "f:11: expected no identifier, found 'free'; the style is kept as an identified one",
                  "f:12: expected no identifier, found 'a', which another style has; the style is kept without it"}));
+  EXPECT_THAT(loaded.logs, ::testing::AllOf(::testing::SizeIs(6), ::testing::Each(::testing::StartsWith("1 Style"))));
   EXPECT_EQ(valueOf(loaded["a"], size), 1) << "the reference came last";
   EXPECT_EQ(loaded["b"].observers().countForObject(&loaded["a"]), 1u);
   EXPECT_EQ(loaded.sheet->anonymousStyles().count(), 2u);
