@@ -86,7 +86,7 @@ void setWeight(const ZTSStylesheet& sheet, Ref<NSObject> value) {
 
 TEST(StylesheetEqualityTest, ComparesHostsStylesAndParents) {
   Family family;
-  const auto expectEqual = [&](bool isEqual, void (*change)(ZTSStylesheet&), const char* what) {
+  const auto expectEqual = [&](bool isEqual, const char* what, void (*change)(ZTSStylesheet&)) {
     const Ref<ZTSStylesheet> copy = copyOf(family.sheet);
     EXPECT_EQ(copy->hash(), family.sheet.hash());
     change(*copy);
@@ -94,23 +94,16 @@ TEST(StylesheetEqualityTest, ComparesHostsStylesAndParents) {
     EXPECT_EQ(copy->isEqual(&family.sheet), isEqual) << what;
   };
   using Sheet = ZTSStylesheet;
-  expectEqual(
-      true, [](Sheet&) {}, "a copy");
-  expectEqual(
-      false, [](Sheet& copy) { copy.setHost(nullptr); }, "other host");
-  expectEqual(
-      false, [](Sheet& copy) { copy.setParent({}); }, "no parent");
-  expectEqual(
-      false, [](Sheet& copy) { copy.styleWithIdentifier("h1")->setName("n"); }, "other name");
-  expectEqual(
-      false, [](Sheet& copy) { copy.removeStyle(Ref<ZTSStyle>(copy.styleWithIdentifier("lone"))); }, "one style less");
-  expectEqual(
-      false, [](Sheet& copy) { copy.removeStyle(Ref<ZTSStyle>(copy.anonymousStyles().allObjects()[1])); },
-      "one anonymous style less");
-  expectEqual(
-      false, [](Sheet& copy) { setWeight(copy, NSNumber::withInteger(4)); }, "other anonymous value");
-  expectEqual(
-      true, [](Sheet& copy) { setWeight(copy, NSNumber::withReal(3.0)); }, "equal values of another kind");
+  expectEqual(true, "a copy", [](Sheet&) {});
+  expectEqual(false, "other host", [](Sheet& copy) { copy.setHost(nullptr); });
+  expectEqual(false, "no parent", [](Sheet& copy) { copy.setParent({}); });
+  expectEqual(false, "other name", [](Sheet& copy) { copy.styleWithIdentifier("h1")->setName("n"); });
+  expectEqual(false, "one style less",
+              [](Sheet& copy) { copy.removeStyle(Ref<ZTSStyle>(copy.styleWithIdentifier("lone"))); });
+  expectEqual(false, "one anonymous style less",
+              [](Sheet& copy) { copy.removeStyle(Ref<ZTSStyle>(copy.anonymousStyles().allObjects()[1])); });
+  expectEqual(false, "other anonymous value", [](Sheet& copy) { setWeight(copy, NSNumber::withInteger(4)); });
+  expectEqual(true, "equal values of another kind", [](Sheet& copy) { setWeight(copy, NSNumber::withReal(3.0)); });
   EXPECT_FALSE(family.sheet.isEqual(nullptr));
   EXPECT_FALSE(family.sheet.isEqual(&family.h1));
 
