@@ -124,6 +124,38 @@ void ZTDocument::countUses(OdfStyle& style, std::size_t uses) {
   if (const auto found = mOrigins.find(&style); found != mOrigins.end()) found->second.uses += uses;
 }
 
+void ZTDocument::replaceReadStyles(const std::vector<std::pair<Ref<OdfStyle>, Ref<OdfStyle>>>& answers) {
+  struct Replacement {
+    Ref<OdfStyle> answer;
+    bool takesPlace;
+  };
+  std::unordered_map<const ZTSStyle*, Replacement> replaced;
+  for (const auto& [style, answer] : answers) {
+    const auto origin = mOrigins.extract(style.get());
+    if (origin.empty()) continue;
+    const auto [kept, isNew] = mOrigins.try_emplace(answer.get(), origin.mapped());
+    if (!isNew) {
+      kept->second.uses += origin.mapped().uses;
+    } else if (answer->isIdentified()) {
+      kept->second = StyleOrigin{.kind = StyleOrigin::Kind::named, .uses = origin.mapped().uses};
+    }
+    replaced.try_emplace(style.get(), Replacement{answer, isNew});
+  }
+  std::vector<Ref<OdfStyle>> read;
+  for (Ref<OdfStyle>& style : mReadStyles) {
+    const auto found = replaced.find(style.get());
+    if (found == replaced.end()) {
+      read.push_back(std::move(style));
+    } else if (found->second.takesPlace) {
+      read.push_back(found->second.answer);
+    }
+  }
+  for (auto& [name, style] : mAutomatic) {
+    if (const auto found = replaced.find(style); found != replaced.end()) style = found->second.answer.get();
+  }
+  mReadStyles = std::move(read);
+}
+
 const StyleOrigin* ZTDocument::originOf(const ZTSStyle& style) const {
   const auto found = mOrigins.find(&style);
   return found == mOrigins.end() ? nullptr : &found->second;

@@ -99,6 +99,10 @@ class ZTDocument final : public NSDocument, public ZTSStylesheetHost {
   void recordOrigin(Ref<OdfStyle> style, StyleOrigin origin);
   /// Counts uses by the text on a style.
   void countUses(OdfStyle& style, std::size_t uses);
+  /// Each first style has left the stylesheet, and the second answers for it: what files call the first means the
+  /// second from now on, and the uses that are noted go over. An anonymous answer that was not read itself also takes
+  /// the origin and the place among the read styles, from the first style that it answers for. Usage counts stay.
+  void replaceReadStyles(const std::vector<std::pair<Ref<OdfStyle>, Ref<OdfStyle>>>& answers);
   /// None for a style that was not read.
   [[nodiscard]] const StyleOrigin* originOf(const ZTSStyle& style) const;
   [[nodiscard]] SourcePlace placeOf(const ZTSStyle& style) const;

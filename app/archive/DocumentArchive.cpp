@@ -197,6 +197,10 @@ void setUpArchives() {
   });
 }
 
+ZTACompression compressionForName(std::string_view path) {
+  return path.ends_with(".gz") ? ZTACompression::gzip : ZTACompression::none;
+}
+
 std::string archiveBytes(ZTDocument& document, const ArchiveOptions& options) {
   return archived(document, options)->bytes(options.compression);
 }

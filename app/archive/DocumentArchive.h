@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 namespace zt {
 
@@ -24,6 +25,9 @@ struct ArchiveOptions {
 
 /// Registers what archives of this application need. Called by everything below; again does nothing.
 void setUpArchives();
+
+/// Packed where the name ends in ".gz".
+ZTACompression compressionForName(std::string_view path);
 
 /// The document as an archive. Raises `NSException` where something cannot be written.
 std::string archiveBytes(ZTDocument& document, const ArchiveOptions& options = {});

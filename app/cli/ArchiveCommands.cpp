@@ -30,9 +30,8 @@ class ConvertCommand : public Command {
 
   ExitCode run(const Console& console) override {
     const Ref<ZTDocument> document = readDocument(mIn);
-    const bool isCompressed = mIsCompressed || mOut.ends_with(".gz");
     saveArchive(*document, mOut,
-                {.version = mVersion, .compression = isCompressed ? ZTACompression::gzip : ZTACompression::none});
+                {.version = mVersion, .compression = mIsCompressed ? ZTACompression::gzip : compressionForName(mOut)});
     printFindings(document->findings, console);
     return codeFor(document->findings);
   }

@@ -1,3 +1,4 @@
+#include <app/archive/DocumentArchive.h>
 #include <app/cli/Commands.h>
 #include <app/cli/Report.h>
 #include <app/odf/StyleImporter.h>
@@ -16,14 +17,16 @@ class CleanupCommand : public Command {
  public:
   CLI::App* addTo(CLI::App& tool) override {
     CLI::App* command = tool.add_subcommand("cleanup", "List the styles that nothing in the document uses");
-    command->add_option("FILE", mFile, "The document")->required();
+    command->add_option("FILE", mFile, "The document, or an archive")->required();
+    command->add_option("-o,--out", mOut, "Write the styles that are left as an archive; packed if OUT ends in .gz");
     command->add_flag("--keep-named", mKeepsNamed, "Only automatic styles and list levels go");
     command->add_flag("--json", mAsJson, "Write one JSON object: what is removed, how many are left");
     command->footer(
-        "A style is used if the text names it, or a used style inherits from it or refers to it. The file is not "
+        "A style is used if the text names it, or a used style inherits from it or refers to it. FILE is not "
         "changed.\n"
         "Examples:\n"
         "  ztstyles cleanup letter.odt\n"
+        "  ztstyles cleanup letter.odt -o small.zts && ztstyles tree small.zts\n"
         "  ztstyles cleanup --keep-named --json letter.fodt | jq .removed[].style");
     return command;
   }
@@ -32,6 +35,7 @@ class CleanupCommand : public Command {
     const Ref<ZTDocument> document = readDocument(mFile);
     const std::size_t before = document->stylesheet().styles().count();
     const std::vector<Ref<OdfStyle>> removed = removeUnusedStyles(*document, mKeepsNamed);
+    if (!mOut.empty()) saveArchive(*document, mOut, {.compression = compressionForName(mOut)});
     if (mAsJson) {
       nlohmann::ordered_json json{{"document", document->shown}, {"before", before}, {"left", before - removed.size()}};
       json["removed"] = nlohmann::ordered_json::array();
@@ -58,6 +62,7 @@ class CleanupCommand : public Command {
 
  private:
   std::string mFile;
+  std::string mOut;
   bool mKeepsNamed = false;
   bool mAsJson = false;
 };

@@ -22,54 +22,65 @@ Deduplication::Deduplication(ZTDocument& document) : mDocument(document) {
     replayed.emplace_back(Ref<OdfStyle>(odfStyle), appearance);
   }
   for (const auto& [style, appearance] : replayed) sheet.removeStyle(style);
-  for (const auto& [style, appearance] : replayed) replay(*style, *appearance);
+  for (const auto& [style, appearance] : replayed) replay(style, *appearance);
+  document.replaceReadStyles(mReplayed);
+  for (std::size_t index = 0; index < mReplayed.size(); ++index)
+    mAnswers[index].answer = document.labelOf(*mReplayed[index].second);
 
   sheet.setIsChangeCommunicationEnabled(true);
   document.undoManager()->enableUndoRegistration();
 }
 
-void Deduplication::replay(OdfStyle& style, const PropertyMap& appearance) {
+void Deduplication::replay(const Ref<OdfStyle>& style, const PropertyMap& appearance) {
   ZTSStylesheet& sheet = mDocument.stylesheet();
-  Counts& counts = mByFamily[style.familyName()];
+  Counts& counts = mByFamily[style->familyName()];
   ++counts.before;
-  // What the style refers to has been replayed before it.
+  // What the style refers to has mostly been replayed before it; what has not goes over when its turn comes.
   const auto nowIn = [this](const Ref<NSObject>& value) {
     const auto found = mReplaced.find(asStyle(value.get()));
-    return found != mReplaced.end() ? Ref<NSObject>(found->second) : value;
+    return found != mReplaced.end() ? found->second : value;
   };
   const Ref<PropertyMap> values = PropertyMap::make();
-  if (const Ref<const PropertyMap> own = style.overridePropertyMap()) {
+  if (const Ref<const PropertyMap> own = style->overridePropertyMap()) {
     for (const PropertyMap::Entry& entry : *own) values->set(entry.key, nowIn(entry.value));
   }
   const FormattingRequest request(*values);
-  const Ref<ZTSStyle> base(sheet.cascadedStyleWithIdentifier(style.parentIdentifier()));
+  const Ref<ZTSStyle> base(sheet.cascadedStyleWithIdentifier(style->parentIdentifier()));
   const std::size_t before = sheet.anonymousStyles().count();
   const auto start = std::chrono::steady_clock::now();
-  const Ref<ZTSStyle> answer = sheet.variationOfStyle(base.get(), {.propertyMap = request.values.get(),
-                                                                   .overridePropertyMap = request.overrides.get(),
-                                                                   .isLocked = style.isLocked()});
+  Ref<OdfStyle> answer;
+  if (base) {
+    answer.reset(asOdfStyle(sheet
+                                .variationOfStyle(base.get(), {.propertyMap = request.values.get(),
+                                                               .overridePropertyMap = request.overrides.get(),
+                                                               .isLocked = style->isLocked()})
+                                .get()));
+  }
   mTime += std::chrono::steady_clock::now() - start;
-  if (!answer) return;
+  if (!answer) {
+    answer = style;
+    for (const PropertyMap::Entry& entry : *values) {
+      if (asStyle(entry.value.get()) != nullptr) style->p_setValueForProperty(entry.value, entry.key);
+    }
+    sheet.addStyle(style);
+  }
 
   const bool wasMade = sheet.anonymousStyles().count() != before;
   ++(wasMade ? counts.made : counts.found);
-  const std::string label = mDocument.labelOf(style);
-  if (wasMade) mLabels[answer.get()] = label;
-  const auto known = mLabels.find(answer.get());
-  mAnswers.push_back({label, known != mLabels.end() ? known->second : mDocument.labelOf(*answer), wasMade});
-  mKept.push_back(answer);
-
+  mAnswers.push_back({mDocument.labelOf(*style), {}, wasMade});
+  mReplayed.emplace_back(style, answer);
   for (const PropertyMap::Entry& entry : appearance) {
     const Ref<NSObject> value = answer->valueForProperty(entry.key);
     if (sameOrEqual(nowIn(entry.value).get(), value.get())) continue;
     ++counts.different;
     break;
   }
-  mReplaced[&style] = answer;
-  style.replaceWithStyle(answer.get());
+  if (answer == style) return;
+  mReplaced[style.get()] = answer;
+  style->replaceWithStyle(answer.get());
   // What is counted now are the uses in the text: all styles that referred to this one have gone over.
-  while (style.usageCount() != 0) {
-    style.decrementUsageCount();
+  while (style->usageCount() != 0) {
+    style->decrementUsageCount();
     answer->incrementUsageCount();
   }
 }
