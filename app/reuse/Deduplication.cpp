@@ -2,7 +2,39 @@
 
 #include <app/reuse/FormattingRequest.h>
 
+#include <platform/NSNull.h>
+
+#include <algorithm>
+
 namespace zt {
+
+namespace {
+
+/// Every effective value.
+Ref<PropertyMap> appearanceOf(const ZTSStyle& style) {
+  const Ref<PropertyMap> appearance = PropertyMap::make();
+  if (const Ref<PropertyMap> all = style.propertyMap()) {
+    for (const PropertyMap::Entry& entry : *all) {
+      if (const Ref<NSObject> value = style.valueForProperty(entry.key)) appearance->set(entry.key, value);
+    }
+  }
+  return appearance;
+}
+
+/// Asks for explicitly no value where the base has one that its children do not inherit; whether there is any.
+bool hideWhatIsOnlyOfTheBase(const ZTSStyle& base, PropertyMap& wanted) {
+  const std::size_t before = wanted.count();
+  if (const Ref<const PropertyMap> own = base.overridePropertyMap()) {
+    for (const PropertyMap::Entry& entry : *own) {
+      const PropertyRule* rule = propertyRule(entry.key);
+      if (rule != nullptr && !rule->isInherited && !isNull(entry.value.get()) && !wanted.contains(entry.key))
+        wanted.set(entry.key, Ref<NSObject>(NSNull::null()));
+    }
+  }
+  return wanted.count() != before;
+}
+
+}  // namespace
 
 Deduplication::Deduplication(ZTDocument& document) : mDocument(document) {
   ZTSStylesheet& sheet = document.stylesheet();
@@ -12,14 +44,7 @@ Deduplication::Deduplication(ZTDocument& document) : mDocument(document) {
   std::vector<std::pair<Ref<OdfStyle>, Ref<PropertyMap>>> replayed;  // with what they look like
   for (const Ref<ZTSStyle>& style : sheet.anonymousStyles().retainedSnapshot()) {
     OdfStyle* odfStyle = asOdfStyle(static_cast<NSObject*>(style.get()));
-    if (odfStyle == nullptr) continue;
-    const Ref<PropertyMap> appearance = PropertyMap::make();
-    if (const Ref<PropertyMap> all = style->propertyMap()) {
-      for (const PropertyMap::Entry& entry : *all) {
-        if (const Ref<NSObject> value = style->valueForProperty(entry.key)) appearance->set(entry.key, value);
-      }
-    }
-    replayed.emplace_back(Ref<OdfStyle>(odfStyle), appearance);
+    if (odfStyle != nullptr) replayed.emplace_back(Ref<OdfStyle>(odfStyle), appearanceOf(*style));
   }
   for (const auto& [style, appearance] : replayed) sheet.removeStyle(style);
   for (const auto& [style, appearance] : replayed) replay(style, *appearance);
@@ -44,18 +69,18 @@ void Deduplication::replay(const Ref<OdfStyle>& style, const PropertyMap& appear
   if (const Ref<const PropertyMap> own = style->overridePropertyMap()) {
     for (const PropertyMap::Entry& entry : *own) values->set(entry.key, nowIn(entry.value));
   }
-  const FormattingRequest request(*values);
   const Ref<ZTSStyle> base(sheet.cascadedStyleWithIdentifier(style->parentIdentifier()));
   const std::size_t before = sheet.anonymousStyles().count();
   const auto start = std::chrono::steady_clock::now();
-  Ref<OdfStyle> answer;
-  if (base) {
-    answer.reset(asOdfStyle(sheet
-                                .variationOfStyle(base.get(), {.propertyMap = request.values.get(),
-                                                               .overridePropertyMap = request.overrides.get(),
-                                                               .isLocked = style->isLocked()})
-                                .get()));
-  }
+  const auto ask = [&] {
+    const FormattingRequest request(*values);
+    const Ref<ZTSStyle> found = sheet.variationOfStyle(base.get(), {.propertyMap = request.values.get(),
+                                                                    .overridePropertyMap = request.overrides.get(),
+                                                                    .isLocked = style->isLocked()});
+    return Ref<OdfStyle>(asOdfStyle(found.get()));
+  };
+  Ref<OdfStyle> answer = base ? ask() : Ref<OdfStyle>();
+  if (answer && answer == base && hideWhatIsOnlyOfTheBase(*base, *values)) answer = ask();
   mTime += std::chrono::steady_clock::now() - start;
   if (!answer) {
     answer = style;
@@ -69,12 +94,12 @@ void Deduplication::replay(const Ref<OdfStyle>& style, const PropertyMap& appear
   ++(wasMade ? counts.made : counts.found);
   mAnswers.push_back({mDocument.labelOf(*style), {}, wasMade});
   mReplayed.emplace_back(style, answer);
-  for (const PropertyMap::Entry& entry : appearance) {
-    const Ref<NSObject> value = answer->valueForProperty(entry.key);
-    if (sameOrEqual(nowIn(entry.value).get(), value.get())) continue;
-    ++counts.different;
-    break;
-  }
+  const Ref<PropertyMap> now = appearanceOf(*answer);
+  const bool isSame = now->count() == appearance.count() &&
+                      std::all_of(appearance.begin(), appearance.end(), [&](const PropertyMap::Entry& entry) {
+                        return sameOrEqual(nowIn(entry.value).get(), now->find(entry.key));
+                      });
+  if (!isSame) ++counts.different;
   if (answer == style) return;
   mReplaced[style.get()] = answer;
   style->replaceWithStyle(answer.get());
