@@ -10,6 +10,7 @@
 #include <platform/NSNull.h>
 #include <platform/PropertyMap.h>
 
+#include <concepts>
 #include <iterator>
 #include <ranges>
 

@@ -33,6 +33,7 @@ class ZT_EXPORT ZTSAggregateStyle : public ZTSStyle {
   virtual const std::vector<PropertyKey>& weakReferencedStyleProperties() const;
   /// The value that stands in where the lookup finds none. The base answers none.
   virtual Ref<NSObject> defaultValueForNilStyleProperty(PropertyKey key) const;
+  /// Whether `referencedStyleProperties` holds the property.
   virtual bool isReferencedStyleProperty(PropertyKey key) const;
   /// @}
 
@@ -93,6 +94,7 @@ class ZT_EXPORT ZTSAggregateStyle : public ZTSStyle {
   /// Replaces every referenced style by its entry in the map. A missing entry is reported, and the property
   /// is set to explicitly no value.
   virtual void replaceReferencedStylesUsingStyleMap(const ZTSStyleMap& map);
+  /// Refers to the replacement wherever it referred to the replaced style, undoably. Either none does nothing.
   void didReplaceStyleWithStyle(ZTSStyle* replaced, ZTSStyle* replacement) override;
   /// Whether some own value is no style, or leads through a style that is not directly referenced to an own value.
   virtual bool overridesAnyNonReferencedStyleProperty() const;
@@ -106,6 +108,8 @@ class ZT_EXPORT ZTSAggregateStyle : public ZTSStyle {
   /// The style that the own value of a referenced-style property is; none for any other property and where the
   /// value is absent or the null sentinel. Raises `NSInternalInconsistencyException` for any other value.
   Ref<ZTSStyle> p_referencedStyleForProperty(PropertyKey key) const;
+  /// Begin or end observing and counting what the own value refers to; nothing without a reference, for one to
+  /// itself, and outside a stylesheet. Not to be called twice in a row: each call counts.
   void p_beginObservingReferencedStyleForProperty(PropertyKey key);
   void p_endObservingReferencedStyleForProperty(PropertyKey key);
   void p_beginObservingAllReferencedStyles();

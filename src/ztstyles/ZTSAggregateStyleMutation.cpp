@@ -205,6 +205,7 @@ ZTSAggregateStyle::~ZTSAggregateStyle() {
 
 void ZTSAggregateStyle::cleanup() {
   for (PropertyKey key : referencedStyleProperties()) {
+    if (ZTSObservationPause::covers(*this, key)) continue;  // has ended; without a stylesheet it does not begin again
     try {
       p_endObservingReferencedStyleForProperty(key);
     } catch (...) {

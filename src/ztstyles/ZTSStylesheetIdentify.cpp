@@ -62,13 +62,15 @@ std::pair<ZTSStyle*, ZTSStylesheet*> ZTSStylesheet::captorOfKeptChild(const ZTSS
 void ZTSStylesheet::identifyStyleKeepingChildren(Ref<ZTSStyle> style, StringRef identifier,
                                                  const ZTUMutablePointerSet<ZTSStyle>* keptChildren) {
   const bool hasStyle = mayIdentify(kIdentify, style.get());
-  if (hasStyle && !identifier) {
+  const StringRef className = hasStyle ? style->classObject().name() : StringRef();
+  if (!identifier) {
     ZT_REPORT(kIdentify, this, kSourceFile, "Stylesheet <%p> can't identify style <%@ %p> with a nil identifier.",
-              address(this), style->classObject().name(), address(style.get()));
+              address(this), className, address(style.get()));
   }
-  if (hasStyle && keptChildren != nullptr && !keptChildren->isSubsetOfSet(style->children())) {
+  if (keptChildren != nullptr &&
+      !(hasStyle ? keptChildren->isSubsetOfSet(style->children()) : keptChildren->isEmpty())) {
     ZT_REPORT(kIdentify, this, kSourceFile, "Children to keep are not a subset of the children of style <%@ %p>",
-              style->classObject().name(), address(style.get()));
+              className, address(style.get()));
   }
   if (!hasStyle || !identifier) return;  // nothing could be stored
 

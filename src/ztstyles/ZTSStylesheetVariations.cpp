@@ -40,10 +40,8 @@ struct Base {
   }
 };
 
-}  // namespace
-
 /// Reports a base that means something else here than where it comes from.
-static void compareBases(const ZTSStylesheet& stylesheet, const ZTSStyle& style, const Base& base) {
+void reportDifferentBases(const ZTSStylesheet& stylesheet, const ZTSStyle& style, const Base& base) {
   if (base.style == base.reachable) return;
   if (base.style && base.style->isEqualCompareNames(base.reachable.get(), CompareNames::no)) return;
   constexpr const char* differs =
@@ -57,6 +55,8 @@ static void compareBases(const ZTSStylesheet& stylesheet, const ZTSStyle& style,
               address(base.style.get()), address(base.reachable.get()));
   }
 }
+
+}  // namespace
 
 Ref<ZTSStyle> ZTSStylesheet::variationOfStyle(ZTSStyle* style, const StyleVariationRequest& request) {
   if (style == nullptr)
@@ -76,7 +76,7 @@ Ref<ZTSStyle> ZTSStylesheet::variationOfStyle(ZTSStyle* style, const StyleVariat
   } else {
     base.reachable = cascadedStyleWithIdentifier(base.style->identifier());
   }
-  compareBases(*this, *style, base);
+  reportDifferentBases(*this, *style, base);
 
   // A style that carries no bit at all may be of a class that has no class object of its own.
   if (!style->isPlain(ZTSStyleClass::plainMatching) || !style->classObject().isPlainVarying()) {

@@ -91,6 +91,17 @@ inline const ZTSStyleClass& TestAggregate::styleClass() {
   return *object;
 }
 
+/// A test's own style class: `class Loose : public StyleOf<Loose>` with its name in `kName`.
+template <class Self, class Base = TestStyle>
+class StyleOf : public Base {
+ public:
+  static const ZTSStyleClass& styleClass() {
+    static const auto* object = new TestClassOf<Self>(Self::kName, Base::styleClass());
+    return *object;
+  }
+  const ZTSStyleClass& classObject() const override { return styleClass(); }
+};
+
 using Log = std::vector<std::string>;
 
 class TestDocument : public NSDocument {};
