@@ -5,8 +5,6 @@
 namespace zt::testing {
 namespace {
 
-using ::testing::ElementsAre;
-
 class IdentifyTest : public ::testing::Test {
  protected:
   IdentifyTest() { lower->setParent(scene.sheet); }
@@ -27,68 +25,51 @@ class IdentifyTest : public ::testing::Test {
   Ref<ZTSStylesheet> lower = ZTSStylesheet::withHost(&scene.host);
 };
 
-TEST_F(IdentifyTest, NamesAnAnonymousStyleForAllWhoMissIt) {
+TEST_F(IdentifyTest, NamesAndShadowsForAllBelowWithoutTellingAnybody) {
   TestStyle& style = scene.style({}, {}, {{size, 5}});
   TestStyle& child = below({}, "new");
+  TestStyle& nearer = below({}, {});
   Log log;
   SheetRecorder recorder(log);
   scene.sheet->addObserver(&recorder);
   scene.sheet->identifyStyle(ref(style), "new");
-  EXPECT_EQ(scene.sheet->styleWithIdentifier("new"), &style);
-  EXPECT_TRUE(scene.sheet->anonymousStyles().isEmpty());
-  EXPECT_EQ(valueOf(child, size), 5);
   EXPECT_EQ(scene.host.undo->undoActionNames(), (NSUndoManager::ActionNames{{"anonymizeStyle:"}}));
-  scene.undo();
-  EXPECT_TRUE(style.isAnonymous() && scene.sheet->anonymousStyles().containsObject(&style));
-  EXPECT_EQ(child.parent(), nullptr);
-  scene.redo();
+  EXPECT_TRUE(scene.sheet->anonymousStyles().isEmpty() && valueOf(child, size) == 5);
+  lower->identifyStyle(ref(nearer), "new");
+  EXPECT_EQ(child.parent(), &nearer);
+  lower->anonymizeStyle(ref(nearer));
   EXPECT_EQ(child.parent(), &style);
+  for (int steps = 0; steps < 3; ++steps) scene.undo();
+  EXPECT_TRUE(scene.sheet->anonymousStyles().containsObject(&style) && child.parent() == nullptr);
   EXPECT_TRUE(log.empty());
-  EXPECT_TRUE(scene.sheet->indexesAreRight() && lower->indexesAreRight());
   scene.sheet->removeObserver(&recorder);
 }
 
 TEST_F(IdentifyTest, RenamesWithAllSomeOrNoChildren) {
+  ZTUAssertionRecorder reports;
   TestStyle& style = scene.style("old");
   TestStyle& kept = scene.style({}, "old");
-  TestStyle& other = below({}, "old");
+  TestStyle& other = below("old", "old");  // specialises it, which must not keep the renaming from being undone
+  const auto areChildren = [&](bool keptIs, bool otherIs) {
+    return (kept.parent() == &style) == keptIs && (other.parent() == &style) == otherIs &&
+           style.children().count() == (keptIs ? 1u : 0u) + (otherIs ? 1u : 0u) && scene.sheet->indexesAreRight() &&
+           lower->indexesAreRight();
+  };
   scene.sheet->identifyStyleKeepingAllChildren(ref(style), "new", true);
-  EXPECT_TRUE(kept.parent() == &style && other.parent() == &style);
-  EXPECT_EQ(other.parentIdentifier(), "new");
+  EXPECT_TRUE(areChildren(true, true) && other.parentIdentifier() == "new");
   scene.undo();
-  EXPECT_EQ(style.identifier(), "old");
-  EXPECT_TRUE(kept.parent() == &style && kept.parentIdentifier() == "old");
-
+  EXPECT_TRUE(areChildren(true, true) && style.identifier() == "old" && kept.parentIdentifier() == "old");
   ZTUMutablePointerSet<ZTSStyle> some;
   some.addObject(&kept);
   scene.sheet->identifyStyleKeepingChildren(ref(style), "new", &some);
-  EXPECT_EQ(kept.parent(), &style);
-  EXPECT_EQ(other.parent(), nullptr);
+  EXPECT_TRUE(areChildren(true, false));
   scene.undo();
-  EXPECT_TRUE(kept.parent() == &style && other.parent() == &style);
+  EXPECT_TRUE(areChildren(true, true));
   scene.redo();
-  EXPECT_TRUE(kept.parent() == &style && other.parent() == nullptr);
-
+  EXPECT_TRUE(areChildren(true, false));
   scene.sheet->identifyStyleKeepingAllChildren(ref(style), "newer", false);
-  EXPECT_EQ(kept.parent(), nullptr);
-  EXPECT_TRUE(style.children().isEmpty());
-  EXPECT_TRUE(scene.sheet->indexesAreRight() && lower->indexesAreRight());
-}
-
-TEST_F(IdentifyTest, ShadowsAndUnshadowsTheStyleAbove) {
-  TestStyle& above = scene.style("name");
-  TestStyle& style = below({}, {});
-  TestStyle& child = below({}, "name");
-  EXPECT_EQ(child.parent(), &above);
-  lower->identifyStyle(ref(style), "name");
-  EXPECT_EQ(child.parent(), &style);
-  lower->anonymizeStyle(ref(style));
-  EXPECT_EQ(child.parent(), &above);
-  EXPECT_TRUE(lower->anonymousStyles().containsObject(&style));
-  scene.undo();
-  EXPECT_EQ(child.parent(), &style);
-  scene.undo();
-  EXPECT_EQ(child.parent(), &above);
+  EXPECT_TRUE(areChildren(false, false));
+  EXPECT_TRUE(reports.reports().empty());
 }
 
 TEST_F(IdentifyTest, RefusesAnIdentifierThatIsTakenOrWouldCaptureAKeptChild) {
@@ -97,58 +78,44 @@ TEST_F(IdentifyTest, RefusesAnIdentifierThatIsTakenOrWouldCaptureAKeptChild) {
   TestStyle& holder = scene.style("b");
   TestStyle& child = below({}, "a");
   TestStyle& captor = below("c", {});
-  scene.host.undo->removeAllActions();
   scene.sheet->identifyStyle(ref(style), "b");
   scene.sheet->identifyStyle(ref(style), "a");
   scene.sheet->identifyStyleKeepingAllChildren(ref(style), "c", true);
-  EXPECT_THAT(reports.descriptions(), ElementsAre(taken(holder, *scene.sheet, "b"), taken(style, *scene.sheet, "a"),
-                                                  taken(captor, *lower, "c")));
-  EXPECT_FALSE(scene.host.undo->canUndo());
-  EXPECT_TRUE(style.identifier() == "a" && child.parent() == &style);
+  EXPECT_EQ(reports.descriptions(),
+            (Log{taken(holder, *scene.sheet, "b"), taken(style, *scene.sheet, "a"), taken(captor, *lower, "c")}));
+  EXPECT_TRUE(!scene.host.undo->canUndo() && style.identifier() == "a" && child.parent() == &style);
   scene.sheet->identifyStyle(ref(style), "c");  // nobody is kept, nobody is captured
   EXPECT_EQ(style.identifier(), "c");
   EXPECT_EQ(reports.reports().size(), 3u);
 }
 
-TEST_F(IdentifyTest, TakesBackARenamingWhoseKeptChildCarriesTheOldIdentifier) {
-  ZTUAssertionRecorder reports;
-  TestStyle& style = scene.style("a");
-  TestStyle& child = below("a", "a");  // specialises it
-  EXPECT_EQ(child.parent(), &style);
-  scene.sheet->identifyStyleKeepingAllChildren(ref(style), "b", true);
-  EXPECT_EQ(child.parent(), &style);
-  scene.undo();
-  EXPECT_EQ(style.identifier(), "a");
-  EXPECT_EQ(child.parent(), &style);
-  EXPECT_TRUE(reports.reports().empty());
-}
-
 TEST_F(IdentifyTest, ReportsWhatItIsNotGiven) {
   ZTUAssertionRecorder reports;
   TestStyle& style = scene.style("a");
-  TestStyle& stranger = scene.style("b");
-  const Ref<ZTSStyle> loose = make<TestStyle>();
   ZTUMutablePointerSet<ZTSStyle> noChildren;
-  noChildren.addObject(&stranger);
-  scene.sheet->identifyStyle({}, {});
+  noChildren.addObject(&scene.style("b"));
+  scene.sheet->identifyStyleKeepingChildren({}, {}, &noChildren);
   scene.sheet->identifyStyleKeepingChildren(ref(style), {}, &noChildren);
   scene.sheet->anonymizeStyle({});
   const void* sheet = address(scene.sheet.get());
-  EXPECT_THAT(reports.descriptions(),
-              ElementsAre(format("Stylesheet <%p> can't identify a nil style.", sheet),
-                          format("Stylesheet <%p> can't identify style <%@ %p> with a nil identifier.", sheet,
-                                 "TestStyle", address(&style)),
-                          format("Children to keep are not a subset of the children of style <%@ %p>", "TestStyle",
-                                 address(&style)),
-                          format("Stylesheet <%p> can't identify a nil style.", sheet)));
+  const auto nilIdentifier = [&](const char* name, const void* whom) {
+    return format("Stylesheet <%p> can't identify style <%@ %p> with a nil identifier.", sheet, name, whom);
+  };
+  const auto noSubset = [](const char* name, const void* whom) {
+    return format("Children to keep are not a subset of the children of style <%@ %p>", name, whom);
+  };
+  const std::string nilStyle = format("Stylesheet <%p> can't identify a nil style.", sheet);
+  EXPECT_EQ(reports.descriptions(),
+            (Log{nilStyle, nilIdentifier("(null)", nullptr), noSubset("(null)", nullptr),
+                 nilIdentifier("TestStyle", address(&style)), noSubset("TestStyle", address(&style)), nilStyle}));
   EXPECT_FALSE(scene.host.undo->canUndo());
   reports.takeReports();
+  const Ref<ZTSStyle> loose = make<TestStyle>();
   scene.sheet->anonymizeStyle(loose);
-  EXPECT_THAT(reports.descriptions(),
-              ElementsAre(format("Stylesheet <%p> can't identify style <%@ %p> in stylesheet <%p>.", sheet, "TestStyle",
-                                 address(loose.get()), address(nullptr)),
-                          format("Style <%@ %p> in stylesheet <%p> is already anonymous.", "TestStyle",
-                                 address(loose.get()), sheet)));
+  EXPECT_EQ(reports.descriptions(), (Log{format("Stylesheet <%p> can't identify style <%@ %p> in stylesheet <%p>.",
+                                                sheet, "TestStyle", address(loose.get()), address(nullptr)),
+                                         format("Style <%@ %p> in stylesheet <%p> is already anonymous.", "TestStyle",
+                                                address(loose.get()), sheet)}));
   // Goes on with a style that is not held, without losing the one that is registered under its old identifier.
   loose->setIdentifier("a");
   scene.sheet->identifyStyle(loose, "c");

@@ -8,13 +8,9 @@ namespace zt::testing {
 namespace {
 
 /// Shows one entry that it does not store, and which changes without anybody being told.
-class Chameleon : public TestStyle {
+class Chameleon : public StyleOf<Chameleon> {
  public:
-  static const ZTSStyleClass& styleClass() {
-    static const auto* object = new TestClassOf<Chameleon>("Chameleon", TestStyle::styleClass());
-    return *object;
-  }
-  const ZTSStyleClass& classObject() const override { return styleClass(); }
+  static constexpr const char* kName = "Chameleon";
   Ref<const PropertyMap> overridePropertyMap() const override {
     const Ref<const PropertyMap> own = ZTSStyle::overridePropertyMap();
     if (sShown == 0) return own;
@@ -26,13 +22,9 @@ class Chameleon : public TestStyle {
 };
 
 /// As a value equal to every other of its class.
-class Loose : public TestStyle {
+class Loose : public StyleOf<Loose> {
  public:
-  static const ZTSStyleClass& styleClass() {
-    static const auto* object = new TestClassOf<Loose>("Loose", TestStyle::styleClass());
-    return *object;
-  }
-  const ZTSStyleClass& classObject() const override { return styleClass(); }
+  static constexpr const char* kName = "Loose";
   bool isEqual(const NSObject* other) const override { return dynamic_cast<const Loose*>(other) != nullptr; }
 };
 
@@ -44,95 +36,73 @@ class Walk {
   ZTSStyle* variationOf(ZTSStyle& style, const StyleVariationRequest& request) const {
     ZTSStyle* base = style.isIdentified() ? &style : style.parent();
     ZTSStyle* reachable = base != nullptr ? mSheet.cascadedStyleWithIdentifier(base->identifier()) : nullptr;
-    const Ref<PropertyMap> computed =
+    const Ref<PropertyMap> wanted =
         style.overridePropertyMapWithPropertyMap(request.propertyMap, request.overridePropertyMap, request.canCollapse);
-    const PropertyMap* wanted = computed->isEmpty() ? nullptr : computed.get();
     const auto standsForBase = [&](ZTSStyle* each) {
       return each != nullptr && (each == base || each == reachable || (base != nullptr && each->isEqual(base)));
     };
-    const auto isHere = [&](ZTSStyle& each) {
-      return each.stylesheet() == &mSheet && each.isLocked() == request.isLocked;
-    };
     if (ZTSStyle* preferred = request.preferredStyle;
-        preferred != nullptr && preferred->isLocked() == request.isLocked) {
-      if (preferred->isIdentified() && standsForBase(preferred) && wanted == nullptr) return preferred;
-      if (preferred->isAnonymous() && standsForBase(preferred->parent()) && matches(*preferred, wanted))
-        return preferred;
+        preferred != nullptr && preferred->isLocked() == request.isLocked &&
+        (preferred->isIdentified() ? standsForBase(preferred) && wanted->isEmpty()
+                                   : standsForBase(preferred->parent()) && matches(*preferred, *wanted))) {
+      return preferred;
     }
-    if (base != nullptr && isHere(*base) && wanted == nullptr) return base;
-    const auto mayAnswer = [&](ZTSStyle& each) { return request.canReuseIdentifiedChildren || each.isAnonymous(); };
-    if (isHere(style) && mayAnswer(style) && matches(style, wanted)) return &style;
-    if (reachable == nullptr) return nullptr;
-    for (ZTSStyle* child : reachable->children()) {
-      if (isHere(*child) && mayAnswer(*child) && matches(*child, wanted)) return child;
-    }
-    return nullptr;
+    const auto isHere = [&](ZTSStyle& each) { return each.stylesheet() == &mSheet; };
+    if (base != nullptr && isHere(*base) && base->isLocked() == request.isLocked && wanted->isEmpty()) return base;
+    std::vector<ZTSStyle*> candidates{&style};
+    if (reachable != nullptr)
+      for (ZTSStyle* child : reachable->children()) candidates.push_back(child);
+    return first(candidates, *wanted, request.isLocked, [&](ZTSStyle& each) {
+      return isHere(each) && (request.canReuseIdentifiedChildren || each.isAnonymous());
+    });
   }
-
   ZTSStyle* childOf(ZTSStyle& style, const PropertyMap& map, bool locked) const {
-    for (ZTSStyle* child : style.children()) {
-      if (child->stylesheet() == &mSheet && child->isAnonymous() && child->isLocked() == locked &&
-          matches(*child, noneIfEmpty(map)))
-        return child;
-    }
-    return nullptr;
+    return first(style.children(), map, locked,
+                 [&](ZTSStyle& child) { return child.stylesheet() == &mSheet && child.isAnonymous(); });
   }
-
   ZTSStyle* anonymousOf(const ZTSStyleClass& type, const StringRef& parent, const PropertyMap& map, bool locked) const {
-    for (ZTSStyle* style : mSheet.anonymousStyles()) {
-      if (&style->classObject() == &type && style->isLocked() == locked &&
-          equalTexts(style->parentIdentifier(), parent) && matches(*style, noneIfEmpty(map))) {
-        return style;
-      }
-    }
-    return nullptr;
+    return first(mSheet.anonymousStyles(), map, locked, [&](ZTSStyle& style) {
+      return &style.classObject() == &type && equalTexts(style.parentIdentifier(), parent);
+    });
   }
 
  private:
-  static const PropertyMap* noneIfEmpty(const PropertyMap& map) { return map.isEmpty() ? nullptr : &map; }
-  static bool matches(const ZTSStyle& style, const PropertyMap* wanted) {
+  template <class Styles, class Question>
+  static ZTSStyle* first(const Styles& styles, const PropertyMap& wanted, bool locked, Question mayAnswer) {
+    for (ZTSStyle* style : styles)
+      if (style->isLocked() == locked && mayAnswer(*style) && matches(*style, wanted)) return style;
+    return nullptr;
+  }
+  static bool matches(const ZTSStyle& style, const PropertyMap& wanted) {
     const Ref<const PropertyMap> own = style.overridePropertyMap();
-    return wanted == nullptr ? own == nullptr : own != nullptr && own->isEqual(*wanted);
+    return wanted.isEmpty() ? own == nullptr : own != nullptr && own->isEqual(wanted);
   }
   ZTSStylesheet& mSheet;
 };
 
-class VariationIndexTest : public ::testing::Test {
- protected:
-  VariationIndexTest() {
+/// Some steps of a document's life.
+class Play {
+ public:
+  explicit Play(unsigned seed) : random(seed) {
     lower->setParent(scene.sheet);
-    scene.host.undo->setLevelsOfUndo(40);
     for (const char* base : {"b0", "b1", "b2"}) pool.emplace_back(&scene.style(base, {}, {{size, 3}}));
     lower->addStyle(make<TestStyle>({.identifier = "b2"}));  // shadows
     for (int each = 0; each < 6; ++each) {
-      Ref<ZTSStyle> value;
-      if (each < 4) {
-        value = make<TestStyle>(
-            {.name = each == 3 ? "named" : StringRef(), .overridePropertyMap = mapOf({{size, each / 2}}).get()});
-      } else {
-        value = make<Loose>();
-      }
-      if (each % 2 == 0) scene.sheet->addStyle(value);
-      values.push_back(value);
+      const Ref<PropertyMap> map = mapOf({{size, each / 2}});
+      values.emplace_back(make<Loose>());
+      if (each < 4)
+        values[static_cast<std::size_t>(each)] =
+            make<TestStyle>({.name = each == 3 ? "named" : StringRef(), .overridePropertyMap = map.get()});
+      if (each % 2 == 0) scene.sheet->addStyle(values.back());
     }
   }
 
   int below(int limit) { return static_cast<int>(random() % static_cast<unsigned>(limit)); }
-  ZTSStylesheet& anySheet() { return below(3) == 0 ? *lower : *scene.sheet; }
-  /// Where a base has gone, another comes; and of the anonymous styles the oldest go when there are many.
-  void tidy() {
-    for (std::size_t base = 0; base < 3; ++base) {
-      const StringRef identifier("b" + std::to_string(base));
-      if (scene.sheet->styleWithIdentifier(identifier) == nullptr)
-        scene.sheet->addStyle(make<TestStyle>({.identifier = identifier}));
-      pool[base] = scene.sheet->styleWithIdentifier(identifier);
-    }
-    for (ZTSStylesheet* sheet : {scene.sheet.get(), lower.get()}) {
-      std::vector<Ref<ZTSStyle>> styles = sheet->anonymousStyles().retainedSnapshot();
-      for (std::size_t each = 0; each + 200 < styles.size(); ++each) sheet->removeStyle(styles[each]);
-    }
+  const Ref<ZTSStyle>& anyOf(const std::vector<Ref<ZTSStyle>>& styles, std::size_t count) {
+    return styles[static_cast<std::size_t>(below(static_cast<int>(count)))];
   }
-  ZTSStyle& anyStyle() { return *pool[static_cast<std::size_t>(below(static_cast<int>(pool.size())))]; }
+  ZTSStyle& anyStyle() { return *anyOf(pool, pool.size()); }
+  ZTSStylesheet& anySheet() { return below(3) == 0 ? *lower : *scene.sheet; }
   StringRef anyBase() { return StringRef("b" + std::to_string(below(40) == 0 ? 3 : below(3))); }
   const ZTSStyleClass& anyClass() {
     const int kind = below(10);
@@ -142,20 +112,13 @@ class VariationIndexTest : public ::testing::Test {
     Ref<PropertyMap> map = PropertyMap::make();
     for (int entries = below(3); entries > 0; --entries) {
       if (const int kind = below(7); kind < 2) {
-        map->set(kind == 0 ? list : label, below(8) == 0 ? Ref<NSObject>(NSNull::null())
-                                                         : Ref<NSObject>(values[static_cast<std::size_t>(below(6))]));
+        map->set(kind == 0 ? list : label,
+                 below(8) == 0 ? Ref<NSObject>(NSNull::null()) : Ref<NSObject>(anyOf(values, 6)));
       } else {
         map->set(kind < 5 ? size : weight, Value(below(3)).object);
       }
     }
     return map;
-  }
-  void keep(const Ref<ZTSStyle>& style) {
-    if (!style) return;
-    if (pool.size() < 150)
-      pool.push_back(style);
-    else
-      pool[static_cast<std::size_t>(3 + below(147))] = style;
   }
 
   /// One search, in both ways.
@@ -164,15 +127,14 @@ class VariationIndexTest : public ::testing::Test {
     const Walk walk(sheet);
     const Ref<PropertyMap> map = anyMap();
     const bool locked = below(5) == 0;
+    const std::size_t before = sheet.styles().count();
+    const int kind = below(6);
     Ref<ZTSStyle> expected;
     Ref<ZTSStyle> found;
-    if (const int kind = below(6); kind == 0) {
-      ZTSStyle& style = *pool[static_cast<std::size_t>(below(3))];
+    if (kind == 0) {
+      ZTSStyle& style = *anyOf(pool, 3);
       expected = walk.childOf(style, *map, locked);
       found = sheet.anonymousChildOfStyle(&style, map.get(), locked);
-      EXPECT_EQ(found, expected);
-      hits += expected ? 1 : 0;
-      return;
     } else if (kind == 1) {
       const ZTSStyleClass& type = anyClass();
       const StringRef parent = anyBase();
@@ -182,7 +144,7 @@ class VariationIndexTest : public ::testing::Test {
       const Ref<PropertyMap> overrides = below(4) == 0 ? anyMap() : Ref<PropertyMap>();
       Ref<ZTSStyle> style(&anyStyle());
       if (below(3) == 0 || (style->isAnonymous() && style->parent() == nullptr && below(10) != 0))
-        style = pool[static_cast<std::size_t>(below(3))];
+        style = anyOf(pool, 3);
       const StyleVariationRequest request{.preferredStyle = below(4) == 0 ? &anyStyle() : nullptr,
                                           .propertyMap = map.get(),
                                           .overridePropertyMap = overrides.get(),
@@ -190,18 +152,17 @@ class VariationIndexTest : public ::testing::Test {
                                           .canCollapse = below(4) != 0,
                                           .canReuseIdentifiedChildren = below(3) != 0};
       expected = walk.variationOf(*style, request);
-      const std::size_t before = sheet.styles().count();
       found = sheet.variationOfStyle(style.get(), request);
-      EXPECT_EQ(sheet.styles().count(), before + (expected ? 0 : 1));
     }
-    if (expected) {
-      ++hits;
+    const bool isMade = !expected && kind != 0;
+    EXPECT_EQ(sheet.styles().count(), before + (isMade ? 1 : 0));
+    hits += expected ? 1 : 0;
+    if (!isMade) {
       EXPECT_EQ(found, expected);
-    } else {
-      ASSERT_NE(found, nullptr);
-      EXPECT_EQ(found->stylesheet(), &sheet);
-      keep(found);
+      return;
     }
+    ASSERT_TRUE(found && found->stylesheet() == &sheet);
+    pool.push_back(found);
   }
 
   /// Anything that may happen to a style, and then perhaps be undone.
@@ -232,7 +193,7 @@ class VariationIndexTest : public ::testing::Test {
         break;
       case 9: Chameleon::sShown = below(3); break;
       case 10: {  // a style that others hold as a value
-        ZTSStyle& value = *values[static_cast<std::size_t>(below(6))];
+        ZTSStyle& value = *anyOf(values, 6);
         if (below(3) == 0)
           value.setIsLocked(below(2) == 0);
         else if (value.stylesheet() != nullptr && below(3) == 0) {
@@ -258,82 +219,78 @@ class VariationIndexTest : public ::testing::Test {
   Ref<ZTSStylesheet> lower = ZTSStylesheet::withHost(&scene.host);
   std::vector<Ref<ZTSStyle>> pool;    // the first three are bases of the upper stylesheet
   std::vector<Ref<ZTSStyle>> values;  // of referenced-style properties; every second is in the stylesheet
-  std::mt19937 random{20260101};
+  std::mt19937 random;
   int hits = 0;
-  int crowded = 0;
 };
 
-TEST_F(VariationIndexTest, AnswersTheVeryStyleThatAWalkWouldFind) {
-  ZTUAssertionRecorder reports;
-  ZTULogRecorder logs;
-  for (int step = 0; step < 24000 && !HasFailure(); ++step) {
-    SCOPED_TRACE(step);
-    if (below(2) == 0)
-      changeSomething();
-    else
-      compareSearches();
-    if (step % 50 == 0) {
-      ASSERT_TRUE(scene.sheet->indexesAreRight() && lower->indexesAreRight());
-      reports.takeReports();
-      logs.takeEntries();
-      for (std::size_t base = 0; base < 3; ++base) crowded += pool[base]->children().count() > 30 ? 1 : 0;
-      tidy();
+TEST(VariationIndexTest, AnswersTheVeryStyleThatAWalkWouldFind) {
+  int hits = 0;
+  int crowded = 0;
+  for (unsigned round = 0; round < 20 && !::testing::Test::HasFailure(); ++round) {
+    SCOPED_TRACE(round);
+    ZTUAssertionRecorder reports;
+    ZTULogRecorder logs;
+    Play play(round);
+    for (int step = 0; step < 1200 && !::testing::Test::HasFailure(); ++step) {
+      SCOPED_TRACE(step);
+      play.below(2) == 0 ? play.changeSomething() : play.compareSearches();
+      if (step % 50 != 0) continue;
+      ASSERT_TRUE(play.scene.sheet->indexesAreRight() && play.lower->indexesAreRight());
+      for (int base : {0, 1, 2}) crowded += play.pool[static_cast<std::size_t>(base)]->children().count() > 20 ? 1 : 0;
     }
+    hits += play.hits;
   }
   EXPECT_GT(hits, 4000);
   EXPECT_GT(crowded, 700) << "of 1440: mostly the bases had enough children for an index";
 }
 
-TEST_F(VariationIndexTest, OutlivesItsBaseItsStylesheetAndTheStylesThatAreValues) {
+TEST(VariationIndexTest, OutlivesItsBaseItsStylesheetAndTheStylesThatAreValues) {
   Ref<ZTSStylesheet> sheet = ZTSStylesheet::withHost();
-  Ref<ZTSStyle> base = make<TestStyle>({.identifier = "base"});
-  sheet->addStyle(base);
-  const auto request = [&](int each, ZTSStyle* value) {
-    const Ref<PropertyMap> map = mapOf({{size, each}});
-    if (value != nullptr) map->set(list, Ref<NSObject>(value));
+  const Ref<ZTSStyle> bases[] = {make<TestStyle>({.identifier = "base"}), make<TestStyle>({.identifier = "base"})};
+  sheet->addStyle(bases[0]);
+  const auto request = [&](const Ref<ZTSStyle>& base, int number, const Ref<ZTSStyle>& value) {
+    const Ref<PropertyMap> map = mapOf({{size, number}});
+    if (value) map->set(list, value);
     return sheet->variationOfStyle(base.get(), {.propertyMap = map.get()});
   };
   Ref<ZTSStyle> value = make<TestStyle>();
-  for (int each = 0; each < 40; ++each) request(each, value.get());
-  const Ref<ZTSStyle> some = request(7, value.get());
-
+  for (int number = 0; number < 40; ++number) request(bases[0], number, value);
+  const Ref<ZTSStyle> some = request(bases[0], 7, value);
   // A base that leaves and comes back finds its children again, and so does one of the same identifier.
-  sheet->removeStyle(base);
-  sheet->addStyle(base);
-  EXPECT_EQ(request(7, value.get()), some);
-  const Ref<ZTSStyle> other = make<TestStyle>({.identifier = "base"});
-  sheet->addStyle(other);
-  EXPECT_EQ(sheet->variationOfStyle(other.get(), {.propertyMap = some->overridePropertyMap().get()}), some);
-
+  sheet->removeStyle(bases[0]);
+  sheet->addStyle(bases[0]);
+  EXPECT_EQ(request(bases[0], 7, value), some);
+  sheet->addStyle(bases[1]);
+  EXPECT_EQ(request(bases[1], 7, value), some);
   // The value changes without being in any stylesheet, dies, and another takes its place.
-  const Ref<ZTSStyle> equal = make<TestStyle>({.overridePropertyMap = mapOf({{size, 1}}).get()});
   value->setValueForProperty(Value(1), size);
-  EXPECT_EQ(sheet->variationOfStyle(other.get(), {.propertyMap = mapOf({{size, 7}, {list, *equal}}).get()}), some);
+  EXPECT_EQ(request(bases[1], 7, make<TestStyle>({.overridePropertyMap = mapOf({{size, 1}}).get()})), some);
   for (const Ref<ZTSStyle>& style : sheet->anonymousStyles().retainedSnapshot()) style->removeValueForProperty(list);
   value.reset();
-  EXPECT_EQ(sheet->variationOfStyle(other.get(), {.propertyMap = mapOf({{size, 7}}).get()}), some);
+  EXPECT_EQ(request(bases[1], 7, {}), some);
   EXPECT_TRUE(sheet->indexesAreRight());
   sheet.reset();
   some->setValueForProperty(Value(8), size);
   EXPECT_EQ(valueOf(*some, size), 8);
 }
 
-TEST_F(VariationIndexTest, FindsAnonymousStylesWhoseLinkDoesNotFollowTheirPlace) {
+TEST(VariationIndexTest, FindsAnonymousStylesWhoseLinkDoesNotFollowTheirPlace) {
+  Scene scene;
+  scene.style("b0");
   const auto find = [&](int each) {
     return scene.sheet->anonymousStyleOfClass(TestStyle::styleClass(), "b0", mapOf({{size, each}}).get(), false);
   };
   for (int each = 0; each < 40; ++each) find(each);
   // Linked before it is added, so that adding does not change the link.
-  const Ref<ZTSStyle> style =
-      make<TestStyle>({.parentIdentifier = "b0", .overridePropertyMap = mapOf({{size, 50}}).get()});
-  style->p_setStylesheet(scene.sheet.get());
-  scene.sheet->addStyle(style);
-  EXPECT_EQ(find(50), style);
+  TestStyle& style = scene.detached({}, "b0", {{size, 50}});
+  style.p_setStylesheet(scene.sheet.get());
+  scene.sheet->addStyle(Ref<ZTSStyle>(&style));
+  EXPECT_EQ(find(50), &style);
   // Held while its link is gone: its changes reach nobody.
-  style->p_setStylesheet(nullptr);
-  style->p_setValueForProperty(Value(51), size);
-  EXPECT_EQ(find(51), style);
-  style->p_setStylesheet(scene.sheet.get());
+  style.p_setStylesheet(nullptr);
+  style.p_setValueForProperty(Value(51), size);
+  EXPECT_EQ(find(51), &style);
+  style.p_setStylesheet(scene.sheet.get());
   EXPECT_TRUE(scene.sheet->indexesAreRight());
 }
 
@@ -354,7 +311,8 @@ class CountingValue : public NSObject {
   const int mNumber;
 };
 
-TEST_F(VariationIndexTest, ComparesOneMapPerRequestAmongManyAlikeOrNot) {
+TEST(VariationIndexTest, ComparesOneMapPerRequestAmongManyAlikeOrNot) {
+  Scene scene;
   TestStyle& base = scene.style("base");
   scene.host.undo->disableUndoRegistration();
   const auto request = [&](int number, bool canReuse) {
@@ -365,15 +323,12 @@ TEST_F(VariationIndexTest, ComparesOneMapPerRequestAmongManyAlikeOrNot) {
   for (int number = 0; number < 1000; ++number) request(number, true);
   const Ref<ZTSStyle> first = request(5000, false);
   for (int copies = 0; copies < 200; ++copies) request(5000, false);
-
   CountingValue::sComparisons = 0;
   for (int number = 0; number < 1000; ++number) request(number, true);
-  // One with the base's value, one with the style found.
-  EXPECT_LE(CountingValue::sComparisons, 2500u);
+  EXPECT_LE(CountingValue::sComparisons, 2500u);  // one with the base's value, one with the style found
   CountingValue::sComparisons = 0;
   EXPECT_EQ(request(5000, true), first);
   EXPECT_LE(CountingValue::sComparisons, 3u);
-
   // The alike are changed one after the other: what is stale is tested once and not again.
   for (const Ref<ZTSStyle>& style : base.children().retainedSnapshot()) style->setValueForProperty(Value(1), weight);
   EXPECT_NE(request(5000, true), first);

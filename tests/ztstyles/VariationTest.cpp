@@ -23,9 +23,7 @@ class VariationTest : public ::testing::Test {
 
 TEST_F(VariationTest, AsksTwiceAndGetsTheSameStyle) {
   const Ref<ZTSStyle> big = vary(base, {{size, 12}});
-  EXPECT_TRUE(big->isAnonymous());
-  EXPECT_EQ(big->parent(), &base);
-  EXPECT_EQ(valueOf(*big, size), 12);
+  EXPECT_TRUE(big->isAnonymous() && big->parent() == &base && valueOf(*big, size) == 12);
   EXPECT_EQ(vary(base, {{size, 12.0}}), big);
   EXPECT_EQ(vary(*big, {}), big);              // exactly its own overrides
   EXPECT_EQ(vary(*big, {{size, 10}}), &base);  // as the base
@@ -34,10 +32,9 @@ TEST_F(VariationTest, AsksTwiceAndGetsTheSameStyle) {
   const Ref<ZTSStyle> locked = vary(base, {{size, 12}}, {.isLocked = true});
   EXPECT_NE(locked, big);
   EXPECT_EQ(vary(base, {{size, 12}}, {.isLocked = true}), locked);
-  EXPECT_EQ(count(), 3u);
   const Ref<ZTSStyle> lockedBase = vary(base, {}, {.isLocked = true});  // the base is not locked
   EXPECT_FALSE(lockedBase == &base || lockedBase->overridesAnyProperty());
-
+  EXPECT_EQ(count(), 4u);
   EXPECT_EQ(scene.host.undo->undoActionNames().size(), 3u);
   scene.undo();
   EXPECT_EQ(lockedBase->stylesheet(), nullptr);
@@ -47,12 +44,21 @@ TEST_F(VariationTest, AsksTwiceAndGetsTheSameStyle) {
 TEST_F(VariationTest, MakesOneEachTimeWhereNothingMayBeReused) {
   TestAggregate& aggregate = scene.style<TestAggregate>("aggregate", "base", {{weight, 2}});
   const Ref<ZTSStyle> made = vary(aggregate, {{size, 10}, {weight, 3}}, {.identifier = "one", .canReuse = false});
-  EXPECT_EQ(made->identifier(), "one");
-  EXPECT_EQ(made->parent(), &aggregate);
+  EXPECT_TRUE(made->identifier() == "one" && made->parent() == &aggregate);
   EXPECT_EQ(&made->classObject(), &TestAggregate::styleClass());
   EXPECT_TRUE(made->overridePropertyMap()->isEqual(*mapOf({{weight, 3}})));
   const Ref<ZTSStyle> bare = vary(base, {}, {.canReuse = false});
   EXPECT_FALSE(bare == &base || bare->overridesAnyProperty());
+}
+
+TEST_F(VariationTest, CollapsesOrCarriesWhatAnAnonymousStyleOverrides) {
+  TestStyle& style = scene.style({}, "base", {{size, 10}, {colour, 1}});
+  for (bool collapses : {true, false}) {
+    const Ref<PropertyMap> wanted = mapOf({{colour, 1}, {weight, 2}});
+    if (!collapses) wanted->set(size, Value(10).object);
+    const Ref<ZTSStyle> varied = vary(style, {{weight, 2}}, {.canCollapse = collapses});
+    EXPECT_TRUE(varied->overridePropertyMap()->isEqual(*wanted));
+  }
 }
 
 TEST_F(VariationTest, TakesTheCandidatesInTheirOrder) {
@@ -79,26 +85,45 @@ TEST_F(VariationTest, TakesTheCandidatesInTheirOrder) {
   EXPECT_EQ(scene.sheet->anonymousChildOfStyle(nullptr, nullptr, false), nullptr);
 }
 
-TEST_F(VariationTest, CollapsesOrCarriesWhatAnAnonymousStyleOverrides) {
-  TestStyle& style = scene.style({}, "base", {{size, 10}, {colour, 1}});
-  EXPECT_TRUE(vary(style, {{weight, 2}})->overridePropertyMap()->isEqual(*mapOf({{colour, 1}, {weight, 2}})));
-  EXPECT_TRUE(vary(style, {{weight, 2}}, {.canCollapse = false})
-                  ->overridePropertyMap()
-                  ->isEqual(*mapOf({{size, 10}, {colour, 1}, {weight, 2}})));
+struct Recorded : ZTSStyleObserver {
+  void stylePropertiesChanged(const ZTSStyleChangeInfo& change) override { record.reset(&change); }
+  Ref<const ZTSStyleChangeInfo> record;
+};
+
+TEST_F(VariationTest, ARecordAnswersAndRemembersAStyleThatLooksAsBeforeTheChange) {
+  Scene elsewhere;
+  TestAggregate& style = scene.style<TestAggregate>(
+      "a", "base", {{weight, 1}, {colour, 1}, {list, elsewhere.style("foreign")}, {label, base}}, true);
+  Recorded recorded;
+  style.addObserver(&recorded);
+  const Ref<PropertyMap> change =  // the size is what it inherited
+      mapOf({{weight, 2}, {size, 10}, {list, NSNull::null()}, {label, NSNull::null()}});
+  style.setValuesForProperties(*change);
+  const Ref<const ZTSStyleChangeInfo> record = recorded.record;
+  const Ref<ZTSStyle> before = record->unchangedVariation();
+  EXPECT_TRUE(before->parent() == &style && before->isLocked() && before->isAnonymous());
+  EXPECT_TRUE(before->overridePropertyMap()->isEqual(*mapOf({{weight, 1}, {label, base}})));
+  style.setValuesForProperties(*mapOf({{weight, 1}, {label, base}}));
+  EXPECT_EQ(record->unchangedVariation(), before);
+  style.setValuesForProperties(*change);
+  EXPECT_EQ(recorded.record->unchangedVariation(), before);  // found, not made
+  style.setValuesForProperties(*change);
+  EXPECT_EQ(recorded.record->unchangedVariation(), &style);  // nothing has changed: an empty request
+  style.removeObserver(&recorded);
+
+  TestStyle& anonymous = scene.style({}, "base", {{weight, 1}});
+  anonymous.addObserver(&recorded);
+  anonymous.setValueForProperty(Value(2), weight);
+  EXPECT_EQ(recorded.record->unchangedVariation(), &anonymous);  // own entries go before old values
+  EXPECT_EQ(ZTSStyleChangeInfo::withStyleChangedProperty(&scene.detached(), size, {})->unchangedVariation(), nullptr);
 }
 
 /// The application's list style, where its class is looked for.
-class ListStyle : public TestStyle {
- public:
+struct ListStyle : TestStyle {
   struct Class : TestClassOf<ListStyle> {
     using TestClassOf::TestClassOf;
     StringRef defaultStyleIdentifier() const override { return "list-default"; }
   };
-  static const ZTSStyleClass& styleClass() {
-    static const auto* object = new Class("ZTWPListStyle", TestStyle::styleClass());
-    return *object;
-  }
-  const ZTSStyleClass& classObject() const override { return styleClass(); }
 };
 
 TEST_F(VariationTest, SaysWhatIsWrongAndGoesOn) {
@@ -110,17 +135,16 @@ TEST_F(VariationTest, SaysWhatIsWrongAndGoesOn) {
   reports.takeReports();
 
   TestStyle& orphan = scene.style({}, "nowhere", {{size, 1}});
-  const std::string noParent =
-      format("Cannot create variation of anonymous style <%p> with no parent.", address(&orphan));
   EXPECT_EQ(vary(orphan, {}), &orphan);
   EXPECT_FALSE(vary(orphan, {{size, 2}})->parentIdentifier().isPresent());
-  EXPECT_THAT(reports.descriptions(), ElementsAre(noParent, noParent, noParent, noParent));
+  EXPECT_EQ(reports.descriptions(),
+            Log(4, format("Cannot create variation of anonymous style <%p> with no parent.", address(&orphan))));
   reports.takeReports();
 
   // A style of elsewhere, whose base is another here, or is not here at all.
   Scene elsewhere;
   TestStyle& foreign = elsewhere.style("base", {}, {{size, 11}});
-  elsewhere.style("list-default");
+  TestStyle& defaultList = elsewhere.style("list-default");
   TestStyle& varied = elsewhere.style({}, "base", {{weight, 1}});
   const auto differs = [&](ZTSStyle& style, ZTSStyle* its, ZTSStyle* reachable) {
     return format(
@@ -136,31 +160,25 @@ TEST_F(VariationTest, SaysWhatIsWrongAndGoesOn) {
   EXPECT_EQ(vary(varied, {}), here);
   EXPECT_TRUE(reports.reports().empty());  // names are not compared
 
-  ListStyle::styleClass();
-  TestStyle& defaultList = *static_cast<TestStyle*>(elsewhere.sheet->styleWithIdentifier("list-default"));
+  static const ListStyle::Class listClass("ZTWPListStyle", TestStyle::styleClass());
   EXPECT_EQ(vary(defaultList, {{size, 1}})->parent(), nullptr);
   EXPECT_TRUE(reports.reports().empty());
   ASSERT_EQ(logs.entries().size(), 1u);
-  EXPECT_EQ(logs.entries()[0].level, kZTULogNotice);
-  EXPECT_EQ(logs.entries()[0].message, differs(defaultList, &defaultList, nullptr));
+  EXPECT_TRUE(logs.entries()[0].level == kZTULogNotice &&
+              logs.entries()[0].message == differs(defaultList, &defaultList, nullptr));
 }
 
 TEST_F(VariationTest, FindsOrMakesAnonymousStylesOfAClass) {
-  const auto find = [&](const ZTSStyleClass& type, const PropertyMap* map) {
-    return scene.sheet->anonymousStyleOfClass(type, "base", map, false);
+  const auto find = [&](const ZTSStyleClass& type, const StringRef& parent, const Ref<PropertyMap>& map = {}) {
+    return scene.sheet->anonymousStyleOfClass(type, parent, map.get(), false);
   };
-  const Ref<ZTSStyle> bare = find(TestStyle::styleClass(), nullptr);
-  EXPECT_EQ(find(TestStyle::styleClass(), PropertyMap::make().get()), bare);
-  EXPECT_NE(find(TestAggregate::styleClass(), nullptr), bare);
-  EXPECT_NE(find(TestStyle::styleClass(), mapOf({{size, 1}}).get()), bare);
-  EXPECT_NE(scene.sheet->anonymousStyleOfClass(TestStyle::styleClass(), {}, nullptr, false), bare);
-  EXPECT_NE(scene.sheet->anonymousStyleOfClass(TestStyle::styleClass(), {}, nullptr, false),
-            scene.sheet->anonymousStyleOfClass(TestStyle::styleClass(), {}, nullptr, false));  // none never matches
-
+  const ZTSStyleClass& type = TestStyle::styleClass();
+  const Ref<ZTSStyle> bare = find(type, "base");
+  EXPECT_EQ(find(type, "base", PropertyMap::make()), bare);
+  EXPECT_NE(find(TestAggregate::styleClass(), "base"), bare);
+  EXPECT_NE(find(type, {}), find(type, {}));  // none never matches
   ZTUAssertionRecorder reports;
-  const std::size_t before = count();
-  EXPECT_EQ(find(TestStyle::styleClass(), mapOf({{"nonsense", 1}}).get()), nullptr);
-  EXPECT_EQ(count(), before);
+  EXPECT_EQ(find(type, "base", mapOf({{"nonsense", 1}})), nullptr);
   EXPECT_EQ(reports.reports().size(), 1u);
 }
 
@@ -174,14 +192,11 @@ TEST_F(VariationTest, AddsAndRemovesWhatAStyleRefersTo) {
   Log log;
   SheetRecorder recorder(log, "sheet");
   scene.sheet->addObserver(&recorder);
-  scene.sheet->addStyleAndReferencedStyles(top);
-  EXPECT_EQ(log, (Log{"sheet added middle", "sheet added shared", "sheet added top"}));
-  scene.sheet->addStyleAndReferencedStyles(top);  // all are here
-  EXPECT_EQ(log.size(), 3u);
-  log.clear();
+  for (int twice = 0; twice < 2; ++twice) scene.sheet->addStyleAndReferencedStyles(top);
   scene.sheet->removeStyleAndReferencedStyles(top);
-  EXPECT_EQ(log, (Log{"sheet removed middle", "sheet removed shared", "sheet removed top"}));
-  EXPECT_EQ(shared->observers().count(), 0u);
+  EXPECT_EQ(log, (Log{"sheet added middle", "sheet added shared", "sheet added top", "sheet removed middle",
+                      "sheet removed shared", "sheet removed top"}));
+  scene.sheet->removeObserver(&recorder);
 
   // What belongs elsewhere is reported twice, once on the way and once at the end; the rest is added.
   ZTUAssertionRecorder reports;
@@ -191,16 +206,13 @@ TEST_F(VariationTest, AddsAndRemovesWhatAStyleRefersTo) {
   EXPECT_EQ(top->stylesheet(), scene.sheet.get());
   EXPECT_EQ(reports.takeReports().size(), 4u);  // from two references
   scene.sheet->removeStyleAndReferencedStyles(middle);
-  EXPECT_THAT(reports.descriptions()[0],
-              format("Attempt to remove a style <%@ %p> with stylesheet <%p> from stylesheet <%p>.", "TestStyle",
-                     address(shared.get()), address(elsewhere.sheet.get()), address(scene.sheet.get())));
-  EXPECT_EQ(reports.reports().size(), 4u);
+  EXPECT_EQ(reports.descriptions()[0],
+            format("Attempt to remove a style <%@ %p> with stylesheet <%p> from stylesheet <%p>.", "TestStyle",
+                   address(shared.get()), address(elsewhere.sheet.get()), address(scene.sheet.get())));
   EXPECT_EQ(top->stylesheet(), nullptr);
-  reports.takeReports();
   scene.sheet->addStyleAndReferencedStyles({});
   scene.sheet->removeStyleAndReferencedStyles({});
-  EXPECT_EQ(reports.reports().size(), 2u);
-  scene.sheet->removeObserver(&recorder);
+  EXPECT_EQ(reports.reports().size(), 6u);
   middle->removeValueForProperty(label);
 }
 

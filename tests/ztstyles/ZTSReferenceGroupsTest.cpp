@@ -10,23 +10,19 @@ namespace zt::testing {
 namespace {
 
 /// Knows how many of its kind live.
-class CensusStyle : public TestAggregate {
+class CensusStyle : public StyleOf<CensusStyle, TestAggregate> {
  public:
-  static const ZTSStyleClass& styleClass() {
-    static const auto* object = new TestClassOf<CensusStyle>("CensusStyle", TestAggregate::styleClass());
-    return *object;
-  }
-  const ZTSStyleClass& classObject() const override { return styleClass(); }
+  static constexpr const char* kName = "CensusStyle";
   CensusStyle() { ++living; }
   ~CensusStyle() override { --living; }
   static inline int living = 0;
 };
+using Styles = std::vector<Ref<CensusStyle>>;
 
 /// Styles of one stylesheet that nobody but the stylesheet and the test holds.
 struct Group {
-  Ref<CensusStyle> add(const char* identifier = nullptr, const char* parent = nullptr) {
-    auto style = make<CensusStyle>({.identifier = identifier != nullptr ? StringRef(identifier) : StringRef(),
-                                    .parentIdentifier = parent != nullptr ? StringRef(parent) : StringRef()});
+  Ref<CensusStyle> add(StringRef identifier = {}, StringRef parent = {}) {
+    auto style = make<CensusStyle>({.identifier = std::move(identifier), .parentIdentifier = std::move(parent)});
     sheet->addStyle(style);
     return style;
   }
@@ -36,94 +32,65 @@ struct Group {
 TEST(ReferenceGroupsTest, FreesCyclesAndKeepsWhatIsHeldFromOutside) {
   struct Case {
     const char* name;
-    int remaining;                               // after the stylesheet is gone
-    std::function<Ref<NSObject>(Group&)> build;  // answers what the test goes on holding
+    std::vector<std::pair<const char*, const char*>> styles;  // identifier and parent
+    std::vector<std::pair<std::size_t, std::size_t>> links;   // who refers to whom
+    std::function<Ref<NSObject>(Group&, Styles&)> then;       // answers what the test goes on holding
+    int remaining;                                            // after the stylesheet is gone
   };
-  const auto refer = [](const Ref<CensusStyle>& from, const Ref<CensusStyle>& to, PropertyKey key = list) {
-    from->setValueForProperty(to, key);
+  const auto nothing = [](Group&, Styles&) { return Ref<NSObject>(); };
+  const auto hold = [](std::size_t which) { return [which](Group&, Styles& s) { return Ref<NSObject>(s[which]); }; };
+  const auto list0 = [](Styles& s, std::vector<Ref<NSObject>> members) {
+    const Ref<NSArray> array = NSArray::withObjects(std::move(members));
+    s[1]->p_setValueForProperty(array, colour);
+    return array;
   };
   const Case cases[] = {
-      {"two", 0,
-       [&](Group& group) {
-         auto a = group.add(), b = group.add();
-         refer(a, b);
-         refer(b, a);
-         return Ref<NSObject>();
-       }},
-      {"itself, twice", 0,
-       [&](Group& group) {
-         auto a = group.add();
-         refer(a, a);
-         refer(a, a, label);
-         return Ref<NSObject>();
-       }},
-      {"through a parent", 0,
-       [&](Group& group) {
-         auto a = group.add("a"), b = group.add("b", "a");
-         refer(a, b);
-         return Ref<NSObject>();
-       }},
-      {"with children outside of the cycle", 0,
-       [&](Group& group) {
-         auto a = group.add("a"), b = group.add();
-         refer(a, b), refer(b, a);
-         group.add(nullptr, "a");
-         return Ref<NSObject>();
-       }},
-      {"through a list", 0,
-       [&](Group& group) {
-         auto a = group.add(), b = group.add();
-         refer(a, b);
-         b->p_setValueForProperty(NSArray::withObjects({a, b}), colour);
-         return Ref<NSObject>();
-       }},
-      {"through a style that had left", 0,
-       [&](Group& group) {
-         auto a = group.add(), b = group.add();
-         refer(a, b), refer(b, a);
-         group.sheet->removeStyle(b);
-         return Ref<NSObject>();
-       }},
-      {"of styles that have all left, one of them for another place", 0,
-       [&](Group& group) {
-         auto a = group.add(), b = group.add(), c = group.add();
-         refer(a, b), refer(b, a), refer(c, c);
-         for (auto* style : {&a, &b, &c}) group.sheet->removeStyle(*style);
+      {"itself, twice", {{}}, {{0, 0}, {0, 0}}, nothing, 0},
+      {"through a parent", {{"a", {}}, {"b", "a"}}, {{0, 1}}, nothing, 0},
+      {"with children outside of the cycle", {{"a", {}}, {}, {nullptr, "a"}}, {{0, 1}, {1, 0}}, nothing, 0},
+      {"through a list",
+       {{}, {}},
+       {{0, 1}},
+       [&](Group&, Styles& s) {
+         return list0(s, {s[0], s[1]}), nullptr;
+       },
+       0},
+      {"through a style that had left",
+       {{}, {}},
+       {{0, 1}, {1, 0}},
+       [](Group& group, Styles& s) { return group.sheet->removeStyle(s[1]), nullptr; },
+       0},
+      {"of styles that have all left, one of them for another place",
+       {{}, {}, {}},
+       {{0, 1}, {1, 0}, {2, 2}},
+       [](Group& group, Styles& s) {
+         for (const Ref<CensusStyle>& style : s) group.sheet->removeStyle(style);
          Group other;
-         other.sheet->addStyle(std::exchange(c, nullptr));
-         return Ref<NSObject>();
-       }},
-      {"held, with what it reaches", 3,
-       [&](Group& group) {
-         auto a = group.add(), b = group.add(), c = group.add(), d = group.add();
-         refer(a, b), refer(b, a), refer(b, c, label), refer(d, d), refer(d, a, label);
-         return Ref<NSObject>(b);
-       }},
-      {"held child", 3,
-       [&](Group& group) {
-         auto a = group.add("a"), b = group.add(), child = group.add(nullptr, "a");
-         refer(a, b), refer(b, a);
-         return Ref<NSObject>(child);
-       }},
-      {"held list", 2,
-       [&](Group& group) {
-         auto a = group.add(), b = group.add();
-         const Ref<NSArray> array = NSArray::withObjects({a});
-         refer(a, b);
-         b->p_setValueForProperty(array, colour);
-         return Ref<NSObject>(array);
-       }},
+         other.sheet->addStyle(s.back());
+         s.clear();
+         return nullptr;
+       },
+       0},
+      {"held, with what it reaches", {{}, {}, {}, {}}, {{0, 1}, {1, 0}, {1, 2}, {3, 3}, {3, 0}}, hold(1), 3},
+      {"held child", {{"a", {}}, {}, {nullptr, "a"}}, {{0, 1}, {1, 0}}, hold(2), 3},
+      {"held list", {{}, {}}, {{0, 1}}, [&](Group&, Styles& s) { return list0(s, {s[0]}); }, 2},
   };
   for (const Case& each : cases) {
     SCOPED_TRACE(each.name);
     Group group;
-    Ref<NSObject> held = each.build(group);
+    Styles styles;
+    for (const auto& [identifier, parent] : each.styles)
+      styles.push_back(group.add(identifier != nullptr ? StringRef(identifier) : StringRef(),
+                                 parent != nullptr ? StringRef(parent) : StringRef()));
+    for (const auto& [from, to] : each.links)
+      styles[from]->setValueForProperty(styles[to], styles[from]->overridesProperty(list) ? label : list);
+    Ref<NSObject> held = each.then(group, styles);
+    styles.clear();
     group.sheet.reset();
     EXPECT_EQ(CensusStyle::living, each.remaining);
     // What was held keeps its values; letting go of the rest is its holder's affair.
-    std::vector<NSObject*> objects{held.get()};
-    if (const NSArray* array = NSArray::from(held.get())) objects = {array->objectAtIndex(0)};
-    if (auto* aggregate = asAggregateStyle(objects[0])) {
+    const NSArray* array = NSArray::from(held.get());
+    if (auto* aggregate = asAggregateStyle(array != nullptr ? array->objectAtIndex(0) : held.get())) {
       std::vector<Ref<ZTSStyle>> reached = aggregate->recursivelyReferencedStyles()->retainedSnapshot();
       reached.emplace_back(aggregate->parent() != nullptr ? aggregate->parent() : aggregate);
       EXPECT_TRUE(reached.back()->overridesAnyProperty());
@@ -139,37 +106,30 @@ TEST(ReferenceGroupsTest, FreesRandomGroupsExactlyAsReachabilitySays) {
   for (int round = 0; round < 60; ++round) {
     constexpr std::size_t kStyles = 30;
     Group group;
-    std::vector<Ref<CensusStyle>> styles;
-    for (std::size_t i = 0; i < kStyles; ++i) styles.push_back(group.add());
+    Styles styles(kStyles);
+    for (Ref<CensusStyle>& style : styles) style = group.add();
     std::vector<std::vector<std::size_t>> leadsTo(kStyles);
     for (std::size_t i = 0; i < kStyles; ++i) {
       for (PropertyKey key : {list, label}) {
         if (random() % 3 == 0) continue;
-        const std::size_t to = random() % kStyles;
-        styles[i]->setValueForProperty(styles[to], key);
-        leadsTo[i].push_back(to);
+        leadsTo[i].push_back(random() % kStyles);
+        styles[i]->setValueForProperty(styles[leadsTo[i].back()], key);
       }
     }
-    std::vector<Ref<CensusStyle>> held{styles[random() % kStyles], styles[random() % kStyles]};
-    std::vector<std::size_t> reached;
-    for (const Ref<CensusStyle>& style : held)
-      reached.push_back(static_cast<std::size_t>(std::find(styles.begin(), styles.end(), style) - styles.begin()));
-    std::vector<bool> isAlive(kStyles);
-    std::vector<ZTSStyle*> addresses;
-    for (const Ref<CensusStyle>& style : styles) addresses.push_back(style.get());
+    std::vector<std::size_t> reached{random() % kStyles, random() % kStyles};
+    Styles held{styles[reached[0]], styles[reached[1]]};
+    std::vector<ZTSStyle*> alive(kStyles);
     while (!reached.empty()) {
       const std::size_t i = reached.back();
       reached.pop_back();
-      if (isAlive[i]) continue;
-      isAlive[i] = true;
+      if (std::exchange(alive[i], styles[i].get()) != nullptr) continue;
       reached.insert(reached.end(), leadsTo[i].begin(), leadsTo[i].end());
     }
     styles.clear();
     group.sheet.reset();
-    ASSERT_EQ(CensusStyle::living, std::count(isAlive.begin(), isAlive.end(), true));
-    for (std::size_t i = 0; i < kStyles; ++i) {
-      if (isAlive[i]) held.emplace_back(static_cast<CensusStyle*>(addresses[i]));
-    }
+    ASSERT_EQ(CensusStyle::living, std::count_if(alive.begin(), alive.end(), [](auto* style) { return style; }));
+    for (ZTSStyle* style : alive)
+      if (style != nullptr) held.emplace_back(static_cast<CensusStyle*>(style));
     for (const Ref<CensusStyle>& style : held) style->p_setPropertyMap({});
     held.clear();
     ASSERT_EQ(CensusStyle::living, 0);
@@ -182,12 +142,10 @@ TEST(ReferenceGroupsTest, FreesALongRing) {
   Ref<CensusStyle> last = first;
   for (int i = 0; i < 100'000; ++i) {
     Ref<CensusStyle> next = group.add();
-    next->setValueForProperty(last, list);
-    last = next;
+    next->setValueForProperty(std::exchange(last, next), list);
   }
-  first->setValueForProperty(last, list);
+  first->setValueForProperty(std::exchange(last, nullptr), list);
   first.reset();
-  last.reset();
   group.sheet.reset();
   EXPECT_EQ(CensusStyle::living, 0);
 }
