@@ -42,74 +42,23 @@ class TalkingAggregate : public StyleOf<TalkingAggregate, TestAggregate> {
   mutable int asked = 0;
 };
 
-TEST(AggregateTest, ObservesAndCountsOnlyInsideAStylesheetOncePerProperty) {
+TEST(AggregateTest, PassesItsOrphanCountOnInsideAStylesheetAndLogsOneUseTooFew) {
   Scene scene;
   TestStyle& r = scene.style("r");
   TestAggregate& a = scene.detached<TestAggregate>("a", {}, {{list, r}, {label, r}});
-  for (int i = 0; i < 3; ++i) a.incrementUsageCount();
   a.incrementOrphanCount();
-  EXPECT_EQ(stateOf(r, a), (State{0, 0}));
+  EXPECT_EQ(r.orphanCount(), 0u);
   scene.sheet->addStyle(Ref<ZTSStyle>(&a));
-  EXPECT_EQ(stateOf(r, a), (State{2, 2}));
   EXPECT_EQ(r.orphanCount(), 2u);
   a.decrementOrphanCount();
-  for (int i = 0; i < 3; ++i) a.decrementUsageCount();
   EXPECT_EQ(r.orphanCount(), 0u);
-  EXPECT_EQ(stateOf(r, a), (State{2, 0}));
-  a.incrementUsageCount();
-  scene.sheet->removeStyle(Ref<ZTSStyle>(&a));
-  EXPECT_EQ(stateOf(r, a), (State{0, 0}));
-  scene.undo();  // one group for each step outside of groups: the removal
-  EXPECT_EQ(stateOf(r, a), (State{2, 2}));
-
+  EXPECT_THROW(a.decrementOrphanCount(), NSInternalInconsistencyException);
   ZTULogRecorder log;
   ZTUAssertionRecorder reports;
-  for (int i = 0; i < 2; ++i) a.decrementUsageCount();
+  a.decrementUsageCount();
   ASSERT_EQ(log.entries().size(), 1u);
   EXPECT_TRUE(log.entries()[0].level == 10 && log.entries()[0].message.ends_with("whose usage count is 0."));
   EXPECT_THAT(reports.reports(), IsEmpty());
-  EXPECT_THROW(a.decrementOrphanCount(), NSInternalInconsistencyException);
-}
-
-TEST(AggregateTest, MovesCountsAndObservationWithEveryKindOfChangeAndItsUndo) {
-  Scene scene;
-  TestStyle& r1 = scene.style("r1");
-  TestStyle& r2 = scene.style("r2");
-  TestAggregate& a = scene.style<TestAggregate>("a", {}, {{list, r1}});
-  a.incrementUsageCount();
-  const auto state = [&] { return State{r1.usageCount(), observations(r1, a), r2.usageCount(), observations(r2, a)}; };
-  const State before{1, 1, 0, 0};
-  struct Change {
-    const char* name;
-    std::function<void()> perform;
-    State after;
-  };
-  const Ref<PropertyMap> both = mapOf({{list, r2}, {label, r2}, {size, 3}});
-  const Ref<PropertySet> keys = PropertySet::with({list, label});
-  const Change changes[] = {
-      {"set", [&] { a.setValueForProperty(Value(r2), list); }, {0, 0, 1, 1}},
-      {"set to itself", [&] { a.setValueForProperty(Value(a), list); }, {0, 0, 0, 0}},
-      {"set to none", [&] { a.setValueForProperty({}, list); }, {0, 0, 0, 0}},
-      {"set many", [&] { a.setValuesForProperties(*both); }, {0, 0, 2, 2}},
-      {"remove", [&] { a.removeValueForProperty(list); }, {0, 0, 0, 0}},
-      {"remove many", [&] { a.removeValuesForProperties(*keys); }, {0, 0, 0, 0}},
-      {"set locked", [&] { a.lockedStyleSetValuesForProperties(*both, kZTSStyleNotifyOnRedo); }, {0, 0, 2, 2}},
-      {"remove locked", [&] { a.lockedStyleRemoveValuesForProperties(*keys, 0); }, {0, 0, 0, 0}},
-      {"replace", [&] { r1.replaceWithStyle(&r2); }, {0, 0, 1, 1}},
-  };
-  for (const Change& change : changes) {
-    SCOPED_TRACE(change.name);
-    ASSERT_EQ(state(), before);
-    scene.host.undo->performInGroup(change.perform);
-    EXPECT_EQ(state(), change.after);
-    scene.undo();
-    EXPECT_EQ(state(), before);
-    scene.redo();
-    EXPECT_EQ(state(), change.after);
-    scene.undo();
-  }
-  a.unconditionalRemoveValueForProperty(list);
-  EXPECT_EQ(state(), (State{0, 0, 0, 0}));
 }
 
 TEST(AggregateTest, KeepsItsCountsWhenAChangeIsRefused) {
@@ -333,6 +282,18 @@ struct Modelled {
   }
 };
 
+/// Every way to change a reference, or to be rid of it. Their undo is for the random model to judge.
+void changeReference(ZTSStyle& style, PropertyKey key, ZTSStyle* to, std::size_t way) {
+  const Ref<PropertySet> keys = PropertySet::with({key});
+  if (way == 0) return style.setValueForProperty(Ref<NSObject>(to), key);
+  if (to != nullptr && way == 1) return style.lockedStyleSetValuesForProperties(*mapOf({{key, *to}}), 0);
+  if (to != nullptr) return style.setValuesForProperties(*mapOf({{key, *to}}));
+  if (way == 1) return style.lockedStyleRemoveValuesForProperties(*keys, 0);
+  if (way == 2) return style.removeValuesForProperties(*keys);
+  if (way == 3) return style.unconditionalRemoveValueForProperty(key);
+  style.removeValueForProperty(key);
+}
+
 TEST(AggregateTest, AgreesWithASlowModelOverRandomReferencesAndCycles) {
   for (unsigned seed = 1; seed <= 20; ++seed) {
     SCOPED_TRACE(seed);
@@ -364,7 +325,7 @@ TEST(AggregateTest, AgreesWithASlowModelOverRandomReferencesAndCycles) {
         const int property = static_cast<int>(below(2));
         Modelled* const to = below(4) == 0 ? nullptr : &styles[below(styles.size())];
         style.refer(property, to);
-        real->setValueForProperty(Ref<NSObject>(to != nullptr ? to->real : nullptr), property == 0 ? list : label);
+        changeReference(*real, property == 0 ? list : label, to != nullptr ? to->real : nullptr, below(5));
       } else if (kind == 5 && which >= 4) {  // the parents stay
         style.isInside ? scene.sheet->removeStyle(real) : scene.sheet->addStyle(real);
         style.move();
