@@ -11,27 +11,18 @@
 namespace zt {
 namespace {
 
-TEST(ReturningHandlerTest, RecordsTheFailureAndReturns) {
+TEST(ReturningHandlerTest, RecordsOrPrintsTheFailureOfItsThreadAndReturns) {
   ZTUAssertionRecorder recorder;
   int object = 0;
   const int line = __LINE__ + 1;
   ZT_REPORT("addObserver:", &object, "src/unit", "Attempted to add self (%p) as own observer.", nullptr);
-  ZT_REPORT("addStyle:", nullptr, "src/unit", "no argument");
-  ASSERT_EQ(recorder.reports().size(), 2u);
-  EXPECT_EQ(recorder.reports()[0].text(),
-            format("src/unit:%d: addObserver: <%p>: Attempted to add self (0x0) as own observer.", line, &object));
-  EXPECT_EQ(recorder.descriptions()[1], "no argument");
-  EXPECT_EQ(recorder.takeReports().size(), 2u);
-  EXPECT_TRUE(recorder.reports().empty());
-}
-
-TEST(ReturningHandlerTest, PrintsOneLineByDefaultAndBelongsToItsThread) {
-  ZTUAssertionRecorder recorder;
   testing::internal::CaptureStderr();
   std::thread([] { ZT_REPORT("setName:", nullptr, "src/unit", "two\nlines"); }).join();
   const std::string printed = testing::internal::GetCapturedStderr();
-  EXPECT_TRUE(printed.starts_with("src/unit:")) << printed;
-  EXPECT_TRUE(printed.ends_with(": setName: <0x0>: two\\nlines\n")) << printed;
+  EXPECT_TRUE(printed.starts_with("src/unit:") && printed.ends_with(": setName: <0x0>: two\\nlines\n")) << printed;
+  EXPECT_EQ(recorder.descriptions(), std::vector<std::string>{"Attempted to add self (0x0) as own observer."});
+  EXPECT_EQ(recorder.takeReports()[0].text(),
+            format("src/unit:%d: addObserver: <%p>: Attempted to add self (0x0) as own observer.", line, &object));
   EXPECT_TRUE(recorder.reports().empty());
 }
 
@@ -48,7 +39,6 @@ TEST(LevelledLogTest, WritesLevelFileAndMessageToTheInnermostSink) {
   }
   ZTULog_Fn(3, "src/unit", "outer %d", 2);
   EXPECT_EQ(outer.lines(), std::vector<std::string>{"3, src/unit, outer 2"});
-  EXPECT_EQ(outer.takeEntries().front().message, "outer 2");
 }
 
 struct Interface {
@@ -61,8 +51,7 @@ TEST(DynamicCastTest, AnswersTheObjectOfTheClassAndNoneForEverythingElse) {
   const Ref<NSObject> both = make<Both>();
   const NSObject* constant = both.get();
   EXPECT_EQ(ZTUDynamicCast<NSString>(text).get(), text.get());
-  EXPECT_EQ(ZTUDynamicCast<NSDictionary>(text), nullptr);
-  EXPECT_EQ(ZTUDynamicCast<NSString>(Ref<NSObject>()), nullptr);
+  EXPECT_TRUE(ZTUDynamicCast<NSDictionary>(text) == nullptr && ZTUDynamicCast<NSString>(Ref<NSObject>()) == nullptr);
   EXPECT_EQ(ZTUDynamicCast<Interface>(static_cast<NSObject*>(nullptr)), nullptr);
   EXPECT_EQ(ZTUDynamicCast<Interface>(both.get()), static_cast<Both*>(both.get()));
   EXPECT_EQ(ZTUDynamicCast<Both>(constant), constant);

@@ -149,13 +149,8 @@ struct Model {
 };
 
 /// Overrides the handling of changes: called for each, where the others are worked off in a loop or skipped.
-struct Overriding : TestStyle {
+struct Overriding : Own<Overriding> {
   void stylePropertiesChanged(const ZTSStyleChangeInfo& change) override { TestStyle::stylePropertiesChanged(change); }
-  static const ZTSStyleClass& styleClass() {
-    static const auto* c = new TestClassOf<Overriding>("Overriding", TestStyle::styleClass());
-    return *c;
-  }
-  const ZTSStyleClass& classObject() const override { return styleClass(); }
 };
 
 void compareOneSequence(unsigned seed) {

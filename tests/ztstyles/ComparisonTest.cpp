@@ -23,7 +23,6 @@ TEST(ComparisonTest, ComparesStructureNotIdentity) {
   EXPECT_TRUE(one->isEqual(copied.get())) << "numbers are compared as numbers, and the copy has a map of its own";
 
   using Vary = void (*)(ZTSStyleFields&);
-  const Ref<PropertyMap> other = mapOf({{size, 3}, {colour, NSNull::null()}});
   for (const Vary vary : std::initializer_list<Vary>{
            [](auto& f) { f.name = {}; }, [](auto& f) { f.identifier = ""; }, [](auto& f) { f.parentIdentifier = {}; },
            [](auto& f) { f.isLocked = true; }, [](auto& f) { f.overridePropertyMap = nullptr; }}) {
@@ -48,17 +47,8 @@ TEST(ComparisonTest, ComparesStructureNotIdentity) {
   EXPECT_EQ(ZTSStyle::comparisonsInProgress(), 0u);
 }
 
-/// A value that is never equal to another and throws if it is told to.
-class Different : public NSObject {
- public:
-  explicit Different(bool throws) : mThrows(throws) {}
-  bool isEqual(const NSObject* other) const override {
-    if (mThrows) throw NSGenericException("no comparison");
-    return other == this;
-  }
-
- private:
-  bool mThrows;
+struct Incomparable : NSObject {
+  bool isEqual(const NSObject*) const override { throw NSGenericException("no comparison"); }
 };
 
 TEST(ComparisonTest, EndsOnCyclesAndSharedLayersAndForgetsWhatItAssumed) {
@@ -68,10 +58,7 @@ TEST(ComparisonTest, EndsOnCyclesAndSharedLayersAndForgetsWhatItAssumed) {
   };
   TestStyle* a[2] = {&scene.detached(), &scene.detached()};
   TestStyle* b[2] = {&scene.detached(), &scene.detached()};
-  for (int side : {0, 1}) {
-    link(*a[side], list, *b[side]);
-    link(*b[side], list, *a[side]);
-  }
+  for (int side : {0, 1}) link(*a[side], list, *b[side]), link(*b[side], list, *a[side]);
   EXPECT_TRUE(a[0]->isEqual(a[1]) && b[0]->isEqual(b[1]));
   // The pair of the b rests on that of the a, which differs after all: the finding must not outlive it.
   a[0]->p_setValueForProperty(Value(1), size);
@@ -99,14 +86,10 @@ TEST(ComparisonTest, EndsOnCyclesAndSharedLayersAndForgetsWhatItAssumed) {
 
   // A chain of a length that no stack would hold, compared from the root down.
   Scene other;
-  for (Scene* each : {&scene, &other}) {
-    for (int i = 0; i < 50'000; ++i)
-      each->style(std::to_string(i), i > 0 ? StringRef(std::to_string(i - 1)) : StringRef());
-  }
-  ZTSStyle* leaf = scene.sheet->styleWithIdentifier("49999");
-  EXPECT_TRUE(leaf->isEqual(other.sheet->styleWithIdentifier("49999")));
-  other.sheet->styleWithIdentifier("0")->setValueForProperty(Value(1), size);
-  EXPECT_FALSE(leaf->isEqual(other.sheet->styleWithIdentifier("49999")));
+  const std::vector<TestStyle*> one = scene.chain(50'000), two = other.chain(50'000);
+  EXPECT_TRUE(one.back()->isEqual(two.back()));
+  two.front()->setValueForProperty(Value(1), size);
+  EXPECT_FALSE(one.back()->isEqual(two.back()));
 
   // Chains of references are calls: they end in an exception, after which everything is as before.
   TestStyle *deep = &scene.detached(), *deepToo = &scene.detached();
@@ -118,7 +101,7 @@ TEST(ComparisonTest, EndsOnCyclesAndSharedLayersAndForgetsWhatItAssumed) {
   }
   EXPECT_THROW(deep->isEqual(deepToo), NSInternalInconsistencyException);
   EXPECT_EQ(ZTSStyle::comparisonsInProgress(), 0u);
-  first->p_setValueForProperty(make<Different>(true), size);
+  first->p_setValueForProperty(make<Incomparable>(), size);
   firstToo->p_setValueForProperty(Value(1), size);
   EXPECT_THROW(first->isEqual(firstToo), NSGenericException);
   EXPECT_EQ(ZTSStyle::comparisonsInProgress(), 0u);
@@ -128,31 +111,25 @@ TEST(ComparisonTest, EndsOnCyclesAndSharedLayersAndForgetsWhatItAssumed) {
 TEST(ComparisonTest, ServesTwoThreadsAtOnce) {
   Scene scenes[2];
   const auto compareMany = [](Scene& scene) {
-    const Ref<PropertyMap> map = mapOf({{size, 1}});
-    const Ref<TestStyle> one = make<TestStyle>({.overridePropertyMap = map.get()});
+    const TestStyle* one = &scene.detached({}, {}, {{size, 1}});
     const Ref<NSObject> two = one->copy();
     for (int i = 0; i < 2000; ++i) scene.log.push_back(one->isEqual(two.get()) ? "equal" : "different");
   };
   std::thread thread([&] { compareMany(scenes[0]); });
   compareMany(scenes[1]);
   thread.join();
-  EXPECT_EQ(scenes[0].log, Log(2000, "equal"));
-  EXPECT_EQ(scenes[1].log, scenes[0].log);
+  for (const Scene& scene : scenes) EXPECT_EQ(scene.log, Log(2000, "equal"));
 }
 
 TEST(ComparisonTest, SortsNamelessStylesFirst) {
-  const Ref<TestStyle> none = make<TestStyle>(), empty = make<TestStyle>({.name = ""}),
-                       a = make<TestStyle>({.name = "A"}), b = make<TestStyle>({.name = "a"}),
-                       accent = make<TestStyle>({.name = "\xc3\x84"});
-  EXPECT_EQ(none->compareByName(empty.get()), 0);
-  EXPECT_EQ(empty->compareByName(a.get()), -1);
-  EXPECT_EQ(a->compareByName(none.get()), 1);
-  EXPECT_EQ(a->compareByName(b.get()), -1);
-  EXPECT_EQ(b->compareByName(accent.get()), -1) << "by bytes";
-  EXPECT_EQ(a->compareByName(a.get()), 0);
+  const auto compare = [](StringRef left, StringRef right) {
+    return make<TestStyle>({.name = left})->compareByName(make<TestStyle>({.name = right}).get());
+  };
+  EXPECT_TRUE(compare({}, "") == 0 && compare("", "A") == -1 && compare("A", {}) == 1 && compare("A", "A") == 0);
+  EXPECT_TRUE(compare("A", "a") == -1 && compare("a", "\xc3\x84") == -1) << "by bytes";
   ZTUAssertionRecorder reports;
-  EXPECT_EQ(a->compareByName(nullptr), 1);
-  EXPECT_EQ(none->compareByName(nullptr), 0);
+  EXPECT_EQ(make<TestStyle>({.name = "A"})->compareByName(nullptr), 1);
+  EXPECT_EQ(make<TestStyle>()->compareByName(nullptr), 0);
   EXPECT_EQ(reports.descriptions(), Log(2, "invalid nil value for variable/parameter style"));
 }
 
@@ -178,13 +155,11 @@ TEST(ComparisonTest, DescribesStyles) {
   expect({}, "", {}, start + "parent " + parent + " named \"\"");
   expect({}, {}, "p", start + "parent " + parent + " identified as \"p\"");
   expect({}, {}, {}, start + "anonymouse unnamed parent " + parent);
+  EXPECT_EQ(base.shortDescription(), "Anonymous unnamed parentless TestStyle " + parent);
   base.p_setIdentifier("base");
-  const std::string it = "TestStyle " + parent;
-  EXPECT_EQ(base.shortDescription(), it + " identified as \"base\"");
+  EXPECT_EQ(base.shortDescription(), "TestStyle " + parent + " identified as \"base\"");
   base.p_setName("B");
-  EXPECT_EQ(base.shortDescription(), it + " identified as \"base\" and named \"B\"");
-  TestStyle& alone = scene.detached();
-  EXPECT_EQ(alone.shortDescription(), format("Anonymous unnamed parentless TestStyle %#x", address(&alone)));
+  EXPECT_EQ(base.shortDescription(), "TestStyle " + parent + " identified as \"base\" and named \"B\"");
 }
 
 }  // namespace

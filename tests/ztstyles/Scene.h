@@ -15,6 +15,7 @@
 #include <gtest/gtest.h>
 
 #include <deque>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -80,6 +81,16 @@ class TestClassOf : public ZTSStyleClassOf<T> {
     static const Ref<PropertySet> keys = PropertySet::with({size, weight, colour, list, label});
     return *keys;
   }
+};
+
+/// The base of a test's own style class, `struct Hooked : Own<Hooked>`: gives it a class object.
+template <class Self, class Base = TestStyle>
+struct Own : Base {
+  static const ZTSStyleClass& styleClass() {
+    static const auto* object = new TestClassOf<Self>("Own", Base::styleClass());
+    return *object;
+  }
+  const ZTSStyleClass& classObject() const override { return styleClass(); }
 };
 
 inline const ZTSStyleClass& TestStyle::styleClass() {
@@ -150,14 +161,19 @@ inline std::string textOf(const ZTSStyleChangeInfo& change) {
   return text;
 }
 
-/// Notes the changes of the styles that it observes.
+/// Notes the changes of the styles that it observes, and then does what it is made for.
 class StyleRecorder : public ZTSStyleObserver {
  public:
-  explicit StyleRecorder(Log& log) : mLog(log) {}
-  void stylePropertiesChanged(const ZTSStyleChangeInfo& change) override { mLog.push_back(textOf(change)); }
+  explicit StyleRecorder(Log& log, std::function<void(const ZTSStyleChangeInfo&)> call = {})
+      : mLog(log), mCall(std::move(call)) {}
+  void stylePropertiesChanged(const ZTSStyleChangeInfo& change) override {
+    mLog.push_back(textOf(change));
+    if (mCall) mCall(change);
+  }
 
  private:
   Log& mLog;
+  std::function<void(const ZTSStyleChangeInfo&)> mCall;
 };
 
 /// One document: `scene.style("h1", "body", {{size, 18}})`. Styles stay alive with the scene.
@@ -169,7 +185,10 @@ class Scene {
   }
   /// Undo actions hold the styles that they concern. The stylesheet, which frees styles that refer to one another in a
   /// cycle, must not find them held when it goes.
-  ~Scene() { host.undo->removeAllActions(); }
+  ~Scene() {
+    host.undo->removeAllActions();
+    if (sheet) sheet->removeObserver(&mRecorder);
+  }
 
   /// A new style in the stylesheet; `identifier` and `parent` absent for none.
   template <class T = TestStyle>
@@ -177,7 +196,7 @@ class Scene {
            std::initializer_list<std::pair<PropertyKey, Value>> values = {}, bool locked = false) {
     T& made = detached<T>(std::move(identifier), std::move(parent), values, locked);
     host.undo->disableUndoRegistration();
-    sheet->addStyle(Ref<ZTSStyle>(&made));
+    add(made);
     host.undo->enableUndoRegistration();
     return made;
   }
@@ -192,6 +211,20 @@ class Scene {
     mKept.push_back(made);
     return *made;
   }
+  /// Identified styles "0", "1" and so on, each the parent of the next, with their number as a value. Answers them.
+  template <class T = TestStyle>
+  std::vector<T*> chain(int length) {
+    std::vector<T*> all;
+    for (int level = 0; level < length; ++level) {
+      const StringRef above = level > 0 ? StringRef(std::to_string(level - 1)) : StringRef();
+      all.push_back(&style<T>(std::to_string(level), above, {{level == 0 ? size : weight, level}}));
+    }
+    return all;
+  }
+  void add(ZTSStyle& style) { sheet->addStyle(Ref<ZTSStyle>(&style)); }
+  void remove(ZTSStyle& style) { sheet->removeStyle(Ref<ZTSStyle>(&style)); }
+  /// From now on the log says which styles come and go.
+  void watch() { sheet->addObserver(&mRecorder); }
   void undo() { host.undo->undo(); }
   void redo() { host.undo->redo(); }
 
@@ -200,6 +233,7 @@ class Scene {
   Log log;
 
  private:
+  SheetRecorder mRecorder{log};
   std::deque<Ref<ZTSStyle>> mKept;
 };
 

@@ -24,11 +24,9 @@ TEST(StylesheetObserversTest, TellDescendantsFirstThenOwnThenTheCentre) {
   Scene left(top.sheet.get()), right(top.sheet.get()), below(left.sheet.get());
   right.sheet->setIsChangeCommunicationEnabled(false);  // asked of the stylesheet that changes alone
   Log& log = top.log;
-  SheetRecorder topMost(log, "top"), onLeft(log, "left"), onRight(log, "right"), onBelow(log, "below");
-  top.sheet->addObserver(&topMost);
-  left.sheet->addObserver(&onLeft);
-  right.sheet->addObserver(&onRight);
-  below.sheet->addObserver(&onBelow);
+  std::deque<SheetRecorder> recorders;
+  for (const auto& [scene, name] : {std::pair(&top, "top"), {&left, "left"}, {&right, "right"}, {&below, "below"}})
+    scene->sheet->addObserver(&recorders.emplace_back(log, name));
   const auto note = [&](const NSNotification& n) {
     EXPECT_EQ(n.object, top.sheet.get());
     const auto* style = asStyle(n.userInfoForKey(ZTSStylesheetNotificationStyleKey));
@@ -41,20 +39,16 @@ TEST(StylesheetObserversTest, TellDescendantsFirstThenOwnThenTheCentre) {
     log.push_back("parent changed");
   });
   TestStyle& style = top.style("s");
-  top.sheet->removeStyle(Ref<ZTSStyle>(&style));
+  top.remove(style);
   EXPECT_EQ(log, (Log{"below added s", "left added s", "right added s", "top added s",
                       "ZTSStylesheetStyleAddedNotification s", "below removed s", "left removed s", "right removed s",
                       "top removed s", "ZTSStylesheetStyleRemovedNotification s"}));
   log.clear();
   left.sheet->setParent({});
-  EXPECT_EQ(log, (Log{"below parent", "left parent", "parent changed"}));
-  log.clear();
+  EXPECT_EQ(std::exchange(log, {}), (Log{"below parent", "left parent", "parent changed"}));
   top.sheet->setIsChangeCommunicationEnabled(false);
   top.undo();  // of the removal; undo and everything else goes on
   EXPECT_TRUE(top.sheet->holdsStyle(style) && log.empty());
-  for (Scene* scene : {&top, &left, &right, &below}) {
-    for (ZTSStylesheetObserver* each : scene->sheet->observers().allObjects()) scene->sheet->removeObserver(each);
-  }
 }
 
 TEST(StylesheetObserversTest, MayChangeEverythingWhileTheyAreTold) {
@@ -67,7 +61,7 @@ TEST(StylesheetObserversTest, MayChangeEverythingWhileTheyAreTold) {
     scene.sheet->removeObserver(gone.get());
     gone.reset();
     scene.style("second");  // a broadcast inside the broadcast
-    scene.sheet->removeStyle(Ref<ZTSStyle>(&style));
+    scene.remove(style);
     below->sheet->setParent({});
   });
   below->sheet->addObserver(&acting);
@@ -85,15 +79,13 @@ TEST(StylesheetObserversTest, MayChangeEverythingWhileTheyAreTold) {
   EXPECT_EQ(log.back(), "ends added third");
 }
 
-struct TrackingHost : TestHost, ZTYTrackable {
+template <class Base>
+struct Tracking : Base, ZTYTrackable {
   bool isTrackingChanges() const override { return true; }
-  NSObject* currentChangeTrackingSession() const override { return theDocument.get(); }
+  NSObject* currentChangeTrackingSession() const override { return session.get(); }
+  Ref<NSObject> session = NSNumber::withInteger(1);
 };
-struct TrackingDocument : TestDocument, ZTYTrackable {
-  bool isTrackingChanges() const override { return true; }
-  NSObject* currentChangeTrackingSession() const override { return const_cast<TrackingDocument*>(this); }
-};
-struct Hooked : TestStyle {
+struct Hooked : Own<Hooked> {
   void willBeAddedToDocument(NSDocument* document, NSObject* context) override { note("will add", document, context); }
   void wasAddedToDocument(NSDocument* document, NSObject* context) override { note("was added", document, context); }
   void willBeRemovedFromDocument(NSDocument* document) override { note("will remove", document, document); }
@@ -101,27 +93,21 @@ struct Hooked : TestStyle {
   void note(const char* what, NSObject* document, NSObject* context) {
     if (log != nullptr) log->push_back(what + (" " + identifier().text()) + (document == context ? "" : " wrong"));
   }
-  static const ZTSStyleClass& styleClass() {
-    static const auto* c = new TestClassOf<Hooked>("Hooked", TestStyle::styleClass());
-    return *c;
-  }
-  const ZTSStyleClass& classObject() const override { return styleClass(); }
   Log* log = nullptr;
 };
 
 TEST(StylesheetObserversTest, ForwardTrackingAndDocumentHooks) {
   Scene scene;
-  EXPECT_FALSE(scene.sheet->isTrackingChanges());
-  EXPECT_EQ(scene.sheet->currentChangeTrackingSession(), nullptr);
-  TrackingHost host;
+  EXPECT_FALSE(scene.sheet->isTrackingChanges() || scene.sheet->currentChangeTrackingSession() != nullptr);
+  Tracking<TestHost> host;
   TestHost plain;
-  plain.theDocument = make<TrackingDocument>();
-  for (TestHost* each : {static_cast<TestHost*>(&host), &plain}) {
+  const Ref<Tracking<TestDocument>> tracking = make<Tracking<TestDocument>>();
+  plain.theDocument = tracking;
+  for (const auto& [each, session] :
+       {std::pair<TestHost*, Ref<NSObject>>(&host, host.session), {&plain, tracking->session}}) {
     scene.sheet->setHost(each);
-    EXPECT_TRUE(scene.sheet->isTrackingChanges());
-    EXPECT_EQ(scene.sheet->currentChangeTrackingSession(), each->theDocument.get());
-    EXPECT_FALSE(scene.sheet->changeTrackingHasChanges());
-    EXPECT_EQ(scene.sheet->changeTrackingChanges(), nullptr);
+    EXPECT_TRUE(scene.sheet->isTrackingChanges() && scene.sheet->currentChangeTrackingSession() == session);
+    EXPECT_FALSE(scene.sheet->changeTrackingHasChanges() || scene.sheet->changeTrackingChanges() != nullptr);
   }
   plain.hasDocument = false;
   EXPECT_FALSE(scene.sheet->isTrackingChanges());
