@@ -80,6 +80,10 @@ class ZT_EXPORT NSUndoManager : public NSObject {
   }
 
   [[nodiscard]] bool isUndoRegistrationEnabled() const noexcept { return mDisabled == 0; }
+  /// The manager if it takes registrations now; none if not, and without one.
+  [[nodiscard]] static NSUndoManager* ifRegistering(NSUndoManager* manager) noexcept {
+    return manager != nullptr && manager->isUndoRegistrationEnabled() ? manager : nullptr;
+  }
 
   /// Counted: registration is on again after as many calls of `enableUndoRegistration`.
   void disableUndoRegistration() noexcept { ++mDisabled; }

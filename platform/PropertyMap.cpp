@@ -1,4 +1,6 @@
+#include <platform/NSException.h>
 #include <platform/PropertyMap.h>
+#include <platform/ZTFormat.h>
 #include <platform/ZTHash.h>
 
 #include <boost/container/small_vector.hpp>
@@ -120,6 +122,12 @@ void PropertyMap::truncate(std::uint32_t count) noexcept {
 }
 
 void PropertyMap::set(PropertyKey key, Ref<NSObject> value) {
+  if (!key) throw NSInvalidArgumentException("PropertyMap: an entry without a key");
+  if (!value) throw NSInvalidArgumentException(format("PropertyMap: no value for the key %@", key));
+  setPresent(key, std::move(value));
+}
+
+void PropertyMap::setPresent(PropertyKey key, Ref<NSObject> value) {
   const std::uint32_t index = indexOf(key);
   if (index != kNoIndex) {
     mEntries[index].value.swap(value);  // the old value goes at the end of this scope
@@ -149,7 +157,7 @@ void PropertyMap::removeAll() {
 void PropertyMap::addEntriesFrom(const PropertyMap& other) {
   if (&other == this) return;
   for (std::uint32_t index = 0; index < other.mCount; ++index)
-    set(other.mEntries[index].key, other.mEntries[index].value);
+    setPresent(other.mEntries[index].key, other.mEntries[index].value);
 }
 
 Ref<PropertySet> PropertyMap::keySet() const {

@@ -22,7 +22,7 @@ class ZT_EXPORT PropertyMap final : public Counted<PropertyMap> {
 
   /// An empty map with room for so many entries.
   static Ref<PropertyMap> make(std::size_t capacity = 0);
-  /// A map with these entries; a later entry replaces an earlier one of the same key.
+  /// A map with these entries; a later entry replaces an earlier one of the same key. Raises as `set` does.
   static Ref<PropertyMap> with(std::initializer_list<Entry> entries);
 
   /// A map of its own with the same entries, in the same order, with room for `more` further ones.
@@ -47,9 +47,11 @@ class ZT_EXPORT PropertyMap final : public Counted<PropertyMap> {
     return nullptr;
   }
 
-  /// Stores the value, which must be present, under the key, which must be one. The replaced value
-  /// is released when the map is whole again.
+  /// Stores the value under the key. The replaced value is released when the map is whole again. Raises
+  /// `NSInvalidArgumentException`, with nothing changed, for no key and for a value of none.
   void set(PropertyKey key, Ref<NSObject> value);
+  /// The same for a key and a value that are known to be there.
+  void setPresent(PropertyKey key, Ref<NSObject> value);
   /// Removes the entry and answers its value, or none. The others keep their order. Linear.
   Ref<NSObject> remove(PropertyKey key);
   /// Removes every entry for which the question is answered with true, in one pass.

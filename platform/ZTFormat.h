@@ -1,16 +1,15 @@
 #pragma once
 /// @file
-/// `format(text, arguments...)`: the formatter of every report, log line and description.
+/// `format(text, arguments...)`: the formatter of every report, log line and description. The compiler checks number
+/// and kinds of the arguments. The locale plays no part.
 ///
-/// | In the text | Takes | Prints |
-/// |---|---|---|
-/// | `%@` | an object or a reference to one, a text, anything with `std::string describe(const T&)` beside it | its
-/// description; `(null)` for none and for an absent text | | `%s` | a text: `StringRef`, `std::string`,
-/// `std::string_view`, `const char*` | the text; `(null)` if absent | | `%p` | an address | `0x` and hexadecimal
-/// digits; `0x0` for none | | `%#x` | an address or an integer | the same | | `%d` | an integer or a boolean | decimal
-/// digits | | `%%` | nothing | `%` |
-///
-/// Number and kinds of the arguments are checked by the compiler. The locale plays no part.
+/// - `%@` takes an object or a reference to one, a text, or anything with `std::string describe(const T&)` beside it,
+///   and prints its description; `(null)` for none and for an absent text.
+/// - `%s` takes a text: `StringRef`, `std::string`, `std::string_view`, `const char*`; `(null)` if absent.
+/// - `%p` takes an address and prints `0x` and hexadecimal digits; `0x0` for none.
+/// - `%#x` takes an address or an integer and prints the same.
+/// - `%d` takes an integer or a boolean and prints decimal digits.
+/// - `%%` takes nothing and prints `%`.
 
 #include <platform/NSObject.h>
 #include <platform/NSString.h>

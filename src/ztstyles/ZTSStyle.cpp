@@ -44,12 +44,6 @@ bool supportsKeysOf(const PropertyMap& map, const PropertySet& registry) {
                      [&](const PropertyMap::Entry& entry) { return registry.contains(entry.key); });
 }
 
-/// The undo manager if it takes registrations now.
-NSUndoManager* registeringUndoManager(const ZTSStyle& style) {
-  NSUndoManager* undoManager = style.undoManager();
-  return undoManager != nullptr && undoManager->isUndoRegistrationEnabled() ? undoManager : nullptr;
-}
-
 }  // namespace
 
 const ZTSStyleClass& ZTSStyle::styleClass() {
@@ -98,7 +92,7 @@ bool ZTSStyle::initWithName(const ZTSStyleFields& fields) {
 void ZTSStyle::setName(StringRef name) {
   if (name == mName) return;
   const Ref<ZTSStyle> self(this);
-  if (NSUndoManager* undo = registeringUndoManager(*this)) {
+  if (NSUndoManager* undo = NSUndoManager::ifRegistering(undoManager())) {
     undo->registerUndo("setName:", self, [before = mName](ZTSStyle& style) { style.setName(before); });
   }
   p_setName(std::move(name));
@@ -113,8 +107,9 @@ void ZTSStyle::setIdentifier(StringRef identifier) {
               "Attempt to set identifier of style <%p> which has a non-nil stylesheet.", address(this));
     return;
   }
-  if (NSUndoManager* undo = registeringUndoManager(*this)) {
-    undo->registerUndo("setIdentifier:", Ref<ZTSStyle>(this),
+  const Ref<ZTSStyle> self(this);
+  if (NSUndoManager* undo = NSUndoManager::ifRegistering(undoManager())) {
+    undo->registerUndo("setIdentifier:", self,
                        [before = mIdentifier](ZTSStyle& style) { style.setIdentifier(before); });
   }
   p_setIdentifier(std::move(identifier));
@@ -123,7 +118,7 @@ void ZTSStyle::setIdentifier(StringRef identifier) {
 void ZTSStyle::setParentIdentifier(StringRef parentIdentifier) {
   if (parentIdentifier == mParentIdentifier) return;
   const Ref<ZTSStyle> self(this);
-  if (NSUndoManager* undo = registeringUndoManager(*this)) {
+  if (NSUndoManager* undo = NSUndoManager::ifRegistering(undoManager())) {
     undo->registerUndo("setParentIdentifier:", self,
                        [before = mParentIdentifier](ZTSStyle& style) { style.setParentIdentifier(before); });
   }
@@ -134,9 +129,9 @@ void ZTSStyle::setParentIdentifier(StringRef parentIdentifier) {
 
 void ZTSStyle::setIsLocked(bool locked) {
   if (locked == isLocked()) return;
-  if (NSUndoManager* undo = registeringUndoManager(*this)) {
-    undo->registerUndo("setIsLocked:", Ref<ZTSStyle>(this),
-                       [before = isLocked()](ZTSStyle& style) { style.setIsLocked(before); });
+  const Ref<ZTSStyle> self(this);
+  if (NSUndoManager* undo = NSUndoManager::ifRegistering(undoManager())) {
+    undo->registerUndo("setIsLocked:", self, [before = isLocked()](ZTSStyle& style) { style.setIsLocked(before); });
   }
   p_setIsLocked(locked);
 }
@@ -282,13 +277,9 @@ void ZTSStyle::p_setPropertyMap(Ref<PropertyMap> map) {
   matchingChanged();
 }
 
-PropertyMap& ZTSStyle::ensureLocalPropertyMap() {
-  if (!mLocalPropertyMap) mLocalPropertyMap = PropertyMap::make(3);
-  return *mLocalPropertyMap;
-}
-
 void ZTSStyle::p_setValueForProperty(Ref<NSObject> value, PropertyKey key) {
-  ensureLocalPropertyMap().set(key, std::move(value));
+  if (!mLocalPropertyMap) mLocalPropertyMap = PropertyMap::make(3);
+  mLocalPropertyMap->setPresent(key, std::move(value));
   mKeyMask |= key.bit();
   matchingChanged();
 }

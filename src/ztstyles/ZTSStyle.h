@@ -2,13 +2,13 @@
 
 #include <archiving/ZTAXMLCoding.h>
 #include <platform/NSDocument.h>
-#include <platform/NSNotificationCenter.h>
 #include <platform/PropertyMap.h>
 #include <support/ZTUCountedPointerSet.h>
 #include <support/ZTUMutablePointerSet.h>
 #include <support/ZTUMutableRetainedPointerSet.h>
 #include <ztstyles/ZTSStyleClass.h>
 #include <ztstyles/ZTSStyleObserver.h>
+#include <ztstyles/ZTSStyleTypes.h>
 
 #include <optional>
 #include <vector>
@@ -16,28 +16,8 @@
 namespace zt {
 
 class NSUndoManager;
-class ZTSOrphanIndex;
 class ZTSStyle;
 class ZTSStylesheet;
-class ZTSUnusedStyles;
-class ZTSVariationIndexes;
-
-/// Posted when values of a style changed, with the style as object and the change record as user
-/// information under `ZTSStyleNotificationChangeInfoKey`. A class may post under a name of its own.
-ZT_EXPORT extern const NSNotificationName ZTSStylePropertiesChangedNotification;
-/// Posted when a style's name changed, with the style as object and no user information.
-ZT_EXPORT extern const NSNotificationName ZTSStyleNameChangedNotification;
-/// The user information's key of the change record.
-inline constexpr const char* ZTSStyleNotificationChangeInfoKey = "changeInfo";
-
-/// In which phase of the undo manager a change made through the locked-style operations tells anybody.
-enum ZTSStyleNotificationFlags : std::int32_t {
-  kZTSStyleNotifyOnChange = 1,  ///< a plain change; also when there is no undo manager
-  kZTSStyleNotifyOnUndo = 2,
-  kZTSStyleNotifyOnRedo = 4
-};
-
-enum class CompareNames : bool { no, yes };
 
 /// A set of styles that keeps its members alive.
 using ZTSStyleSet = ZTUMutableRetainedPointerSet<ZTSStyle>;
@@ -58,25 +38,12 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// The class object of this style's exact class.
   const ZTSStyleClass& classObject() const override;
 
-  /// The object as a style, or none.
-  static ZTSStyle* from(NSObject* object) noexcept {
-    if (object == nullptr || (tagOf(*object) != Tag::style && tagOf(*object) != Tag::aggregateStyle)) return nullptr;
-    return static_cast<ZTSStyle*>(object);
-  }
-
-  /// @name Making one
-  /// Implemented in ZTSStyle.cpp.
+  /// @name Making one, identity and links
+  /// Implemented in ZTSStyle.cpp. The accessors answer their field.
   /// @{
-
   /// Initialises a bare style. False, after a report, if the map holds a key outside the class's
   /// registry; the style is then dropped by its maker. The parent is not resolved here.
   virtual bool initWithName(const ZTSStyleFields& fields);
-  /// @}
-
-  /// @name Identity and links
-  /// Implemented in ZTSStyle.cpp. The accessors answer their field.
-  /// @{
-
   [[nodiscard]] const StringRef& name() const noexcept { return mName; }
   [[nodiscard]] const StringRef& identifier() const noexcept { return mIdentifier; }
   [[nodiscard]] const StringRef& parentIdentifier() const noexcept { return mParentIdentifier; }
@@ -117,16 +84,12 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   virtual void cleanup();
 
   /// Calls the operation on each member of a snapshot of the children.
-  template <class Operation>
-  void makeChildrenPerform(Operation operation) const {
-    mChildren.makeObjectsPerform(operation);
-  }
+  void makeChildrenPerform(auto operation) const { mChildren.makeObjectsPerform(operation); }
   /// @}
 
   /// @name Document
   /// Implemented in ZTSStyle.cpp.
   /// @{
-
   /// The stylesheet's document and undo manager; none without a stylesheet.
   virtual NSDocument* document() const;
   virtual NSUndoManager* undoManager() const;
@@ -143,7 +106,6 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// Implemented in ZTSStyleCounting.cpp. A style counts the uses that its users report plus its children
   /// that are in use; only the steps between 0 and 1 reach the parent.
   /// @{
-
   virtual void incrementUsageCount();
   /// At 0 it is reported, and nothing changes.
   virtual void decrementUsageCount();
@@ -155,10 +117,8 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// @name Lookup
   /// Implemented in ZTSStyleLookup.cpp. Nothing here changes anything.
   /// @{
-
-  /// The effective value of `key`: the own value, else the nearest ancestor's. None if nobody sets it, or
-  /// if the nearest setter set it explicitly to no value. Cost: one mask test per ancestor, one search
-  /// where the key is found.
+  /// The effective value of `key`: the own value, else the nearest ancestor's. None if nobody sets it, or if the
+  /// nearest setter set it explicitly to no value. Cost: one mask test per ancestor, one search where the key is found.
   virtual Ref<NSObject> valueForProperty(PropertyKey key) const;
   /// The same, but the null sentinel is answered as it is. Borrowed until a style of the chain changes.
   [[nodiscard]] NSObject* p_valueForProperty(PropertyKey key) const noexcept;
@@ -189,7 +149,6 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// @name Inspection
   /// Implemented in ZTSStyleInspection.cpp. The scope is opaque and is ignored by this class.
   /// @{
-
   virtual const PropertySet& inspectableProperties() const;
   [[nodiscard]] bool canInspectProperty(PropertyKey key) const { return inspectableProperties().contains(key); }
   /// None for a locked style.
@@ -216,7 +175,6 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// sentinel. An unacceptable value raises `NSInternalInconsistencyException` before anything changes,
   /// but for the locked-style operations, which report it and go on.
   /// @{
-
   virtual void setValueForProperty(Ref<NSObject> value, PropertyKey key);
   virtual void setValueForPropertyWithScope(Ref<NSObject> value, PropertyKey key, NSObject* scope);
   virtual void setValuesForProperties(const PropertyMap& values);
@@ -238,7 +196,6 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// @name Telling
   /// Implemented in ZTSStylePropagation.cpp.
   /// @{
-
   /// Takes a change of this style or of its parent: drops what it hides, keeps the look of a locked style,
   /// tells children, then observers, then the notification centre.
   void stylePropertiesChanged(const ZTSStyleChangeInfo& change) override;
@@ -250,7 +207,6 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// @name Override maps
   /// Implemented in ZTSStyleOverrides.cpp.
   /// @{
-
   /// The smallest override map that gives the wanted values relative to this style's base: the entries of
   /// `overrides` always, those of `wanted` (and, with `canCollapse`, the own entries of an anonymous style)
   /// only where they differ from the base's values. Either map may be none. A new map, possibly empty.
@@ -273,7 +229,6 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// @name Copy, equality, descriptions
   /// Implemented in ZTSStyleComparison.cpp.
   /// @{
-
   /// A new detached style of the same class with the same name, identifiers, own values and lock.
   Ref<NSObject> copy() const override;
   /// Structural equality, names included.
@@ -297,7 +252,6 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// @name Validation
   /// Implemented in ZTSStyleValidation.cpp.
   /// @{
-
   /// Reports every broken invariant of the style's links; changes nothing.
   virtual void validate() const;
   /// Checks of the application's own, called last by `validate`. The base does nothing.
@@ -307,7 +261,6 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// @name Archive
   /// Implemented in ZTSStylePersistenceAdditions.cpp.
   /// @{
-
   void encodeWithXMLArchiver(ZTAXMLArchiver& archiver, _xmlNode* node, std::uint64_t version) override;
   bool initWithXMLUnarchiver(ZTAXMLUnarchiver& unarchiver, _xmlNode* node, std::uint64_t version) override;
   Ref<NSObject> initMoreWithXMLUnarchiver(ZTAXMLUnarchiver& unarchiver, _xmlNode* node) override;
@@ -341,9 +294,7 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// After the whole stylesheet was read: removes what the class does not accept, without undo and telling.
   virtual void upgradeStyleWithUnarchiver(ZTAXMLUnarchiver& unarchiver, std::uint64_t version);
   /// The own entry as stored, borrowed, or none.
-  [[nodiscard]] NSObject* rawValueForProperty(PropertyKey key) const noexcept {
-    return p_overrideValueForProperty(key);
-  }
+  [[nodiscard]] NSObject* rawValueForProperty(PropertyKey key) const { return p_overrideValueForProperty(key); }
   /// Removes the own entry without undo and telling. An aggregate lets go of what it refers to.
   virtual void unconditionalRemoveValueForProperty(PropertyKey key) { p_removeValueForProperty(key); }
   /// A new style of the class with the same fields and own values, for an archive of an older version.
@@ -357,10 +308,8 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// @}
 
   /// @name Private operations
-  /// For construction, copying, the stylesheet and the archive: they store and do nothing else (indexes
-  /// beside the data follow).
+  /// For construction, copying, the stylesheet and the archive: they store and do nothing else; indexes follow.
   /// @{
-
   void p_setName(StringRef name) { mName = std::move(name); }
   void p_setIdentifier(StringRef identifier);
   void p_setParentIdentifier(StringRef parentIdentifier);
@@ -384,14 +333,12 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   explicit ZTSStyle(Tag tag = Tag::style) noexcept;
   ~ZTSStyle() override;
 
-  /// The own map, made on first need.
-  PropertyMap& ensureLocalPropertyMap();
-
   /// While an aggregate passes its own usage count on, requests that lead back to it are ignored.
   [[nodiscard]] bool isAdjustingUsageCount() const noexcept { return hasState(kAdjustingUsageCount); }
   void setIsAdjustingUsageCount(bool adjusting) noexcept { setState(kAdjustingUsageCount, adjusting); }
 
  private:
+  friend const ZTSStyle* asStyle(const NSObject* object) noexcept;
   friend class ZTSAggregateStyle;
   friend class ZTSCountingWalk;
   friend class ZTSDeepCopy;
@@ -423,15 +370,10 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// A style that names a parent and has none is to be tried at the next retry.
   void fileAsUntried();
   [[gnu::noinline]] Ref<NSObject> valueThroughTables(PropertyKey key) const;
-  /// Whether a change that comes from the parent ends here unseen: a plain, unlocked style without children
-  /// and observers about which nobody listens. Then no record is made and the style is not called.
-  [[nodiscard]] bool isQuietLeaf() const;
-  /// Whether a change of this style's own values ends here unseen: the same for a locked one too, and for any
-  /// plain style that tells nobody at all.
-  [[nodiscard]] bool isUnheard() const;
-  [[nodiscard]] bool isHeard() const;  // whether anyone listens for the notification of this style's changes
+  [[nodiscard]] bool isQuietLeaf() const;  // whether a change that comes from the parent ends here unseen
+  [[nodiscard]] bool isUnheard() const;    // whether a change of this style's own values ends here unseen
+  [[nodiscard]] bool isHeard() const;      // whether anyone listens for the notification of this style's changes
   [[nodiscard]] bool isNoticed() const;
-  static Ref<const PropertySet> unhidden(const PropertySet& changed, const PropertySet& known, const PropertyMap* own);
   void keepLook(const ZTSStyleChangeInfo& change, const PropertySet& arrived);
   void tellObservers(const ZTSStyleChangeInfo& change);
   class Telling;     // a style and the children that it has yet to tell; in ZTSStylePropagation.cpp
@@ -451,9 +393,14 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
 };
 
 /// The object as a style, or none. Cost: one comparison.
-inline ZTSStyle* asStyle(NSObject* object) noexcept { return ZTSStyle::from(object); }
 inline const ZTSStyle* asStyle(const NSObject* object) noexcept {
-  return ZTSStyle::from(const_cast<NSObject*>(object));
+  using Tag = ZTSStyle::Tag;
+  if (object == nullptr) return nullptr;
+  const Tag tag = ZTSStyle::tagOf(*object);
+  return tag == Tag::style || tag == Tag::aggregateStyle ? static_cast<const ZTSStyle*>(object) : nullptr;
+}
+inline ZTSStyle* asStyle(NSObject* object) noexcept {
+  return const_cast<ZTSStyle*>(asStyle(static_cast<const NSObject*>(object)));
 }
 
 }  // namespace zt

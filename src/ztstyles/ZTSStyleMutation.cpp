@@ -1,8 +1,9 @@
 // Setting and removing values. Each operation checks, registers its inverse, changes, and tells.
 //
 // What is handed in may be alive: the style's own map, or a set that an observer changes. Each operation
-// therefore works on a copy of its own, and holds the style, which an observer may release. Where nobody can hear
-// of a change, no record is made.
+// therefore works on a copy of its own, and holds the style, which an observer may release. One that turns to the
+// undo manager twice holds it too: a registration drops what could be redone, which may have kept the document.
+// Where nobody can hear of a change, no record is made.
 
 #include <platform/NSException.h>
 #include <platform/NSNull.h>
@@ -16,10 +17,6 @@ namespace zt {
 namespace {
 
 constexpr const char* kSourceFile = "src/ztstyles/ZTSStyle";
-
-NSUndoManager* ifRegistering(NSUndoManager* undoManager) {
-  return undoManager != nullptr && undoManager->isUndoRegistrationEnabled() ? undoManager : nullptr;
-}
 
 /// A value as callers know it: none where the style is explicitly to have no value.
 Ref<NSObject> noneForNull(const Ref<NSObject>& stored) { return isNull(stored.get()) ? Ref<NSObject>() : stored; }
@@ -87,7 +84,7 @@ void ZTSStyle::setValueForProperty(Ref<NSObject> value, PropertyKey key) {
              key);
   }
   Ref<NSObject> old(p_overrideValueForProperty(key));
-  if (NSUndoManager* undo = ifRegistering(undoManager())) {
+  if (NSUndoManager* undo = NSUndoManager::ifRegistering(undoManager())) {
     if (old) {
       undo->registerUndo("setValue:forProperty:", self,
                          [before = noneForNull(old), key](ZTSStyle& style) { style.setValueForProperty(before, key); });
@@ -117,7 +114,7 @@ void ZTSStyle::setValuesForProperties(const PropertyMap& values) {
              key);
   }
   const Replaced replaced(*this, *wanted);
-  if (NSUndoManager* undo = ifRegistering(undoManager())) {
+  if (const Ref<NSUndoManager> undo{NSUndoManager::ifRegistering(undoManager())}) {
     if (!replaced.entries->isEmpty()) {
       undo->registerUndo("setValuesForProperties:", self,
                          [before = Ref<const PropertyMap>(replaced.entries)](ZTSStyle& style) {
@@ -142,7 +139,7 @@ void ZTSStyle::removeValueForProperty(PropertyKey key) {
   const Ref<ZTSStyle> self(this);
   Ref<NSObject> old(p_overrideValueForProperty(key));
   if (!old) return;
-  if (NSUndoManager* undo = ifRegistering(undoManager())) {
+  if (NSUndoManager* undo = NSUndoManager::ifRegistering(undoManager())) {
     undo->registerUndo("setValue:forProperty:", self,
                        [before = noneForNull(old), key](ZTSStyle& style) { style.setValueForProperty(before, key); });
   }
@@ -155,7 +152,7 @@ void ZTSStyle::removeValuesForProperties(const PropertySet& keys) {
   const Ref<ZTSStyle> self(this);
   const Ref<const PropertyMap> old = takeOwnEntries(*this, keys, mLocalPropertyMap.get());
   if (old->isEmpty()) return;
-  if (NSUndoManager* undo = ifRegistering(undoManager())) {
+  if (NSUndoManager* undo = NSUndoManager::ifRegistering(undoManager())) {
     undo->registerUndo("setValuesForProperties:", self, [old](ZTSStyle& style) { style.setValuesForProperties(*old); });
   }
   if (!isUnheard()) stylePropertiesChanged(*recordOf(*this, old->keySet(), old));
@@ -170,8 +167,8 @@ void ZTSStyle::lockedStyleSetValuesForProperties(const PropertyMap& values, std:
               "Attempted to set an invalid value %@ for property %@.", value, key);
   }
   const Replaced replaced(*this, *wanted);
-  NSUndoManager* manager = undoManager();
-  if (NSUndoManager* undo = ifRegistering(manager)) {
+  const Ref<NSUndoManager> manager(undoManager());
+  if (NSUndoManager* undo = NSUndoManager::ifRegistering(manager.get())) {
     if (!replaced.entries->isEmpty()) {
       undo->registerUndo("lockedStyleSetValuesForProperties:notificationFlags:", self,
                          [before = Ref<const PropertyMap>(replaced.entries), flags](ZTSStyle& style) {
@@ -185,7 +182,7 @@ void ZTSStyle::lockedStyleSetValuesForProperties(const PropertyMap& values, std:
                          });
     }
   }
-  const bool tells = isTelling(manager, flags);
+  const bool tells = isTelling(manager.get(), flags);
   const Ref<const PropertyMap> old = tells ? replaced.withInherited(*this) : Ref<const PropertyMap>();
   for (const auto& [key, value] : *wanted) p_setValueForProperty(value, key);
   if (tells && !isUnheard()) stylePropertiesChanged(*recordOf(*this, wanted->keySet(), old));
@@ -195,12 +192,12 @@ void ZTSStyle::lockedStyleRemoveValuesForProperties(const PropertySet& keys, std
   const Ref<ZTSStyle> self(this);
   const Ref<const PropertyMap> old = takeOwnEntries(*this, keys, mLocalPropertyMap.get());
   if (old->isEmpty()) return;
-  NSUndoManager* manager = undoManager();
-  if (NSUndoManager* undo = ifRegistering(manager)) {
+  const Ref<NSUndoManager> manager(undoManager());
+  if (NSUndoManager* undo = NSUndoManager::ifRegistering(manager.get())) {
     undo->registerUndo("lockedStyleSetValuesForProperties:notificationFlags:", self,
                        [old, flags](ZTSStyle& style) { style.lockedStyleSetValuesForProperties(*old, flags); });
   }
-  if (isTelling(manager, flags) && !isUnheard()) stylePropertiesChanged(*recordOf(*this, old->keySet(), old));
+  if (isTelling(manager.get(), flags) && !isUnheard()) stylePropertiesChanged(*recordOf(*this, old->keySet(), old));
 }
 
 bool ZTSStyle::validateValueForProperty(NSObject*, PropertyKey) const { return false; }

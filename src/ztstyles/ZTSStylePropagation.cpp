@@ -31,33 +31,8 @@ bool hasAny(const PropertyMap& map, const PropertySet& keys) {
   return has;
 }
 
-}  // namespace
-
-// ---- Who can notice
-
-bool ZTSStyle::isHeard() const {
-  return NSNotificationCenter::anyoneListens(classObject().stylePropertiesChangedNotificationName(), this);
-}
-
-bool ZTSStyle::isQuietLeaf() const {
-  return isPlain(ZTSStyleClass::plainTelling) && mChildren.isEmpty() && mObservers.isEmpty() && !isLocked() &&
-         !isHeard();
-}
-
-bool ZTSStyle::isUnheard() const {
-  if (!isPlain(ZTSStyleClass::plainTelling)) return false;
-  if (mStylesheet == nullptr || !mStylesheet->isChangeCommunicationEnabled()) return true;
-  return mChildren.isEmpty() && !isNoticed();
-}
-
-// ---- What arrives
-
-/// Whether somebody besides the children is told when this style changes.
-bool ZTSStyle::isNoticed() const { return !mObservers.isEmpty() || isHeard(); }
-
 /// Those of the changed keys that are known and that the own entries do not hide; none where that is all of them.
-Ref<const PropertySet> ZTSStyle::unhidden(const PropertySet& changed, const PropertySet& known,
-                                          const PropertyMap* own) {
+Ref<const PropertySet> unhidden(const PropertySet& changed, const PropertySet& known, const PropertyMap* own) {
   if (changed.isSubsetOf(known) && (own == nullptr || !hasAny(*own, changed))) return {};
   Ref<PropertySet> rest = changed.copy();
   rest->intersect(known);
@@ -66,6 +41,33 @@ Ref<const PropertySet> ZTSStyle::unhidden(const PropertySet& changed, const Prop
   }
   return rest;
 }
+
+}  // namespace
+
+// ---- Who can notice
+
+bool ZTSStyle::isHeard() const {
+  return NSNotificationCenter::anyoneListens(classObject().stylePropertiesChangedNotificationName(), this);
+}
+
+/// A plain, unlocked style without children and observers about which nobody listens: no record is made for it, and it
+/// is not called.
+bool ZTSStyle::isQuietLeaf() const {
+  return isPlain(ZTSStyleClass::plainTelling) && mChildren.isEmpty() && mObservers.isEmpty() && !isLocked() &&
+         !isHeard();
+}
+
+/// As for a quiet leaf, but a lock plays no part; and any plain style whose stylesheet tells nobody.
+bool ZTSStyle::isUnheard() const {
+  if (!isPlain(ZTSStyleClass::plainTelling)) return false;
+  if (mStylesheet == nullptr || !mStylesheet->isChangeCommunicationEnabled()) return true;
+  return mChildren.isEmpty() && !isNoticed();
+}
+
+/// Whether somebody besides the children is told when this style changes.
+bool ZTSStyle::isNoticed() const { return !mObservers.isEmpty() || isHeard(); }
+
+// ---- What arrives
 
 /// A locked style takes what it has inherited so far as its own. During undo and redo nothing is to be kept: the
 /// undo manager replays what was kept then.

@@ -20,6 +20,9 @@ class ZTSUnusedStyles;
 class ZTSVariationIndexes;
 class ZTYTrackable;
 
+/// Posted when a style was added, was removed, and when the parent changed, with the stylesheet as object, after its
+/// observers were told. The first two name the style under `ZTSStylesheetNotificationStyleKey`; the third carries
+/// nothing.
 ZT_EXPORT extern const NSNotificationName ZTSStylesheetStyleAddedNotification;
 ZT_EXPORT extern const NSNotificationName ZTSStylesheetStyleRemovedNotification;
 ZT_EXPORT extern const NSNotificationName ZTSStylesheetParentChangedNotification;
@@ -84,6 +87,7 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   /// Implemented in ZTSStylesheetRegistry.cpp.
   /// @{
 
+  /// `addStyleWithContext` without a context.
   virtual void addStyle(Ref<ZTSStyle> style);
   /// Adds one style: registers the inverse, stores it (an identified one displaces another of its
   /// identifier), links it, lets styles that may now find it resolve their parents, and tells. Reported, and
@@ -116,7 +120,8 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   [[nodiscard]] ZTSStyleSet stylesOfClass(const ZTSStyleClass* styleClass) const;
   [[nodiscard]] ZTSStyleSet identifiedStylesOfClass(const ZTSStyleClass* styleClass) const;
   [[nodiscard]] ZTSStyleSet anonymousStylesOfClass(const ZTSStyleClass* styleClass) const;
-  /// No class, no name and an empty name are reported, and match nothing.
+  /// No class, no name and an empty name are reported. No class and no name match nothing, an empty name matches
+  /// empty names.
   [[nodiscard]] ZTSStyleSet stylesOfClassWithName(const ZTSStyleClass* styleClass, const StringRef& name) const;
   /// Calls the operation on every identified, then on every anonymous style of a snapshot.
   template <class Operation>
@@ -208,6 +213,8 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   /// Implemented in ZTSStylesheetObservers.cpp.
   /// @{
 
+  /// An observer is told of this stylesheet and of its ancestors. Added twice, it is told once; it must leave before it
+  /// is destroyed.
   void addObserver(ZTSStylesheetObserver* observer) { mObservers.addObject(observer); }
   void removeObserver(ZTSStylesheetObserver* observer) { mObservers.removeObject(observer); }
   /// The live set, which does not hold them.
@@ -219,11 +226,13 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   /// Asked of the host, or of its document; false and none where neither tracks changes.
   virtual bool isTrackingChanges() const;
   virtual NSObject* currentChangeTrackingSession() const;
+  /// A stylesheet keeps no changes of its own: false, none, and nothing to accept or reject.
   virtual bool changeTrackingHasChanges() const;
   virtual NSObject* changeTrackingChanges() const;
   virtual void acceptAllChanges();
   virtual void rejectAllChanges();
 
+  /// Hand the same question on to every identified, then to every anonymous style.
   virtual void willBeAddedToDocument(NSDocument* document, NSObject* context);
   virtual void wasAddedToDocument(NSDocument* document, NSObject* context);
   virtual void willBeRemovedFromDocument(NSDocument* document);
@@ -313,8 +322,8 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   friend class ZTSVariationIndexes;
   friend class ZTSStylesheetTestAccess;
 
-  // Broadcasts: tell the observers of this stylesheet and of its descendants, then the notification centre.
-  // Nothing where change communication is off.
+  // Broadcasts, asked for where change communication is on: tell the observers of this stylesheet and of its
+  // descendants, then the notification centre.
   void tellStyleAdded(ZTSStyle& style);
   void tellStyleRemoved(ZTSStyle& style);
   void tellParentChanged();

@@ -62,7 +62,6 @@ Ref<NSDictionary> styleUserInfo(ZTSStyle& style) {
 // ---- Broadcasts
 
 void ZTSStylesheet::tellStyleAdded(ZTSStyle& style) {
-  if (!mIsChangeCommunicationEnabled) return;
   const Ref<ZTSStylesheet> self(this);
   const Ref<ZTSStyle> keptStyle(&style);
   invokeOnObservers(*this, [&](ZTSStylesheetObserver& observer) { observer.addedStyleToStylesheet(style, *this); });
@@ -71,7 +70,6 @@ void ZTSStylesheet::tellStyleAdded(ZTSStyle& style) {
 }
 
 void ZTSStylesheet::tellStyleRemoved(ZTSStyle& style) {
-  if (!mIsChangeCommunicationEnabled) return;
   const Ref<ZTSStylesheet> self(this);
   const Ref<ZTSStyle> keptStyle(&style);
   invokeOnObservers(*this, [&](ZTSStylesheetObserver& observer) { observer.removedStyleFromStylesheet(style, *this); });
@@ -80,7 +78,6 @@ void ZTSStylesheet::tellStyleRemoved(ZTSStyle& style) {
 }
 
 void ZTSStylesheet::tellParentChanged() {
-  if (!mIsChangeCommunicationEnabled) return;
   const Ref<ZTSStylesheet> self(this);
   invokeOnObservers(*this, [&](ZTSStylesheetObserver& observer) { observer.changedParentOfStylesheet(*this); });
   NSNotificationCenter::defaultCenter().postIfHeard(ZTSStylesheetParentChangedNotification, this,

@@ -2,6 +2,7 @@
 
 #include <platform/NSArray.h>
 #include <platform/NSColor.h>
+#include <platform/NSException.h>
 #include <platform/NSNull.h>
 #include <platform/NSNumber.h>
 #include <platform/NSString.h>
@@ -145,6 +146,8 @@ TEST(PropertyMapTest, ComparesAndHashesWithoutRegardToOrder) {
                map->isEqual(*PropertyMap::with({{a, number(1)}})));
   map->addEntriesFrom(*map);
   EXPECT_EQ(map->find(PropertyKey()), nullptr);
+  EXPECT_THROW(map->set(PropertyKey(), number(1)), NSInvalidArgumentException);
+  EXPECT_THROW(map->set(a, {}), NSInvalidArgumentException);
   EXPECT_EQ(describe(*map), "{a = 1; b = 2; }");
 
   // Sizes 1, 2, 3 ... in three properties at once must not fall together.

@@ -195,7 +195,18 @@ TEST(MutationTest, WorksDetachedAndThroughWhatAClassOverrides) {
   EXPECT_EQ(style.asked, (Log{"set", "none"}));
   EXPECT_TRUE(isNull(style.p_overrideValueForProperty(size)));
   EXPECT_FALSE(style.own->canUndo() || style.overridesProperty(weight));
-  style.own->removeAllActions();  // they hold the style, which holds them
+
+  // What could be redone is let go of by the first of two registrations, and the undo manager with it.
+  struct Last : NSObject {
+    explicit Last(Asking& style) : mStyle(style) {}
+    ~Last() override { mStyle.own.reset(); }
+    Asking& mStyle;
+  };
+  style.own->registerUndo("once", make<Last>(style),
+                          [&](Last& last) { style.own->registerUndo("again", Ref<Last>(&last), [](Last&) {}); });
+  style.own->undo();
+  style.setValuesForProperties(*mapOf({{size, 1}, {weight, 2}}));
+  EXPECT_EQ(style.own, nullptr);
 }
 
 }  // namespace
