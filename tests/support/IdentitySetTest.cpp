@@ -46,15 +46,11 @@ TEST(IdentitySetTest, AgreesWithASlowModelInContentsAndOrder) {
     // The set swells and shrinks, so that it passes the walked sizes, grows and compacts.
     const std::size_t span = step / 10'000 % 2 == 0 ? 400 : 12;
     NSNumber* number = pool[random() % span].get();
-    const auto found = std::find(model.begin(), model.end(), number);
-    EXPECT_EQ(set.containsObject(number), found != model.end());
-    if (random() % 2 == 0) {
-      EXPECT_EQ(set.addObject(number), found == model.end());
-      if (found == model.end()) model.push_back(number);
-    } else {
-      EXPECT_EQ(set.removeObject(number), found != model.end());
-      if (found != model.end()) model.erase(found);
-    }
+    const bool isMember = std::find(model.begin(), model.end(), number) != model.end(), adds = random() % 2 == 0;
+    EXPECT_EQ(set.containsObject(number), isMember);
+    EXPECT_EQ(adds ? set.addObject(number) : set.removeObject(number), adds != isMember);
+    if (!adds) std::erase(model, number);
+    if (adds && !isMember) model.push_back(number);
     ASSERT_TRUE(set.count() == model.size() && (step % 101 != 0 || set.allObjects() == model));
   }
 }

@@ -62,14 +62,13 @@ struct Model {
 
   void setOne(int style, int key, int value) {
     Style& s = styles[style];
-    const auto own = s.own.find(key);
     Record record{style, style, {key}, {}};
-    if (own != s.own.end()) {
-      record.old[key] = own->second;
-      open->push_back([=, this, before = own->second] { setOne(style, key, before); });
+    if (s.own.contains(key)) {
+      record.old[key] = s.own[key];
+      open->push_back([=, this, before = s.own[key]] { setOne(style, key, before); });
     } else {
       open->push_back([=, this] { removeOne(style, key); });
-      if (const int old = s.parent >= 0 ? raw(s.parent, key, 0) : 0; old != 0) record.old[key] = old;
+      if (const int old = raw(s.parent, key, 0); old != 0) record.old[key] = old;
     }
     s.own[key] = value;
     tell(style, record);
@@ -88,11 +87,7 @@ struct Model {
     std::vector<int> added, keys;
     for (const auto& [key, value] : values) {
       keys.push_back(key);
-      if (s.own.contains(key)) {
-        old[key] = s.own[key];
-      } else {
-        added.push_back(key);
-      }
+      s.own.contains(key) ? void(old[key] = s.own[key]) : added.push_back(key);
     }
     if (!old.empty()) open->push_back([=, this] { setAll(style, old, flags); });
     if (!added.empty()) open->push_back([=, this] { removeAll(style, added, flags); });
@@ -103,14 +98,14 @@ struct Model {
     if ((flags & phase) != 0) tell(style, {style, style, keys, old});
   }
   void removeAll(int style, const std::vector<int>& keys, int flags) {
-    Style& s = styles[style];
+    Values& own = styles[style].own;
     Values old;
     std::vector<int> removed;
     for (int key : keys) {
-      if (!s.own.contains(key)) continue;
-      old[key] = s.own[key];
+      if (!own.contains(key)) continue;
+      old[key] = own[key];
       removed.push_back(key);
-      s.own.erase(key);
+      own.erase(key);
     }
     if (removed.empty()) return;
     open->push_back([=, this] { setAll(style, old, flags); });
@@ -139,10 +134,8 @@ struct Model {
     std::string text = std::to_string(style) + ":";
     for (int key : passed.keys) {
       const auto old = passed.old.find(key);
-      text += " " + kAll[key].string().text() + "<" +
-              (old == passed.old.end() ? ""
-               : old->second == 0      ? "<null>"
-                                       : std::to_string(old->second));
+      const std::string was = old == passed.old.end() ? "" : old->second == 0 ? "<null>" : std::to_string(old->second);
+      text += " " + kAll[key].string().text() + "<" + was;
     }
     log.push_back(text);
   }

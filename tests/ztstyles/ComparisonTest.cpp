@@ -81,8 +81,7 @@ TEST(ComparisonTest, EndsOnCyclesAndSharedLayersAndForgetsWhatItAssumed) {
     }
     tops[side] = left;
   }
-  EXPECT_TRUE(tops[0]->isEqual(tops[1]));
-  EXPECT_TRUE(tops[0]->isEqualCompareNames(tops[1], CompareNames::no));
+  EXPECT_TRUE(tops[0]->isEqual(tops[1]) && tops[0]->isEqualCompareNames(tops[1], CompareNames::no));
 
   // A chain of a length that no stack would hold, compared from the root down.
   Scene other;

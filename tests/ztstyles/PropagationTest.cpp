@@ -309,15 +309,12 @@ TEST(ChangeInfoTest, SaysWhatItIsAndRefusesToComeFromNothing) {
                    "\n\toldPropertyMap={} \n\tunchangedVariation=0x0\n>",
                    change, address(&root), address(&root)));
   EXPECT_EQ(ZTSStyleChangeInfo::init()->unchangedVariation(), nullptr);
-  try {
-    ZTSStyleChangeInfo::cascadedFrom(nullptr, &root, {});
-    ADD_FAILURE() << "raised nothing";
-  } catch (const NSInternalInconsistencyException& error) {
-    EXPECT_THAT(error.reason(),
-                ::testing::MatchesRegex("-\\[ZTSStyleChangeInfo initCascadedFromStyleChangeInfo:withStyle:"
-                                        "changedProperties:\\] -- Failed to initialize <0x[0-9a-f]+> from nil "
-                                        "ZTWPStyleChangeInfo\\."));
-  }
+  const char* const text =
+      "-\\[ZTSStyleChangeInfo initCascadedFromStyleChangeInfo:withStyle:changedProperties:\\] -- Failed to initialize "
+      "<0x[0-9a-f]+> from nil ZTWPStyleChangeInfo\\.";
+  EXPECT_THAT([&] { ZTSStyleChangeInfo::cascadedFrom(nullptr, &root, {}); },
+              ::testing::Throws<NSInternalInconsistencyException>(
+                  ::testing::Property(&NSException::reason, ::testing::MatchesRegex(text))));
 }
 
 }  // namespace

@@ -54,23 +54,7 @@ inline bool acceptsValue(const NSObject* value) {
   return number == nullptr || number->isBool() || number->realValue() >= 0;
 }
 
-class TestStyle : public ZTSStyle {
- public:
-  static const ZTSStyleClass& styleClass();
-  const ZTSStyleClass& classObject() const override { return styleClass(); }
-  bool validateValueForProperty(NSObject* value, PropertyKey) const override { return acceptsValue(value); }
-};
-
-class TestAggregate : public ZTSAggregateStyle {
- public:
-  static const ZTSStyleClass& styleClass();
-  const ZTSStyleClass& classObject() const override { return styleClass(); }
-  bool validateValueForProperty(NSObject* value, PropertyKey) const override { return acceptsValue(value); }
-  const std::vector<PropertyKey>& referencedStyleProperties() const override {
-    static const std::vector<PropertyKey> keys{list, label};
-    return keys;
-  }
-};
+class TestStyle;
 
 /// The class object of a test's own style class, with the scene's registry.
 template <class T>
@@ -86,21 +70,29 @@ class TestClassOf : public ZTSStyleClassOf<T> {
 /// The base of a test's own style class, `struct Hooked : Own<Hooked>`: gives it a class object.
 template <class Self, class Base = TestStyle>
 struct Own : Base {
+  static constexpr const char* kName = "Own";
   static const ZTSStyleClass& styleClass() {
-    static const auto* object = new TestClassOf<Self>("Own", Base::styleClass());
+    static const auto* object = new TestClassOf<Self>(Self::kName, Base::styleClass());
     return *object;
   }
   const ZTSStyleClass& classObject() const override { return styleClass(); }
 };
 
-inline const ZTSStyleClass& TestStyle::styleClass() {
-  static const auto* object = new TestClassOf<TestStyle>("TestStyle", ZTSStyle::styleClass());
-  return *object;
-}
-inline const ZTSStyleClass& TestAggregate::styleClass() {
-  static const auto* object = new TestClassOf<TestAggregate>("TestAggregate", ZTSAggregateStyle::styleClass());
-  return *object;
-}
+class TestStyle : public Own<TestStyle, ZTSStyle> {
+ public:
+  static constexpr const char* kName = "TestStyle";
+  bool validateValueForProperty(NSObject* value, PropertyKey) const override { return acceptsValue(value); }
+};
+
+class TestAggregate : public Own<TestAggregate, ZTSAggregateStyle> {
+ public:
+  static constexpr const char* kName = "TestAggregate";
+  bool validateValueForProperty(NSObject* value, PropertyKey) const override { return acceptsValue(value); }
+  const std::vector<PropertyKey>& referencedStyleProperties() const override {
+    static const std::vector<PropertyKey> keys{list, label};
+    return keys;
+  }
+};
 
 /// A test's own style class: `class Loose : public StyleOf<Loose>` with its name in `kName`.
 template <class Self, class Base = TestStyle>
