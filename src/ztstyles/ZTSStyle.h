@@ -59,12 +59,10 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   [[nodiscard]] std::uint32_t orphanCount() const noexcept { return mOrphanCount; }
   /// The observers: the live counted set, which does not hold them.
   [[nodiscard]] const ZTUCountedPointerSet<ZTSStyleObserver>& observers() const noexcept { return mObservers; }
-
   /// Whether a name is there, even an empty one.
   [[nodiscard]] bool isNamed() const noexcept { return mName.isPresent(); }
   [[nodiscard]] bool isIdentified() const noexcept { return mIdentifier.isPresent(); }
   [[nodiscard]] bool isAnonymous() const noexcept { return !mIdentifier.isPresent(); }
-
   /// Changes the name, undoably, and posts `ZTSStyleNameChangedNotification`. An equal name does nothing.
   virtual void setName(StringRef name);
   /// Changes the identifier of a style that has no stylesheet. With a stylesheet it is reported and the
@@ -82,7 +80,6 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   virtual void updateParent();
   /// Clears the stylesheet link without resolving the parent: the stylesheet is being destroyed.
   virtual void cleanup();
-
   /// Calls the operation on each member of a snapshot of the children.
   void makeChildrenPerform(auto operation) const { mChildren.makeObjectsPerform(operation); }
   /// @}
@@ -93,7 +90,6 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// The stylesheet's document and undo manager; none without a stylesheet.
   virtual NSDocument* document() const;
   virtual NSUndoManager* undoManager() const;
-
   /// Called by the stylesheet around adding and removing, where it has a document. The base does nothing.
   /// The context is what was handed to `addStyleWithContext`, or none.
   virtual void willBeAddedToDocument(NSDocument* document, NSObject* context);
@@ -271,7 +267,6 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   bool archivesByReference() const override { return true; }
   void replaceUnarchivedObject(NSObject& dropped, NSObject* kept) override;
   void releaseArchivedObjects(std::vector<Ref<NSObject>>&& objects) const override;
-
   /// The map to write; none counts as empty. The base answers the live own map.
   virtual Ref<const PropertyMap> archivedPropertiesForVersion(std::uint64_t version, ZTAXMLArchiver& archiver) const;
   /// Whether the key's element is written empty. The base answers false.
@@ -301,7 +296,6 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   virtual Ref<ZTSStyle> downgradeCopy() const;
   /// The copy that a deep copy makes; the base answers `copy()`.
   virtual Ref<ZTSStyle> copyWithoutSettingStylesheet() const;
-
   /// Class-wide: whether property elements are written in the order of their names.
   static bool sortXMLPropertiesByKey();
   static void setSortXMLPropertiesByKey(bool sort);
