@@ -142,7 +142,7 @@ struct Model {
 };
 
 /// Overrides the handling of changes: called for each, where the others are worked off in a loop or skipped.
-struct Overriding : Own<Overriding> {
+struct Overriding : StyleOf<Overriding> {
   void stylePropertiesChanged(const ZTSStyleChangeInfo& change) override { TestStyle::stylePropertiesChanged(change); }
 };
 

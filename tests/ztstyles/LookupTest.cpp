@@ -47,7 +47,7 @@ TEST(LookupTest, AnswersAnInspector) {
 }
 
 /// Overrides every reading operation and calls the inherited one.
-struct Reader : Own<Reader> {
+struct Reader : StyleOf<Reader> {
   Ref<NSObject> valueForProperty(PropertyKey key) const override {
     Ref<NSObject> value = ZTSStyle::valueForProperty(key);
     return value ? value : Ref<NSObject>(NSNumber::withInteger(42));

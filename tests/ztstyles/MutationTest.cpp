@@ -162,7 +162,7 @@ TEST(MutationTest, RefusesWhatTheClassDoesNotAccept) {
 }
 
 /// Asked before every change, and told none for the sentinel where several are set.
-struct Asking : Own<Asking> {
+struct Asking : StyleOf<Asking> {
   bool validateValueForProperty(NSObject* value, PropertyKey) const override {
     asked.push_back(value != nullptr ? value->description() : "none");
     return true;

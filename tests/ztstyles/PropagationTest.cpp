@@ -176,7 +176,7 @@ TEST(PropagationTest, RecordsThatAreKeptStayAsTheyAre) {
 
 /// A class that overrides one operation and counts its calls.
 template <class Self>
-struct Counting : Own<Self> {
+struct Counting : StyleOf<Self> {
   static inline int calls = 0;
 };
 struct Telling : Counting<Telling> {

@@ -67,10 +67,11 @@ class TestClassOf : public ZTSStyleClassOf<T> {
   }
 };
 
-/// The base of a test's own style class, `struct Hooked : Own<Hooked>`: gives it a class object.
+/// The base of a test's own style class, `struct Loose : StyleOf<Loose>`: gives it a class object, under the name in
+/// `kName`, where it has one.
 template <class Self, class Base = TestStyle>
-struct Own : Base {
-  static constexpr const char* kName = "Own";
+struct StyleOf : Base {
+  static constexpr const char* kName = "StyleOf";
   static const ZTSStyleClass& styleClass() {
     static const auto* object = new TestClassOf<Self>(Self::kName, Base::styleClass());
     return *object;
@@ -78,13 +79,13 @@ struct Own : Base {
   const ZTSStyleClass& classObject() const override { return styleClass(); }
 };
 
-class TestStyle : public Own<TestStyle, ZTSStyle> {
+class TestStyle : public StyleOf<TestStyle, ZTSStyle> {
  public:
   static constexpr const char* kName = "TestStyle";
   bool validateValueForProperty(NSObject* value, PropertyKey) const override { return acceptsValue(value); }
 };
 
-class TestAggregate : public Own<TestAggregate, ZTSAggregateStyle> {
+class TestAggregate : public StyleOf<TestAggregate, ZTSAggregateStyle> {
  public:
   static constexpr const char* kName = "TestAggregate";
   bool validateValueForProperty(NSObject* value, PropertyKey) const override { return acceptsValue(value); }
@@ -92,17 +93,6 @@ class TestAggregate : public Own<TestAggregate, ZTSAggregateStyle> {
     static const std::vector<PropertyKey> keys{list, label};
     return keys;
   }
-};
-
-/// A test's own style class: `class Loose : public StyleOf<Loose>` with its name in `kName`.
-template <class Self, class Base = TestStyle>
-class StyleOf : public Base {
- public:
-  static const ZTSStyleClass& styleClass() {
-    static const auto* object = new TestClassOf<Self>(Self::kName, Base::styleClass());
-    return *object;
-  }
-  const ZTSStyleClass& classObject() const override { return styleClass(); }
 };
 
 using Log = std::vector<std::string>;

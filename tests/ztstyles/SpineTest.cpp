@@ -85,7 +85,7 @@ TEST(StyleTest, RefusesToCloseALoopAndTriesAgainWhenItOpens) {
   EXPECT_TRUE(scene.sheet->indexesAreRight());
 }
 
-struct Hooked : Own<Hooked> {
+struct Hooked : StyleOf<Hooked> {
   void willBeAddedToDocument(NSDocument*, NSObject*) override { note("will add "); }
   void wasAddedToDocument(NSDocument*, NSObject*) override { note("was added "); }
   void willBeRemovedFromDocument(NSDocument*) override { note("will remove "); }
@@ -145,7 +145,7 @@ TEST(StylesheetTest, ReportsWhatItCannotAddOrRemove) {
   EXPECT_FALSE(scene.host.undo->canUndo());
 }
 
-struct Thrower : Own<Thrower> {
+struct Thrower : StyleOf<Thrower> {
   void updateParent() override {
     if (throwing) throw NSGenericException("no");
     ZTSStyle::updateParent();
