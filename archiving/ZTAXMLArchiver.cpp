@@ -8,9 +8,10 @@
 
 #include <libxml/dict.h>
 #include <libxml/parser.h>
-#include <unordered_map>
 
-#include <charconv>
+#include <boost/unordered/unordered_flat_map.hpp>
+
+#include <deque>
 #include <map>
 #include <utility>
 #include <vector>
@@ -38,12 +39,19 @@ struct ZTAXMLArchiver::State {
   xmlNode* archive = nullptr;
   std::map<std::string, Ref<NSObject>, std::less<>> metadata;
   ZTUPointerKeyDictionary substitutes;
-  std::unordered_map<const NSObject*, Written> written;  // its values stay where they are
+  std::deque<Written> written;  // its elements stay where they are
+  boost::unordered_flat_map<const NSObject*, Written*> places;
   std::vector<Ref<NSObject>> owed;
   std::uint64_t lastId = 0;
   std::shared_ptr<ZTAXMLArchiver*> self;
   Ref<ZTAErrorHandler> errorHandler;
   bool refersOnly = false;  // the object that is being written refers to others and owns none
+
+  Written& writtenOf(NSObject& object) {
+    Written*& place = places[&object];
+    if (place == nullptr) place = &written.emplace_back(Written{Ref<NSObject>(&object)});
+    return *place;
+  }
 };
 
 /// The error handler and the kind of the object that is being written, for as long as it is.
@@ -82,7 +90,7 @@ ZTAXMLArchiver::ZTAXMLArchiver(std::uint64_t version, std::uint64_t currentVersi
   xmlDocSetRootElement(mState->document.get(), mState->archive);
   if (xmlNewNs(mState->archive, CorvaleNamespace.href, CorvaleNamespace.prefix) == nullptr) throw std::bad_alloc();
   xmlSetNs(mState->archive, &CorvaleNamespace);
-  xml::setAttribute(mState->archive, CorvaleNamespace, xml::kVersion, std::to_string(version).c_str());
+  xml::setAttribute(mState->archive, CorvaleNamespace, xml::kVersion, std::to_string(version));
 }
 
 ZTAXMLArchiver::~ZTAXMLArchiver() {
@@ -139,9 +147,7 @@ void ZTAXMLArchiver::setTextOfNode(_xmlNode* node, std::string_view text) {
     xml::raise(format("the text of a '%s' element cannot be written: %s", xml::view(node->name), reason));
   }
   if (text.empty()) return;
-  xmlNode* content = xmlNewDocTextLen(node->doc, xml::chars(text.data()), static_cast<int>(text.size()));
-  if (content == nullptr) throw std::bad_alloc();
-  xmlAddChild(node, content);
+  xmlAddChild(node, xml::newText(node->doc, text));
 }
 
 void ZTAXMLArchiver::encodeRootObject(NSObject& root) {
@@ -165,8 +171,7 @@ void ZTAXMLArchiver::encodeObjectWithName(NSObject* object, _xmlNode* parent, co
   if (NSObject* substitute = mState->substitutes.count() != 0 ? encoderForObject(object) : nullptr) object = substitute;
   if (!object->isPlainValue() || !writePlatformValue(*object, *this, parent, name)) {
     if (auto* coding = dynamic_cast<ZTAXMLCoding*>(object)) {
-      Written& written = mState->written[object];
-      if (!written.object) written.object = object;
+      Written& written = mState->writtenOf(*object);
       if (!std::exchange(written.isAnnounced, true)) coding->preencodeHookWithXMLArchiver(*this);
       if (written.node != nullptr || mState->refersOnly) return writeReference(written, parent, name);
       return writeIn(written, *coding, parent, name);
@@ -175,7 +180,7 @@ void ZTAXMLArchiver::encodeObjectWithName(NSObject* object, _xmlNode* parent, co
     if (coder == nullptr)
       xml::raise(format("objects of the class '%@' cannot be written", object->classObject().name()));
     xmlNode* node = xml::newChild(parent, name != nullptr ? name : coder->elementName.c_str());
-    if (name != nullptr) xml::setAttribute(node, CorvaleNamespace, xml::kClass, coder->elementName.c_str());
+    if (name != nullptr) xml::setAttribute(node, CorvaleNamespace, xml::kClass, coder->elementName);
     coder->coder->encodeValue(*object, *this, node);
   }
 }
@@ -185,7 +190,7 @@ void ZTAXMLArchiver::writeIn(Written& written, ZTAXMLCoding& object, _xmlNode* p
   const std::string* registered = mState->registry->nameOfClass(object.classForCoder());
   const char* ownName = registered != nullptr ? registered->c_str() : xml::kObject;
   written.node = xml::newChild(parent, name != nullptr ? name : ownName);
-  if (written.id != 0) xml::setAttribute(written.node, CorvaleNamespace, xml::kId, std::to_string(written.id).c_str());
+  if (written.id != 0) xml::setAttribute(written.node, CorvaleNamespace, xml::kId, std::to_string(written.id));
 
   const ErrorScope scope(*mState, object.archivesByReference());
   try {
@@ -205,12 +210,12 @@ void ZTAXMLArchiver::writeReference(Written& written, _xmlNode* parent, const ch
   if (written.id == 0) {
     written.id = ++mState->lastId;
     if (written.node != nullptr) {
-      xml::setAttribute(written.node, CorvaleNamespace, xml::kId, std::to_string(written.id).c_str());
+      xml::setAttribute(written.node, CorvaleNamespace, xml::kId, std::to_string(written.id));
     }
   }
   if (written.node == nullptr && !std::exchange(written.isOwed, true)) mState->owed.push_back(written.object);
   xmlNode* node = xml::newChild(parent, name != nullptr ? name : xml::kReference);
-  xml::setAttribute(node, CorvaleNamespace, xml::kTo, std::to_string(written.id).c_str());
+  xml::setAttribute(node, CorvaleNamespace, xml::kTo, std::to_string(written.id));
 }
 
 /// What has been referred to and belongs to nobody stands at the end of the archive.
@@ -218,7 +223,7 @@ void ZTAXMLArchiver::writeOwed() {
   xmlNode* shelf = nullptr;
   for (std::size_t index = 0; index < mState->owed.size(); ++index) {  // grows meanwhile
     const Ref<NSObject> object = mState->owed[index];
-    Written& written = mState->written[object.get()];
+    Written& written = mState->writtenOf(*object);
     if (written.node != nullptr) continue;
     if (shelf == nullptr) shelf = xml::newChild(mState->archive, xml::kShelf);
     writeIn(written, *dynamic_cast<ZTAXMLCoding*>(object.get()), shelf, nullptr);

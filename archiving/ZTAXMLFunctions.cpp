@@ -76,8 +76,30 @@ xmlNode* newChild(xmlNode* parent, const char* name) {
   return node;
 }
 
-void setAttribute(xmlNode* node, xmlNs& ns, const char* name, const char* value) {
-  if (xmlSetNsProp(node, &ns, chars(name), chars(value)) == nullptr) throw std::bad_alloc();
+xmlNode* newText(xmlDoc* document, std::string_view value) {
+  xmlNode* node = xmlNewDocText(document, nullptr);
+  if (node == nullptr) throw std::bad_alloc();
+  constexpr std::size_t kRoom = sizeof node->properties + sizeof node->psvi;
+  if (value.size() < kRoom) {
+    auto* place = reinterpret_cast<char*>(&node->properties);
+    value.copy(place, value.size());
+    place[value.size()] = '\0';
+    node->content = reinterpret_cast<xmlChar*>(place);
+  } else if (node->content = xmlStrndup(chars(value.data()), static_cast<int>(value.size())); !node->content) {
+    xmlFreeNode(node);
+    throw std::bad_alloc();
+  }
+  return node;
+}
+
+void setAttribute(xmlNode* node, xmlNs& ns, const char* name, std::string_view value) {
+  xmlAttr* attribute = xmlHasNsProp(node, chars(name), ns.href);
+  if (attribute == nullptr) attribute = xmlNewNsProp(node, &ns, chars(name), nullptr);
+  if (attribute == nullptr) throw std::bad_alloc();
+  xmlNode* text = newText(node->doc, value);
+  if (attribute->children != nullptr) xmlFreeNodeList(attribute->children);
+  text->parent = reinterpret_cast<xmlNode*>(attribute);
+  attribute->children = attribute->last = text;
 }
 
 void checkDepthBelow(const xmlNode* parent) {
@@ -118,8 +140,7 @@ void ztaxmlSetNSStringNsPropOrRaise(_xmlNode* node, _xmlNs& xmlNamespace, const 
   if (const std::string_view reason = xml::whyNotText(value.view()); !reason.empty()) {
     xml::raise(format("the text of '%s' cannot be written: %s", name, reason));
   }
-  // A shared string is terminated, and a good one holds no other zero byte.
-  xml::setAttribute(node, xmlNamespace, name, value ? value.view().data() : "");
+  xml::setAttribute(node, xmlNamespace, name, value.view());
 }
 
 void ztaxmlSetBoolNsPropDefaultOrRaise(_xmlNode* node, _xmlNs& xmlNamespace, const char* name, bool value, bool) {

@@ -1,8 +1,11 @@
 #include <bench/BenchSupport.h>
 
+#include <malloc.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <limits>
 #include <map>
 #include <string>
 #include <utility>
@@ -64,6 +67,10 @@ int runTimes(int argc, char** argv) {
   int count = static_cast<int>(arguments.size());
   benchmark::Initialize(&count, arguments.data());
   if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) return 2;
+
+  // What a run has freed stays with the process: else the kernel's fresh pages count, and against large cases only.
+  mallopt(M_MMAP_THRESHOLD, 1 << 30);
+  mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
 
   MedianReporter reporter;
   benchmark::RunSpecifiedBenchmarks(&reporter);

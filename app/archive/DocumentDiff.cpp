@@ -48,7 +48,7 @@ struct Described {
 class Styles {
  public:
   explicit Styles(const ZTDocument& document) {
-    const std::vector<Ref<ZTSStyle>> styles = document.stylesheet().styles().retainedSnapshot();
+    const std::vector<Ref<ZTSStyle>> styles = document.stylesheet().retainedStyles();
     std::unordered_map<std::string, int> labels;
     for (const Ref<ZTSStyle>& style : styles) ++labels[document.labelOf(*style)];
     std::unordered_map<std::string, int> repeated;

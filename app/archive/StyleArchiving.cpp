@@ -49,7 +49,7 @@ Ref<NSObject> percentageFrom(const NSNumber& fraction) {
 /// Calls with each own entry of each style; the answer takes its place, unless it is none.
 template <class Change>
 void changeValues(ZTSStylesheet& stylesheet, Change change) {
-  for (const Ref<ZTSStyle>& style : stylesheet.styles().retainedSnapshot()) {
+  for (const Ref<ZTSStyle>& style : stylesheet.retainedStyles()) {
     const Ref<PropertyMap> map = PropertyMap::make();
     if (const Ref<const PropertyMap> own = style->ZTSStyle::overridePropertyMap()) map->addEntriesFrom(*own);
     for (const PropertyMap::Entry& entry : *map) {
@@ -147,7 +147,7 @@ void ArchiveUpgrader::postUnarchiveUpgradeStylesheetForUnarchiver(ZTSStylesheet&
                  : Ref<NSObject>();
     });
   }
-  const std::vector<Ref<ZTSStyle>> styles = stylesheet.styles().retainedSnapshot();
+  const std::vector<Ref<ZTSStyle>> styles = stylesheet.retainedStyles();
   extendRegistries(styles);
   for (const Ref<ZTSStyle>& style : styles) {
     const Ref<const PropertyMap> own = style->ZTSStyle::overridePropertyMap();

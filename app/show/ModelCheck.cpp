@@ -14,7 +14,7 @@ class Listener final : public ZTUAssertionHandler, public ZTULogSink {
  public:
   explicit Listener(const ZTDocument& document) : mDocument(document), mHandlerScope(*this), mSinkScope(*this) {
     for (const ZTSStylesheet* sheet = &document.stylesheet(); sheet != nullptr; sheet = sheet->parent()) {
-      for (const Ref<ZTSStyle>& style : sheet->styles().retainedSnapshot()) {
+      for (const Ref<ZTSStyle>& style : sheet->retainedStyles()) {
         mByAddress.emplace(style.get(), style);
         mByDescription.emplace(style->shortDescription(), style);
       }

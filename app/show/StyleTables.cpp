@@ -55,7 +55,7 @@ ShownTable tableOfStylesheet(const std::string& title, ZTSStylesheet& stylesheet
 }
 
 ShownTable tableOfStyles(const std::string& title, const Ref<ZTDocument>& document, ZTSStylesheet& stylesheet) {
-  const auto styles = HVStyleTableDataSource::dataSourceWithStyles(stylesheet.styles().retainedSnapshot());
+  const auto styles = HVStyleTableDataSource::dataSourceWithStyles(stylesheet.retainedStyles());
   const auto source = make<DocumentStyleSource>(document, styles);
   return {title, viewWith({"class", "identifier", "label", "line", "address"}, source.get()), {source}};
 }

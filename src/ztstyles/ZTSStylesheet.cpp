@@ -44,7 +44,7 @@ ZTSStylesheet::~ZTSStylesheet() {
   mUnused.reset();  // ends the registration for the cleanup
   mVariations.reset();
   // What the styles do on leaving may reach any other of them: all are held until all have left.
-  std::vector<Ref<ZTSStyle>> held = styles().retainedSnapshot();
+  std::vector<Ref<ZTSStyle>> held = retainedStyles();
   bool hasReferences = false;
   for (const Ref<ZTSStyle>& style : held) {
     hasReferences = hasReferences || asAggregateStyle(style.get()) != nullptr;

@@ -110,6 +110,8 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   [[nodiscard]] std::vector<Ref<NSObject>> stylesWithIdentifiers(const std::vector<StringRef>& identifiers) const;
   /// All styles, identified ones first: a snapshot.
   [[nodiscard]] ZTSStyleSet styles() const;
+  /// The same styles in the same order as references: what to walk where what is called may change the stylesheet.
+  [[nodiscard]] std::vector<Ref<ZTSStyle>> retainedStyles() const;
   [[nodiscard]] ZTURetainedPointerSet<ZTSStyle> identifiedStyles() const;
   /// The live set.
   [[nodiscard]] const ZTSStyleSet& anonymousStyles() const noexcept { return mAnonymousStyles; }
@@ -126,7 +128,7 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   /// Calls the operation on every identified, then on every anonymous style of a snapshot.
   template <class Operation>
   void makeStylesPerform(Operation operation) const {
-    styles().makeObjectsPerform(operation);
+    for (const Ref<ZTSStyle>& style : retainedStyles()) operation(*style);
   }
   /// Whether the style is held here, by identity.
   [[nodiscard]] bool holdsStyle(const ZTSStyle& style) const noexcept;
@@ -352,7 +354,7 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   Ref<ZTSStyle> variationOfStyleWithOverrides(ZTSStyle& style, const Ref<ZTSStyle>& base,
                                               const Ref<ZTSStyle>& reachable, const StyleVariationRequest& request,
                                               const PropertyMap* wanted);
-  void sortByRegistry(std::vector<Ref<ZTSStyle>>& styles) const;
+  [[nodiscard]] std::vector<Ref<ZTSStyle>> heldInOrder(std::vector<Ref<ZTSStyle>>&& candidates) const;
   ZTSOrphanIndex& orphans();
 
   // Reading an archive.

@@ -192,7 +192,7 @@ bool ZTSStylesheet::initWithXMLUnarchiver(ZTAXMLUnarchiver& unarchiver, _xmlNode
     if (mAnonymousStyleOrderingMap) ZTSIndexOfAnonymousStyle(*style, *mAnonymousStyleOrderingMap);
   });
 
-  const std::vector<Ref<ZTSStyle>> all = styles().retainedSnapshot();
+  const std::vector<Ref<ZTSStyle>> all = retainedStyles();
   for (const Ref<ZTSStyle>& style : all) style->archivingUpdateParent();
   for (const Ref<ZTSStyle>& style : all) style->upgradeStyleWithUnarchiver(unarchiver, version);
   if (isDiffable) p_cleanupAnonymousStyleOrderingMap();

@@ -162,28 +162,30 @@ void ZTSStylesheet::resolveParentsAfterIdentifying(const StringRef& identifier) 
 
 void ZTSStylesheet::updateParentForOrphanStyles() {
   if (!mOrphans || mOrphans->isEmpty()) return;
-  std::vector<Ref<ZTSStyle>> orphans;
-  if (mRetriedIdentifier != nullptr) {
-    // Only those can find a parent that wait for this identifier, or that were never tried.
-    orphans = mOrphans->candidatesFor(*mRetriedIdentifier);
-    if (orphans.size() > 1) sortByRegistry(orphans);
-  } else {
-    orphans = styles().retainedSnapshot();
-  }
+  // Where one identifier became findable, only those can find a parent that wait for it, or that were never tried.
+  const std::vector<Ref<ZTSStyle>> orphans =
+      mRetriedIdentifier != nullptr ? heldInOrder(mOrphans->candidatesFor(*mRetriedIdentifier)) : retainedStyles();
   for (const Ref<ZTSStyle>& style : orphans) {
     if (style->parent() == nullptr && style->parentIdentifier() && holdsStyle(*style)) style->updateParent();
   }
 }
 
-/// Identified styles first, each kind in the order in which it was added.
-void ZTSStylesheet::sortByRegistry(std::vector<Ref<ZTSStyle>>& styles) const {
-  const auto place = [this](const Ref<ZTSStyle>& style) {
-    const std::uint64_t slot =
-        style->isIdentified() ? mIdentifiedStyles.slotOf(*style) : mAnonymousStyles.table().slotOf(style.get());
-    return style->isIdentified() ? slot : slot | std::uint64_t{1} << 32;
-  };
-  std::sort(styles.begin(), styles.end(),
-            [&](const auto& left, const auto& right) { return place(left) < place(right); });
+/// Those of the styles that are held here: identified ones first, each kind in the order in which it was added.
+std::vector<Ref<ZTSStyle>> ZTSStylesheet::heldInOrder(std::vector<Ref<ZTSStyle>>&& candidates) const {
+  if (candidates.size() < 2) return std::move(candidates);
+  std::vector<std::pair<std::uint64_t, Ref<ZTSStyle>>> placed;
+  placed.reserve(candidates.size());
+  for (Ref<ZTSStyle>& style : candidates) {
+    const bool isIdentified = style->isIdentified();
+    const std::uint32_t slot =
+        isIdentified ? mIdentifiedStyles.slotOf(*style) : mAnonymousStyles.table().slotOf(style.get());
+    if (slot == ZTSStyleDictionary::Table::kNoSlot) continue;
+    placed.emplace_back(std::uint64_t{slot} | std::uint64_t{!isIdentified} << 32, std::move(style));
+  }
+  std::sort(placed.begin(), placed.end(), [](const auto& left, const auto& right) { return left.first < right.first; });
+  candidates.clear();
+  for (auto& [place, style] : placed) candidates.push_back(std::move(style));
+  return std::move(candidates);
 }
 
 void ZTSStylesheet::removeStyle(Ref<ZTSStyle> style) {
@@ -245,6 +247,14 @@ std::vector<Ref<NSObject>> ZTSStylesheet::stylesWithIdentifiers(const std::vecto
 ZTSStyleSet ZTSStylesheet::styles() const {
   ZTSStyleSet all = identifiedStyles();
   all.unionSet(mAnonymousStyles);
+  return all;
+}
+
+std::vector<Ref<ZTSStyle>> ZTSStylesheet::retainedStyles() const {
+  std::vector<Ref<ZTSStyle>> all;
+  all.reserve(mIdentifiedStyles.count() + mAnonymousStyles.count());
+  for (const auto& entry : mIdentifiedStyles) all.push_back(entry.style);
+  for (ZTSStyle* style : mAnonymousStyles) all.emplace_back(style);
   return all;
 }
 

@@ -141,7 +141,7 @@ TEST_F(CleanupTest, VisitsWhomAWalkOverASnapshotWouldVisit) {
     }
     for (int moved = 0; moved < 16; ++moved) enterOrLeave(styles[below(40)]);
 
-    const std::vector<Ref<ZTSStyle>> snapshot = sheet->styles().retainedSnapshot();
+    const std::vector<Ref<ZTSStyle>> snapshot = sheet->retainedStyles();
     std::vector<ZTSStyle*> expected;
     std::size_t at = 0;
     bool isNested = false;

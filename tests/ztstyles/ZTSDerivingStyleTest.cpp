@@ -251,7 +251,7 @@ TEST(AdditionsTest, ChangeEveryElementThatCanBeChanged) {
   TestStyle& locked = scene.style("locked", {}, {}, true);
   makeObjectsSetValueForProperty(std::vector<ZTSStyle*>{&open, nullptr, &locked}, NSNumber::withInteger(5), size);
   EXPECT_TRUE(valueOf(open, size) == 5 && valueOf(locked, size) == -1);
-  setValuesForProperties(scene.sheet->styles().retainedSnapshot(), *mapOf({{size, 6}}));
+  setValuesForProperties(scene.sheet->retainedStyles(), *mapOf({{size, 6}}));
   EXPECT_EQ(valueOf(locked, size), 6);
 }
 
