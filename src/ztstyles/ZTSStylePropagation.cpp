@@ -131,16 +131,16 @@ bool ZTSStyle::Telling::begin(ZTSStyle& style, const ZTSStyleChangeInfo& change,
   if (changed == nullptr) return false;
   // What a class overrides is asked, even where the answer cannot matter any more.
   const bool isPlainClass = style.isPlain(ZTSStyleClass::plainTelling);
+  const bool showsOwnMap = style.isPlain(ZTSStyleClass::plainMatching);
   const PropertySet* known = isOwn || isPlainClass ? nullptr : &style.inspectableProperties();
-  const Ref<const PropertyMap> answered =
-      isOwn || isPlainClass ? Ref<const PropertyMap>() : style.overridePropertyMap();
+  const Ref<const PropertyMap> answered = isOwn || showsOwnMap ? Ref<const PropertyMap>() : style.overridePropertyMap();
   bool isNoticed = style.isNoticed();
   if (!isNoticed && style.mChildren.isEmpty() && (isOwn || !style.isLocked())) return false;
   Ref<const PropertySet> rest;
   if (!isOwn) {
     if (known == nullptr) known = &style.inspectableProperties();
     const PropertyMap* own = answered.get();
-    if (isPlainClass && (style.mKeyMask & changed->keyMask()) != 0) own = style.mLocalPropertyMap.get();
+    if (showsOwnMap && (style.mKeyMask & changed->keyMask()) != 0) own = style.mLocalPropertyMap.get();
     rest = unhidden(*changed, *known, own);
     if (rest) changed = rest.get();
   }
