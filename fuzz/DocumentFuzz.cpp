@@ -1,0 +1,34 @@
+#include <app/archive/DocumentArchive.h>
+#include <app/archive/DocumentDiff.h>
+#include <app/explain/Explanation.h>
+#include <app/odf/Finding.h>
+#include <app/odf/Stats.h>
+#include <app/odf/StyleImporter.h>
+
+#include <support/ZTULog.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+#include <utility>
+
+/// Any bytes as a flat OpenDocument file: they end in one error of reading or in a document, which can be counted,
+/// explained and converted to an archive that holds the same styles.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace zt;
+  ZTULogRecorder quiet;
+  RawDocument raw;
+  Ref<ZTDocument> document;
+  try {
+    raw = RawDocument::read(Package::fromFlatText({reinterpret_cast<const char*>(data), size}, "input"));
+    document = importStyles(raw);
+  } catch (const ReadError&) {
+    return 0;
+  }
+  (void)styleStatistics(raw);
+  Explainer(*document).explainAll([](const StyleExplanation&) {});
+  if (!document->stylesheet().indexesAreRight()) std::abort();
+  const Ref<ZTDocument> again = readArchiveBytes(archiveBytes(*document), "again");
+  if (!DocumentDiff(*document, *again).isEmpty()) std::abort();
+  return 0;
+}
