@@ -157,7 +157,10 @@ PropertyKey PropertyImporter::keyFor(const Owner& owner, int line, const std::st
       mToldOfTooMany = true;
       return {};
     }
-    found = mKeys.emplace(text, PropertyKey(text)).first;
+    // A name with a second colon is no good one, but parsers let it pass; an archive names elements after keys.
+    std::string name = text;
+    std::replace(name.begin(), name.end(), ':', '.');
+    found = mKeys.emplace(text, PropertyKey(name)).first;
   }
   Ref<PropertySet>& wanted = mWanted.at(static_cast<std::size_t>(owner.family));
   if (wanted == nullptr) wanted = PropertySet::make();
