@@ -7,6 +7,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 namespace zt {
 
 namespace {
