@@ -167,6 +167,26 @@ void BytesOfAnonymousStyle(benchmark::State& state) {
 }
 BENCHMARK(BytesOfAnonymousStyle)->Iterations(1);
 
+/// Both as above; the group of undo actions grows with the styles.
+const bool kMallocCount = countInstructions({"two blocks got and given back", [] {
+                                               return [] {
+                                                 ::operator delete(::operator new(104));
+                                                 ::operator delete(::operator new(72));
+                                               };
+                                             }});
+const bool kAddCount = countInstructions(
+    {"create and add an anonymous style, with undo", [] {
+       static Host host;
+       static const Ref<ZTSStylesheet> sheet = ZTSStylesheet::withHost(&host);
+       const Ref<PropertyMap> map = mapOf(4, 3);
+       const StringRef base("base");
+       sheet->addStyle(make<PlainStyle>({.identifier = base}));
+       host.undo->beginUndoGrouping();
+       return [map, base] {
+         sheet->addStyle(make<PlainStyle>({.parentIdentifier = base, .overridePropertyMap = map.get()}));
+       };
+     }});
+
 const bool kAdd = compare({"CreateAndAddAnonymous", "TwoMallocs", 4});
 const bool kLinear = compare({"AddIdentified/100000/0/0", "AddIdentified/10000/0/0", 15});
 const bool kOrphans = compare({"AddIdentified/100000/0/1000", "AddIdentified/100000/0/0", 1.3});

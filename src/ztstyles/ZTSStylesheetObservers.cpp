@@ -47,6 +47,7 @@ ToldList observersBelow(ZTSStylesheet& stylesheet) {
 
 template <class Call>
 void invokeOnObservers(ZTSStylesheet& stylesheet, Call call) {
+  if (stylesheet.observers().isEmpty() && stylesheet.children().isEmpty()) return;
   for (const Told& each : observersBelow(stylesheet)) {
     if (each.stylesheet->observers().containsObject(each.observer)) call(*each.observer);
   }
