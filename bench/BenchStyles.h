@@ -1,11 +1,14 @@
 #pragma once
 
+#include <benchmark/benchmark.h>
 #include <malloc.h>
 #include <platform/NSNull.h>
 #include <platform/NSNumber.h>
 #include <platform/NSUndoManager.h>
 #include <ztstyles/ZTSStyleClassOf.h>
 #include <ztstyles/ZTSStylesheet.h>
+
+#include <boost/unordered/unordered_flat_map.hpp>
 
 #include <string>
 #include <vector>
@@ -80,6 +83,17 @@ Ref<ZTSStyle> chain(ZTSStylesheet& sheet, std::size_t depth) {
     above = identifier;
   }
   return last;
+}
+
+/// The yardstick: one lookup of an interned key in the fastest hash map at hand.
+inline void HashLookup(benchmark::State& state) {
+  boost::unordered_flat_map<const void*, Ref<NSObject>> map;
+  for (PropertyKey key : keys()) map.emplace(key.string().object(), NSNumber::withInteger(1));
+  const void* key = keys()[0].string().object();
+  for (auto each : state) {
+    Ref<NSObject> value = map.find(key)->second;
+    benchmark::DoNotOptimize(value);
+  }
 }
 
 inline std::size_t heapInUse() {

@@ -6,8 +6,6 @@
 #include <platform/NSNotificationCenter.h>
 #include <ztstyles/ZTSStyleChangeInfo.h>
 
-#include <boost/unordered/unordered_flat_map.hpp>
-
 #include <cstdlib>
 #include <functional>
 #include <memory>
@@ -63,15 +61,6 @@ struct Family {
   std::size_t turn = 0;
 };
 
-void HashLookup(benchmark::State& state) {
-  boost::unordered_flat_map<const void*, Ref<NSObject>> map;
-  for (PropertyKey key : keys()) map.emplace(key.string().object(), NSNumber::withInteger(1));
-  const void* key = keys()[0].string().object();
-  for (auto each : state) {
-    Ref<NSObject> value = map.find(key)->second;
-    benchmark::DoNotOptimize(value);
-  }
-}
 BENCHMARK(HashLookup);
 
 void run(benchmark::State& state, Family& family, const std::function<void()>& change) {

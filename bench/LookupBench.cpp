@@ -3,8 +3,6 @@
 #include "BenchStyles.h"
 #include "BenchSupport.h"
 
-#include <boost/unordered/unordered_flat_map.hpp>
-
 #include <ctime>
 #include <optional>
 
@@ -17,16 +15,6 @@ struct Chain {
   Ref<ZTSStyle> style;
 };
 
-/// The yardstick: one lookup of an interned key in the fastest hash map at hand.
-void HashLookup(benchmark::State& state) {
-  boost::unordered_flat_map<const void*, Ref<NSObject>> map;
-  for (PropertyKey key : keys()) map.emplace(key.string().object(), NSNumber::withInteger(1));
-  const void* key = keys()[0].string().object();
-  for (auto each : state) {
-    Ref<NSObject> value = map.find(key)->second;
-    benchmark::DoNotOptimize(value);
-  }
-}
 BENCHMARK(HashLookup);
 
 void ValueAtDepth(benchmark::State& state) {
