@@ -68,7 +68,7 @@ void ZTSStylesheet::addStyleWithContext(Ref<ZTSStyle> style, NSObject* context) 
   const Ref<NSDocument> document(this->document());
   Ref<ZTSStyle> displaced(mIdentifiedStyles.find(style->identifier()));
 
-  if (NSUndoManager* undo = undoManager(); undo != nullptr && undo->isUndoRegistrationEnabled()) {
+  if (NSUndoManager* undo = NSUndoManager::ifRegistering(undoManager())) {
     if (displaced) {
       undo->registerUndo("addStyle:", self, [displaced](ZTSStylesheet& stylesheet) { stylesheet.addStyle(displaced); });
     } else {
@@ -200,7 +200,7 @@ void ZTSStylesheet::removeStyle(Ref<ZTSStyle> style) {
   }
   const Ref<ZTSStylesheet> self(this);
   const Ref<NSDocument> document(this->document());
-  if (NSUndoManager* undo = undoManager(); undo != nullptr && undo->isUndoRegistrationEnabled()) {
+  if (NSUndoManager* undo = NSUndoManager::ifRegistering(undoManager())) {
     undo->registerUndo("addStyle:", self, [style](ZTSStylesheet& stylesheet) { stylesheet.addStyle(style); });
   }
   if (document) {
