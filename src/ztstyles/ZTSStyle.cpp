@@ -38,12 +38,6 @@ bool descendsFrom(const ZTSStyle* style, const ZTSStyle& ancestor) {
   return style != nullptr;
 }
 
-/// Whether no class of the chain would notice that its values are not asked for.
-bool readsPlainly(const ZTSStyle* style) {
-  while (style != nullptr && style->isPlain(ZTSStyleClass::plainReading)) style = style->parent();
-  return style == nullptr;
-}
-
 /// Whether the registry has all keys of the map; a set of them need not be made for that.
 bool supportsKeysOf(const PropertyMap& map, const PropertySet& registry) {
   return std::all_of(map.begin(), map.end(),
@@ -159,7 +153,10 @@ void ZTSStyle::updateParent() {
   const Ref<ZTSStyle> self(this);
   const Ref<ZTSStyle> oldParent = mParent;
   if (!p_updateParent()) return;
-  if (!isPlain(ZTSStyleClass::plainTelling) || !readsPlainly(oldParent.get()) ||
+  // A class of the old chain that overrides the reading of values could notice that it is not asked for them.
+  const ZTSStyle* asked = oldParent.get();
+  while (asked != nullptr && asked->isPlain(ZTSStyleClass::plainReading)) asked = asked->parent();
+  if (!isPlain(ZTSStyleClass::plainTelling) || asked != nullptr ||
       (mStylesheet != nullptr && mStylesheet->isChangeCommunicationEnabled() && !isQuietLeaf())) {
     const Ref<PropertyMap> oldValues = oldParent ? oldParent->propertyMap() : Ref<PropertyMap>();
     stylePropertiesChanged(

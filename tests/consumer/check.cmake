@@ -18,7 +18,7 @@ run("${CMAKE_COMMAND}" -G Ninja -S "${CMAKE_CURRENT_LIST_DIR}" -B "${WORK}/build
   "-DCMAKE_PREFIX_PATH=${WORK}/prefix" "-DCMAKE_CXX_COMPILER=${CXX}" "-DCMAKE_BUILD_TYPE=Debug"
   "-DUSE_PKG_CONFIG=${USE_PKG_CONFIG}")
 run("${CMAKE_COMMAND}" --build "${WORK}/build")
-run("${WORK}/build/consumer")
+run("${CMAKE_CTEST_COMMAND}" --test-dir "${WORK}/build" --output-on-failure --no-tests=error)
 
 # The installed tool finds the installed library without being told where it is.
 unset(ENV{LD_LIBRARY_PATH})

@@ -36,13 +36,8 @@ class Overriding : public Base {
 };
 
 /// Refers to aggregates as well as to plain styles. Families never refer upward, so that no counts run in a circle.
-class TopAggregate : public TestAggregate {
- public:
-  static const ZTSStyleClass& styleClass() {
-    static const auto* object = new TestClassOf<TopAggregate>("TopAggregate", TestAggregate::styleClass());
-    return *object;
-  }
-  const ZTSStyleClass& classObject() const override { return styleClass(); }
+struct TopAggregate : StyleOf<TopAggregate, TestAggregate> {
+  static constexpr const char* kName = "TopAggregate";
 };
 
 class RandomHost : public TestHost {

@@ -123,13 +123,7 @@ TEST(StylesheetEqualityTest, ComparesHostsStylesAndParents) {
 }
 
 TEST(StylesheetEqualityTest, AsksAClassThatComparesInAWayOfItsOwn) {
-  class Loose : public TestStyle {
-   public:
-    static const ZTSStyleClass& styleClass() {
-      static const auto* object = new TestClassOf<Loose>("LooseComparison", TestStyle::styleClass());
-      return *object;
-    }
-    const ZTSStyleClass& classObject() const override { return styleClass(); }
+  struct Loose : StyleOf<Loose> {
     bool isEqual(const NSObject* other) const override { return asStyle(other) != nullptr; }
   };
   const Ref<ZTSStylesheet> sheets[] = {ZTSStylesheet::withHost(), ZTSStylesheet::withHost()};

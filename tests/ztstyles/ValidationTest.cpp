@@ -17,13 +17,7 @@ class OpenSheet : public ZTSStylesheet {
 };
 
 /// Notes what had been reported when its own checks began.
-class CheckingStyle : public TestStyle {
- public:
-  static const ZTSStyleClass& styleClass() {
-    static const auto* object = new TestClassOf<CheckingStyle>("CheckingStyle", TestStyle::styleClass());
-    return *object;
-  }
-  const ZTSStyleClass& classObject() const override { return styleClass(); }
+struct CheckingStyle : StyleOf<CheckingStyle> {
   void appSpecificValidate() const override { ZT_REPORT("appSpecificValidate", this, "app", "hook"); }
   std::optional<ZTSStyleSet> referencedStyles() const override {
     ZTSStyleSet set;
@@ -34,13 +28,7 @@ class CheckingStyle : public TestStyle {
 };
 
 /// Says that it equals whatever it is compared with.
-class LooseStyle : public TestStyle {
- public:
-  static const ZTSStyleClass& styleClass() {
-    static const auto* object = new TestClassOf<LooseStyle>("LooseStyle", TestStyle::styleClass());
-    return *object;
-  }
-  const ZTSStyleClass& classObject() const override { return styleClass(); }
+struct LooseStyle : StyleOf<LooseStyle> {
   bool isEqual(const NSObject* other) const override { return other != nullptr; }
 };
 
