@@ -22,7 +22,7 @@ std::uint32_t slotHash(PropertyKey key) noexcept { return key.ordinal() * 0x9e37
 }  // namespace
 
 PropertyMap::PropertyMap(std::uint32_t capacity) noexcept : mCapacity(capacity), mEntries(ownRoom()) {
-  std::memset(static_cast<void*>(table()), 0, tableSizeFor(capacity) * sizeof(std::uint32_t));
+  if (hasTable()) std::memset(static_cast<void*>(table()), 0, tableSizeFor(capacity) * sizeof(std::uint32_t));
 }
 
 PropertyMap::~PropertyMap() {
@@ -56,6 +56,7 @@ Ref<PropertyMap> PropertyMap::copy(std::size_t more) const {
   Ref<PropertyMap> map = make(mCount + more);
   std::uninitialized_copy_n(mEntries, mCount, map->mEntries);
   map->mCount = mCount;
+  if (!map->hasTable()) return map;
   if (map->mCapacity == mCapacity) {
     std::memcpy(map->table(), table(), tableSizeFor(mCapacity) * sizeof(std::uint32_t));
   } else {

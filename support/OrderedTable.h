@@ -1,7 +1,6 @@
 #pragma once
 
 #include <platform/Ref.h>
-#include <platform/ZTHash.h>
 
 #include <algorithm>
 #include <bit>
@@ -261,6 +260,11 @@ class OrderedTable {
   Block* mBlock = nullptr;
 };
 
+/// Addresses are spread by one multiplication: they differ in few bits, and nobody chooses them.
+inline std::size_t hashOfAddress(const void* address) noexcept {
+  return static_cast<std::size_t>(reinterpret_cast<std::uintptr_t>(address) * std::uint64_t{0x9e3779b97f4a7c15} >> 32);
+}
+
 /// Entries that are plain pointers, compared by address.
 template <class T>
 struct PointerPolicy {
@@ -268,7 +272,7 @@ struct PointerPolicy {
   static const void* keyOf(T* entry) noexcept { return entry; }
   static bool isHole(T* entry) noexcept { return entry == nullptr; }
   static T* hole() noexcept { return nullptr; }
-  static std::size_t hash(const void* key) noexcept { return mixBits(reinterpret_cast<std::uintptr_t>(key)); }
+  static std::size_t hash(const void* key) noexcept { return hashOfAddress(key); }
   static std::size_t hashOf(T* entry) noexcept { return hash(entry); }
   static bool matches(T* entry, const void* key) noexcept { return entry == key; }
 };
@@ -280,7 +284,7 @@ struct RefPolicy {
   static const void* keyOf(const Ref<T>& entry) noexcept { return entry.get(); }
   static bool isHole(const Ref<T>& entry) noexcept { return entry == nullptr; }
   static Ref<T> hole() noexcept { return {}; }
-  static std::size_t hash(const void* key) noexcept { return mixBits(reinterpret_cast<std::uintptr_t>(key)); }
+  static std::size_t hash(const void* key) noexcept { return hashOfAddress(key); }
   static std::size_t hashOf(const Ref<T>& entry) noexcept { return hash(entry.get()); }
   static bool matches(const Ref<T>& entry, const void* key) noexcept { return entry.get() == key; }
 };

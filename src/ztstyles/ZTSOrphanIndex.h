@@ -2,7 +2,7 @@
 
 #include <ztstyles/ZTSStyle.h>
 
-#include <unordered_map>
+#include <boost/unordered/unordered_flat_map.hpp>
 
 namespace zt {
 
@@ -30,7 +30,7 @@ class ZTSOrphanIndex {
   [[nodiscard]] bool check(const ZTSStyleSet& held) const;
 
  private:
-  std::unordered_map<StringRef, ZTUMutablePointerSet<ZTSStyle>, StringRefHash> mMissing;
+  boost::unordered_flat_map<StringRef, ZTUMutablePointerSet<ZTSStyle>, StringRefHash> mMissing;
   ZTUMutablePointerSet<ZTSStyle> mUntried;
 };
 

@@ -144,18 +144,24 @@ void ZTSStylesheet::resolveParentsAfterIdentifying(const StringRef& identifier) 
     shadowed->makeChildrenPerform([](ZTSStyle& child) { child.updateParent(); });
     return;
   }
-  // Held, since what a retry runs may change the tree.
-  std::vector<Ref<ZTSStylesheet>> tree{Ref<ZTSStylesheet>(this)};
-  for (std::size_t index = 0; index < tree.size(); ++index) {
-    const Ref<ZTSStylesheet> stylesheet = tree[index];
-    const StringRef* const outer = std::exchange(stylesheet->mRetriedIdentifier, &identifier);
+  const auto retry = [&identifier](ZTSStylesheet& stylesheet) {
+    const StringRef* const outer = std::exchange(stylesheet.mRetriedIdentifier, &identifier);
     try {
-      stylesheet->updateParentForOrphanStyles();
+      stylesheet.updateParentForOrphanStyles();
     } catch (...) {
-      stylesheet->mRetriedIdentifier = outer;
+      stylesheet.mRetriedIdentifier = outer;
       throw;
     }
-    stylesheet->mRetriedIdentifier = outer;
+    stylesheet.mRetriedIdentifier = outer;
+  };
+  const Ref<ZTSStylesheet> self(this);
+  retry(*this);
+  if (mChildren.isEmpty()) return;
+  // Held, since what a retry runs may change the tree.
+  std::vector<Ref<ZTSStylesheet>> tree = mChildren.retainedSnapshot();
+  for (std::size_t index = 0; index < tree.size(); ++index) {
+    const Ref<ZTSStylesheet> stylesheet = tree[index];
+    retry(*stylesheet);
     for (Ref<ZTSStylesheet>& child : stylesheet->mChildren.retainedSnapshot()) tree.push_back(std::move(child));
   }
 }
