@@ -57,8 +57,9 @@ class ZT_EXPORT ZTAXMLCoding : public ZTAErrorHandler {
   /// or none: no reference to it may stay. Called when this object has been read. The base does nothing.
   virtual void replaceUnarchivedObject(NSObject& dropped, NSObject* kept);
   /// An archiver or unarchiver lets go of these objects, all of which archive by reference; called on one of
-  /// them. Where such objects may hold one another in circles, this is the place to free them. The base
-  /// releases them.
+  /// them. Where such objects may hold one another in circles, this is the place to free them. The receiver is
+  /// among them and may be gone as soon as they are released: it must not be touched then. The base releases
+  /// them.
   virtual void releaseArchivedObjects(std::vector<Ref<NSObject>>&& objects) const;
   /// @}
 

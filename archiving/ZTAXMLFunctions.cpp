@@ -138,7 +138,6 @@ void checkDepthBelow(const xmlNode* parent) {
 void releaseReferrers(std::vector<Ref<NSObject>>&& objects) noexcept {
   const auto* first = objects.empty() ? nullptr : dynamic_cast<const ZTAXMLCoding*>(objects.front().get());
   if (first == nullptr) return;
-  const Ref<const ZTAXMLCoding> kept(first);  // the operation must not end the object that it is called on
   try {
     first->releaseArchivedObjects(std::move(objects));
   } catch (...) {
