@@ -12,6 +12,7 @@
 #include <support/ZTULog.h>
 #include <ztstyles/ZTSArchiving.h>
 
+#include <fmt/format.h>
 #include <libxml/tree.h>
 
 #include <algorithm>
@@ -141,7 +142,7 @@ Ref<ZTDocument> documentFrom(ZTAXMLUnarchiver& unarchiver, const std::string& pa
   Ref<ZTDocument> document = ZTDocument::withStylesheet(std::move(stylesheet));
   document->shown = path;
   if (root != nullptr) {
-    for (const std::string& part : root->parts) document->parts.push_back({part, path + ':' + part});
+    for (const std::string& part : root->parts) document->parts.push_back({part, fmt::format("{}:{}", path, part)});
     document->fontFamilies.insert(root->fontFamilies.begin(), root->fontFamilies.end());
   }
   // In the order of the document that they came from, as far as the archive tells it.

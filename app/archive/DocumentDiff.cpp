@@ -59,7 +59,7 @@ class Styles {
           style->isIdentified() || (document.originOf(*style) != nullptr && labels[described.label] == 1);
       if (!hasOwnLabel) {
         key += '\n';
-        for (const auto& [what, text] : described.content) key += what + '=' + text + '\n';
+        for (const auto& [what, text] : described.content) key.append(what).append("=").append(text).append("\n");
         key += std::to_string(repeated[key]++);
       }
       order.push_back(key);
