@@ -61,7 +61,7 @@ void ReadReal(benchmark::State& state) {
 }
 BENCHMARK(ReadReal)->Unit(benchmark::kMillisecond);
 
-[[maybe_unused]] const bool kSiblings = compare({"Read/200000/deep:0", "Read/20000/deep:0", 15});
+[[maybe_unused]] const bool kSiblings = compare({"Read/200000/deep:0", "Read/20000/deep:0", 20});
 [[maybe_unused]] const bool kChain = compare({"Read/20000/deep:1", "Read/2000/deep:1", 15});
 [[maybe_unused]] const bool kParse = compare({"Read/20000/deep:0", "BareParse/20000"});
 
