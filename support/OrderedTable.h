@@ -18,8 +18,7 @@ namespace zt {
 /// remove and find in constant time at any size, one null pointer while empty.
 ///
 /// Entries stand in numbered slots; a removed one leaves a hole until the table is next compacted.
-/// Above eight entries a table of slot numbers finds them by hash; it has two cells for each slot, so that the
-/// cell of a removed entry may stay, pointing at the hole. Iterators hold a slot number, not
+/// Above eight entries a table of slot numbers finds them by hash. Iterators hold a slot number, not
 /// an address: adding and removing while one is in use is safe, and an entry added meanwhile is met.
 /// (After a compaction the walk may meet an entry again or miss one: where that matters, walk a snapshot.)
 ///
@@ -96,10 +95,11 @@ class OrderedTable {
   Entry take(const Key& key) noexcept {
     const Slot slot = slotOf(key);
     if (slot == kNoSlot) return Policy::hole();
-    Entry taken = std::exchange(mBlock->entries()[slot], Policy::hole());
+    Entry& entry = mBlock->entries()[slot];
+    if (mBlock->hasTable()) removeFromTable(slot);
+    Entry taken = std::exchange(entry, Policy::hole());
     --mBlock->live;
-    // With a table, a slot is not used again before the next compaction: its cell would then stand for two.
-    while (!mBlock->hasTable() && mBlock->used != 0 && Policy::isHole(mBlock->entries()[mBlock->used - 1])) {
+    while (mBlock->used != 0 && Policy::isHole(mBlock->entries()[mBlock->used - 1])) {
       std::destroy_at(&mBlock->entries()[--mBlock->used]);
     }
     if (mBlock->live == 0) destroy(std::exchange(mBlock, nullptr));
@@ -212,7 +212,7 @@ class OrderedTable {
     const Slot mask = mBlock->tableSize() - 1;
     for (Slot place = static_cast<Slot>(hash) & mask; table[place] != 0; place = (place + 1) & mask) {
       const Entry& entry = mBlock->entries()[table[place] - 1];
-      if (Policy::matches(entry, key) && !Policy::isHole(entry)) return table[place] - 1;
+      if (Policy::matches(entry, key)) return table[place] - 1;
     }
     return kNoSlot;
   }
@@ -235,6 +235,25 @@ class OrderedTable {
     Slot place = static_cast<Slot>(hash) & mask;
     while (table[place] != 0) place = (place + 1) & mask;
     table[place] = slot + 1;
+  }
+
+  [[nodiscard]] Slot homeOf(Slot slot) const noexcept {
+    return static_cast<Slot>(Policy::hashOf(mBlock->entries()[slot]));
+  }
+
+  /// Linear probing without tombstones: entries behind the gap that may stand nearer to home move up.
+  void removeFromTable(Slot slot) noexcept {
+    Slot* table = mBlock->table();
+    const Slot mask = mBlock->tableSize() - 1;
+    Slot gap = homeOf(slot) & mask;
+    while (table[gap] != slot + 1) gap = (gap + 1) & mask;
+    for (Slot next = (gap + 1) & mask; table[next] != 0; next = (next + 1) & mask) {
+      const Slot home = homeOf(table[next] - 1) & mask;
+      if (((next - home) & mask) < ((next - gap) & mask)) continue;
+      table[gap] = table[next];
+      gap = next;
+    }
+    table[gap] = 0;
   }
 
   /// The block is full: closes the holes where they are a quarter of it or more, else doubles it.
