@@ -293,7 +293,7 @@ void CloseGroupWith20Unused(benchmark::State& state) {
   }
 }
 BENCHMARK(CloseGroupWith20Unused)->Arg(1000)->Arg(1'000'000)->Unit(benchmark::kMicrosecond);
-const bool kClose = compare({"CloseGroupWith20Unused/1000000", "CloseGroupWith20Unused/1000"});
+const bool kClose = compare({"CloseGroupWith20Unused/1000000", "CloseGroupWith20Unused/1000", 5});
 
 void RemoveHalf(benchmark::State& state) {
   const auto half = static_cast<std::size_t>(state.range(0)) / 2;
