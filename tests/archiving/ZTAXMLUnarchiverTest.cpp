@@ -62,16 +62,20 @@ TEST(ZTAXMLUnarchiverTest, WhatIsNoArchiveIsOneErrorWithItsLine) {
       {"<!DOCTYPE a SYSTEM 'http://127.0.0.1:9/a.dtd'>" + good, "f:1: a document type (DOCTYPE) has no place in an"},
       {archive("<zt:string>&x;</zt:string>"), "f:2: this is no good XML: Entity 'x' not defined"},
       {"<?xml version='1.0' encoding='no-such'?>" + good, "f:1: this is no good XML: Unsupported encoding no-such"},
+      {"<?xml version='1.0' encoding='EUC-JP'?><a>" + std::string(5'000, ' ') + "\xdf\xff\xff\xff</a>",
+       "f:1: this is no good XML: Premature end"},
       {good + good, "f:2: this is no good XML: Extra content at the end of the document"},
       {packed.substr(0, 60), "f: the compressed file is broken or cut off"},
       {packed + "x", "f: something follows the end of the compressed file"},
       {std::string("\x1f\x8b", 2), "f: the compressed file is broken or cut off"},
   };
+  ::testing::internal::CaptureStderr();
   for (const auto& each : cases) {
     const std::string error = readError(each.bytes, {.newestVersion = 3});
     EXPECT_EQ(error.substr(0, std::string(each.error).size()), each.error) << error;
     EXPECT_EQ(error.find('\n'), std::string::npos) << error;
   }
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "") << "libxml2 is silent";
   EXPECT_FALSE(ZTAXMLUnarchiver::looksLikeArchive("<a/>"));
   EXPECT_TRUE(ZTAXMLUnarchiver::looksLikeArchive(good));
   EXPECT_TRUE(ZTAXMLUnarchiver::looksLikeArchive(packed));
