@@ -67,7 +67,7 @@ void AddIdentified(benchmark::State& state) {
   const auto order = static_cast<Order>(state.range(1));
   for (auto each : state) {
     state.PauseTiming();
-    const auto styles = family(count, order);
+    auto styles = family(count, order);
     Ref<ZTSStylesheet> sheet = ZTSStylesheet::withHost();
     for (std::int64_t orphan = 0; orphan < state.range(2); ++orphan) {
       sheet->addStyle(make<PlainStyle>(
@@ -77,6 +77,7 @@ void AddIdentified(benchmark::State& state) {
     for (const auto& style : styles) sheet->addStyle(style);
     state.PauseTiming();
     sheet.reset();
+    styles.clear();
     state.ResumeTiming();
   }
 }
@@ -94,11 +95,14 @@ void RemoveIdentified(benchmark::State& state) {
   const auto count = static_cast<std::size_t>(state.range(0));
   for (auto each : state) {
     state.PauseTiming();
-    const auto styles = family(count, childrenAfter);
+    auto styles = family(count, childrenAfter);
     const Ref<ZTSStylesheet> sheet = ZTSStylesheet::withHost();
     for (const auto& style : styles) sheet->addStyle(style);
     state.ResumeTiming();
     for (const auto& style : styles) sheet->removeStyle(style);
+    state.PauseTiming();
+    styles.clear();
+    state.ResumeTiming();
   }
 }
 BENCHMARK(RemoveIdentified)->Unit(benchmark::kMillisecond)->Arg(10'000)->Arg(100'000);

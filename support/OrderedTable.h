@@ -18,9 +18,10 @@ namespace zt {
 /// remove and find in constant time at any size, one null pointer while empty.
 ///
 /// Entries stand in numbered slots; a removed one leaves a hole until the table is next compacted.
-/// Above eight entries a table of slot numbers finds them by hash. Iterators hold a slot number, not
-/// an address: adding and removing while one is in use is safe, and an entry added meanwhile is met.
-/// (After a compaction the walk may meet an entry again or miss one: where that matters, walk a snapshot.)
+/// Above eight entries a table of cells finds them by hash; a cell holds enough of the hash that hardly any search
+/// reads an entry that it does not want. Iterators hold a slot number, not an address: adding and removing while one is
+/// in use is safe, and an entry added meanwhile is met. (After a compaction the walk may meet an entry again or miss
+/// one: where that matters, walk a snapshot.)
 ///
 /// `Policy` says what the key of an entry is, how keys and entries are hashed and compared, and what a hole looks
 /// like. `hashOf(entry)` must not be dearer than a look at the entry: growing asks it of every entry.
@@ -49,7 +50,8 @@ class OrderedTable {
 
   /// The slot of the entry with this key, or `kNoSlot`.
   [[nodiscard]] Slot slotOf(const Key& key) const noexcept {
-    return mBlock == nullptr ? kNoSlot : slotOf(key, mBlock->hasTable() ? Policy::hash(key) : 0);
+    if (mBlock == nullptr) return kNoSlot;
+    return mBlock->hasTable() ? slotAt(placeOf(key, hash32(Policy::hash(key)))) : walkFor(key);
   }
   [[nodiscard]] bool contains(const Key& key) const noexcept { return slotOf(key) != kNoSlot; }
 
@@ -82,9 +84,11 @@ class OrderedTable {
   /// Adds the entry at the end unless its key is there already; answers the entry that is there now
   /// and whether it was added.
   std::pair<Entry*, bool> insert(Entry entry) {
-    const std::size_t hash = Policy::hashOf(entry);
+    const std::uint32_t hash = hash32(Policy::hashOf(entry));
     if (mBlock != nullptr) {
-      if (Slot slot = slotOf(Policy::keyOf(entry), hash); slot != kNoSlot) return {&mBlock->entries()[slot], false};
+      const Key& key = Policy::keyOf(entry);
+      const Slot slot = mBlock->hasTable() ? slotAt(placeOf(key, hash)) : walkFor(key);
+      if (slot != kNoSlot) return {&mBlock->entries()[slot], false};
     }
     if (mBlock == nullptr || mBlock->used == mBlock->capacity) makeRoom();
     return {append(std::move(entry), hash), true};
@@ -93,11 +97,12 @@ class OrderedTable {
   /// Takes the entry out and hands it over, so that what its destruction runs finds the table whole.
   /// A hole if there is none.
   Entry take(const Key& key) noexcept {
-    const Slot slot = slotOf(key);
+    if (mBlock == nullptr) return Policy::hole();
+    const Slot place = mBlock->hasTable() ? placeOf(key, hash32(Policy::hash(key))) : kNoSlot;
+    const Slot slot = mBlock->hasTable() ? slotAt(place) : walkFor(key);
     if (slot == kNoSlot) return Policy::hole();
-    Entry& entry = mBlock->entries()[slot];
-    if (mBlock->hasTable()) removeFromTable(slot);
-    Entry taken = std::exchange(entry, Policy::hole());
+    if (place != kNoSlot) removeFromTable(place);
+    Entry taken = std::exchange(mBlock->entries()[slot], Policy::hole());
     --mBlock->live;
     while (mBlock->used != 0 && Policy::isHole(mBlock->entries()[mBlock->used - 1])) {
       std::destroy_at(&mBlock->entries()[--mBlock->used]);
@@ -166,6 +171,15 @@ class OrderedTable {
  private:
   static constexpr Slot kWalked = 8;
 
+  /// Zero where free. The low bits, as many as the mask of the table has, hold the slot plus one. The highest four
+  /// say how far from its home the cell stands, up to `kFar`, so that removing moves cells without asking entries
+  /// for their hash. Those between hold the bits of the hash that stand there: with the home, which is the low
+  /// bits of the hash, that is all but four of its bits in a table that has grown large.
+  using Cell = std::uint32_t;
+  static constexpr Cell kDistanceShift = 28;
+  static constexpr Cell kFar = 15;
+  static constexpr Cell kHashBits = (Cell{1} << kDistanceShift) - 1;
+
   struct alignas(8) Block {
     Slot live;
     Slot used;
@@ -173,23 +187,24 @@ class OrderedTable {
     std::uint32_t generation;
 
     Entry* entries() noexcept { return reinterpret_cast<Entry*>(this + 1); }
-    Slot* table() noexcept { return reinterpret_cast<Slot*>(entries() + capacity); }
+    Cell* table() noexcept { return reinterpret_cast<Cell*>(entries() + capacity); }
     [[nodiscard]] bool hasTable() const noexcept { return capacity > kWalked; }
     [[nodiscard]] Slot tableSize() const noexcept { return capacity * 2; }
+    [[nodiscard]] Slot mask() const noexcept { return tableSize() - 1; }
   };
   static_assert(alignof(Entry) <= alignof(Block));
 
   static std::size_t bytesFor(std::size_t capacity) noexcept {
-    return sizeof(Block) + capacity * sizeof(Entry) + (capacity > kWalked ? capacity * 2 * sizeof(Slot) : 0);
+    return sizeof(Block) + capacity * sizeof(Entry) + (capacity > kWalked ? capacity * 2 * sizeof(Cell) : 0);
   }
 
   /// An empty block for at least so many entries.
   static Block* allocate(std::size_t capacity) {
-    if (capacity > kNoSlot / 4) throw std::bad_alloc();
+    if (capacity > (kHashBits >> 1) + 1) throw std::bad_alloc();
     capacity = std::bit_ceil(capacity);
     auto* block = static_cast<Block*>(::operator new(bytesFor(capacity)));
     ::new (block) Block{0, 0, static_cast<Slot>(capacity), 0};
-    if (block->hasTable()) std::memset(static_cast<void*>(block->table()), 0, block->tableSize() * sizeof(Slot));
+    if (block->hasTable()) std::memset(static_cast<void*>(block->table()), 0, block->tableSize() * sizeof(Cell));
     return block;
   }
 
@@ -199,29 +214,37 @@ class OrderedTable {
     ::operator delete(block);
   }
 
-  /// The search in a block that is there; the hash is asked only where it has a table.
-  [[nodiscard]] Slot slotOf(const Key& key, std::size_t hash) const noexcept {
-    if (!mBlock->hasTable()) {
-      for (Slot slot = 0; slot < mBlock->used; ++slot) {
-        const Entry& entry = mBlock->entries()[slot];
-        if (!Policy::isHole(entry) && Policy::matches(entry, key)) return slot;
-      }
-      return kNoSlot;
-    }
-    const Slot* table = mBlock->table();
-    const Slot mask = mBlock->tableSize() - 1;
-    for (Slot place = static_cast<Slot>(hash) & mask; table[place] != 0; place = (place + 1) & mask) {
-      const Entry& entry = mBlock->entries()[table[place] - 1];
-      if (Policy::matches(entry, key)) return table[place] - 1;
+  static std::uint32_t hash32(std::size_t hash) noexcept { return static_cast<std::uint32_t>(hash); }
+
+  /// The search in a block without a table.
+  [[nodiscard]] Slot walkFor(const Key& key) const noexcept {
+    for (Slot slot = 0; slot < mBlock->used; ++slot) {
+      const Entry& entry = mBlock->entries()[slot];
+      if (!Policy::isHole(entry) && Policy::matches(entry, key)) return slot;
     }
     return kNoSlot;
   }
 
+  /// The place in the table of the cell for the entry with this key; `kNoSlot` without one.
+  [[nodiscard]] Slot placeOf(const Key& key, std::uint32_t hash) const noexcept {
+    const Cell* table = mBlock->table();
+    const Slot mask = mBlock->mask();
+    const Cell compared = kHashBits & ~mask;
+    for (Slot place = hash & mask; table[place] != 0; place = (place + 1) & mask) {
+      if (((table[place] ^ hash) & compared) != 0) continue;
+      if (Policy::matches(mBlock->entries()[slotAt(place)], key)) return place;
+    }
+    return kNoSlot;
+  }
+  [[nodiscard]] Slot slotAt(Slot place) const noexcept {
+    return place != kNoSlot ? (mBlock->table()[place] & mBlock->mask()) - 1 : kNoSlot;
+  }
+
   Entry* append(Entry entry) noexcept {
-    const std::size_t hash = mBlock->hasTable() ? Policy::hashOf(entry) : 0;
+    const std::uint32_t hash = mBlock->hasTable() ? hash32(Policy::hashOf(entry)) : 0;
     return append(std::move(entry), hash);
   }
-  Entry* append(Entry entry, std::size_t hash) noexcept {
+  Entry* append(Entry entry, std::uint32_t hash) noexcept {
     const Slot slot = mBlock->used++;
     Entry* place = ::new (static_cast<void*>(mBlock->entries() + slot)) Entry(std::move(entry));
     ++mBlock->live;
@@ -229,28 +252,32 @@ class OrderedTable {
     return place;
   }
 
-  void enterInTable(Slot slot, std::size_t hash) noexcept {
-    Slot* table = mBlock->table();
-    const Slot mask = mBlock->tableSize() - 1;
-    Slot place = static_cast<Slot>(hash) & mask;
-    while (table[place] != 0) place = (place + 1) & mask;
-    table[place] = slot + 1;
+  void enterInTable(Slot slot, std::uint32_t hash) noexcept {
+    Cell* table = mBlock->table();
+    const Slot mask = mBlock->mask();
+    Slot distance = 0;
+    while (table[(hash + distance) & mask] != 0) ++distance;
+    table[(hash + distance) & mask] = (hash & kHashBits & ~mask) | (slot + 1) | distanceBits(distance);
   }
 
-  [[nodiscard]] Slot homeOf(Slot slot) const noexcept {
-    return static_cast<Slot>(Policy::hashOf(mBlock->entries()[slot]));
+  static Cell distanceBits(Slot distance) noexcept { return std::min(distance, kFar) << kDistanceShift; }
+
+  /// How far the cell at this place stands from its home.
+  [[nodiscard]] Slot distanceAt(Slot place) const noexcept {
+    const Slot distance = mBlock->table()[place] >> kDistanceShift;
+    if (distance < kFar) return distance;
+    return (place - hash32(Policy::hashOf(mBlock->entries()[slotAt(place)]))) & mBlock->mask();
   }
 
-  /// Linear probing without tombstones: entries behind the gap that may stand nearer to home move up.
-  void removeFromTable(Slot slot) noexcept {
-    Slot* table = mBlock->table();
-    const Slot mask = mBlock->tableSize() - 1;
-    Slot gap = homeOf(slot) & mask;
-    while (table[gap] != slot + 1) gap = (gap + 1) & mask;
+  /// Linear probing without tombstones: cells behind the gap that may stand nearer to home move up.
+  void removeFromTable(Slot gap) noexcept {
+    Cell* table = mBlock->table();
+    const Slot mask = mBlock->mask();
     for (Slot next = (gap + 1) & mask; table[next] != 0; next = (next + 1) & mask) {
-      const Slot home = homeOf(table[next] - 1) & mask;
-      if (((next - home) & mask) < ((next - gap) & mask)) continue;
-      table[gap] = table[next];
+      const Slot distance = distanceAt(next);
+      const Slot step = (next - gap) & mask;
+      if (distance < step) continue;
+      table[gap] = (table[next] & kHashBits) | distanceBits(distance - step);
       gap = next;
     }
     table[gap] = 0;
