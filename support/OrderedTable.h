@@ -24,7 +24,8 @@ namespace zt {
 /// one: where that matters, walk a snapshot.)
 ///
 /// `Policy` says what the key of an entry is, how keys and entries are hashed and compared, and what a hole looks
-/// like. `hashOf(entry)` must not be dearer than a look at the entry: growing asks it of every entry.
+/// like, which owns nothing. `hashOf(entry)` must not be dearer than a look at the entry: growing asks it of every
+/// entry. Growing also moves entries by copying their bits: nothing may refer back into one.
 template <class Entry, class Policy>
 class OrderedTable {
  public:
@@ -36,7 +37,7 @@ class OrderedTable {
   OrderedTable(const OrderedTable& other) {
     if (other.count() == 0) return;
     mBlock = allocate(other.mBlock->live);
-    for (const Entry& entry : other) append(Entry(entry));
+    for (const Entry& entry : other) insert(Entry(entry));
   }
   OrderedTable(OrderedTable&& other) noexcept : mBlock(std::exchange(other.mBlock, nullptr)) {}
   OrderedTable& operator=(OrderedTable other) noexcept {
@@ -50,8 +51,8 @@ class OrderedTable {
 
   /// The slot of the entry with this key, or `kNoSlot`.
   [[nodiscard]] Slot slotOf(const Key& key) const noexcept {
-    if (mBlock == nullptr) return kNoSlot;
-    return mBlock->hasTable() ? slotAt(placeOf(key, hash32(Policy::hash(key)))) : walkFor(key);
+    Slot place = 0;
+    return mBlock != nullptr ? search(key, mBlock->hasTable() ? hash32(Policy::hash(key)) : 0, place) : kNoSlot;
   }
   [[nodiscard]] bool contains(const Key& key) const noexcept { return slotOf(key) != kNoSlot; }
 
@@ -85,23 +86,26 @@ class OrderedTable {
   /// and whether it was added.
   std::pair<Entry*, bool> insert(Entry entry) {
     const std::uint32_t hash = hash32(Policy::hashOf(entry));
+    Slot place = 0;
     if (mBlock != nullptr) {
-      const Key& key = Policy::keyOf(entry);
-      const Slot slot = mBlock->hasTable() ? slotAt(placeOf(key, hash)) : walkFor(key);
+      const Slot slot = search(Policy::keyOf(entry), hash, place);
       if (slot != kNoSlot) return {&mBlock->entries()[slot], false};
     }
-    if (mBlock == nullptr || mBlock->used == mBlock->capacity) makeRoom();
-    return {append(std::move(entry), hash), true};
+    if (mBlock == nullptr || mBlock->used == mBlock->capacity) {
+      makeRoom();
+      place = freePlaceFor(hash);
+    }
+    return {append(std::move(entry), hash, place), true};
   }
 
   /// Takes the entry out and hands it over, so that what its destruction runs finds the table whole.
   /// A hole if there is none.
   Entry take(const Key& key) noexcept {
     if (mBlock == nullptr) return Policy::hole();
-    const Slot place = mBlock->hasTable() ? placeOf(key, hash32(Policy::hash(key))) : kNoSlot;
-    const Slot slot = mBlock->hasTable() ? slotAt(place) : walkFor(key);
+    Slot place = 0;
+    const Slot slot = search(key, mBlock->hasTable() ? hash32(Policy::hash(key)) : 0, place);
     if (slot == kNoSlot) return Policy::hole();
-    if (place != kNoSlot) removeFromTable(place);
+    if (mBlock->hasTable()) removeFromTable(place);
     Entry taken = std::exchange(mBlock->entries()[slot], Policy::hole());
     --mBlock->live;
     while (mBlock->used != 0 && Policy::isHole(mBlock->entries()[mBlock->used - 1])) {
@@ -173,8 +177,8 @@ class OrderedTable {
 
   /// Zero where free. The low bits, as many as the mask of the table has, hold the slot plus one. The highest four
   /// say how far from its home the cell stands, up to `kFar`, so that removing moves cells without asking entries
-  /// for their hash. Those between hold the bits of the hash that stand there: with the home, which is the low
-  /// bits of the hash, that is all but four of its bits in a table that has grown large.
+  /// for their hash. Those between hold the bits of the hash that stand there: with the home, which is its low bits,
+  /// a cell tells 28 bits of the hash at any size.
   using Cell = std::uint32_t;
   static constexpr Cell kDistanceShift = 28;
   static constexpr Cell kFar = 15;
@@ -216,57 +220,57 @@ class OrderedTable {
 
   static std::uint32_t hash32(std::size_t hash) noexcept { return static_cast<std::uint32_t>(hash); }
 
-  /// The search in a block without a table.
-  [[nodiscard]] Slot walkFor(const Key& key) const noexcept {
-    for (Slot slot = 0; slot < mBlock->used; ++slot) {
-      const Entry& entry = mBlock->entries()[slot];
-      if (!Policy::isHole(entry) && Policy::matches(entry, key)) return slot;
+  /// The slot of the entry with this key, or `kNoSlot`, in a block that is there. Where that has a table, `place` is
+  /// where the search ended: at the entry's cell, or at the free one that it would take.
+  [[nodiscard]] Slot search(const Key& key, std::uint32_t hash, Slot& place) const noexcept {
+    const Entry* const entries = mBlock->entries();
+    if (!mBlock->hasTable()) {
+      for (Slot slot = 0; slot < mBlock->used; ++slot) {
+        if (!Policy::isHole(entries[slot]) && Policy::matches(entries[slot], key)) return slot;
+      }
+      return kNoSlot;
     }
-    return kNoSlot;
-  }
-
-  /// The place in the table of the cell for the entry with this key; `kNoSlot` without one.
-  [[nodiscard]] Slot placeOf(const Key& key, std::uint32_t hash) const noexcept {
-    const Cell* table = mBlock->table();
+    const Cell* const table = mBlock->table();
     const Slot mask = mBlock->mask();
     const Cell compared = kHashBits & ~mask;
-    for (Slot place = hash & mask; table[place] != 0; place = (place + 1) & mask) {
+    for (place = hash & mask; table[place] != 0; place = (place + 1) & mask) {
       if (((table[place] ^ hash) & compared) != 0) continue;
-      if (Policy::matches(mBlock->entries()[slotAt(place)], key)) return place;
+      const Slot slot = slotIn(table[place]);
+      if (Policy::matches(entries[slot], key)) return slot;
     }
     return kNoSlot;
   }
-  [[nodiscard]] Slot slotAt(Slot place) const noexcept {
-    return place != kNoSlot ? (mBlock->table()[place] & mBlock->mask()) - 1 : kNoSlot;
-  }
+  [[nodiscard]] Slot slotIn(Cell cell) const noexcept { return (cell & mBlock->mask()) - 1; }
 
-  Entry* append(Entry entry) noexcept {
-    const std::uint32_t hash = mBlock->hasTable() ? hash32(Policy::hashOf(entry)) : 0;
-    return append(std::move(entry), hash);
-  }
-  Entry* append(Entry entry, std::uint32_t hash) noexcept {
-    const Slot slot = mBlock->used++;
-    Entry* place = ::new (static_cast<void*>(mBlock->entries() + slot)) Entry(std::move(entry));
-    ++mBlock->live;
-    if (mBlock->hasTable()) enterInTable(slot, hash);
+  /// Where an entry that is not there would be entered; means nothing without a table.
+  [[nodiscard]] Slot freePlaceFor(std::uint32_t hash) const noexcept {
+    if (!mBlock->hasTable()) return 0;
+    const Cell* const table = mBlock->table();
+    const Slot mask = mBlock->mask();
+    Slot place = hash & mask;
+    while (table[place] != 0) place = (place + 1) & mask;
     return place;
   }
 
-  void enterInTable(Slot slot, std::uint32_t hash) noexcept {
-    Cell* table = mBlock->table();
-    const Slot mask = mBlock->mask();
-    Slot distance = 0;
-    while (table[(hash + distance) & mask] != 0) ++distance;
-    table[(hash + distance) & mask] = (hash & kHashBits & ~mask) | (slot + 1) | distanceBits(distance);
+  /// Adds an entry for which there is room, with its hash and the free place in the table.
+  Entry* append(Entry&& entry, std::uint32_t hash, Slot place) noexcept {
+    const Slot slot = mBlock->used++;
+    Entry* added = ::new (static_cast<void*>(mBlock->entries() + slot)) Entry(std::move(entry));
+    ++mBlock->live;
+    if (mBlock->hasTable()) enterInTable(slot, hash, place);
+    return added;
   }
-
+  void enterInTable(Slot slot, std::uint32_t hash, Slot place) noexcept {
+    const Slot mask = mBlock->mask();
+    mBlock->table()[place] = (hash & kHashBits & ~mask) | (slot + 1) | distanceBits((place - hash) & mask);
+  }
   static Cell distanceBits(Slot distance) noexcept { return std::min(distance, kFar) << kDistanceShift; }
 
   /// How far the cell at this place stands from its home.
   [[nodiscard]] Slot distanceAt(Slot place) const noexcept {
     const Slot distance = mBlock->table()[place] >> kDistanceShift;
     if (distance < kFar) return distance;
-    return (place - hash32(Policy::hashOf(mBlock->entries()[slotAt(place)]))) & mBlock->mask();
+    return (place - hash32(Policy::hashOf(mBlock->entries()[slotIn(mBlock->table()[place])]))) & mBlock->mask();
   }
 
   /// Linear probing without tombstones: cells behind the gap that may stand nearer to home move up.
@@ -296,11 +300,20 @@ class OrderedTable {
     Block* old = std::exchange(mBlock, allocate(capacity));
     if (old == nullptr) return;
     mBlock->generation = old->generation + (old->live != old->used ? 1 : 0);
+    // Moving an entry is copying its bits: nothing refers back into it.
+    Entry* const entries = mBlock->entries();
     for (Slot slot = 0; slot < old->used; ++slot) {
-      Entry& entry = old->entries()[slot];
-      if (!Policy::isHole(entry)) append(std::move(entry));
+      if (Policy::isHole(old->entries()[slot])) continue;
+      std::memcpy(static_cast<void*>(entries + mBlock->live), static_cast<const void*>(old->entries() + slot),
+                  sizeof(Entry));
+      ++mBlock->live;
     }
-    destroy(old);
+    mBlock->used = mBlock->live;
+    for (Slot slot = 0; mBlock->hasTable() && slot < mBlock->used; ++slot) {
+      const std::uint32_t hash = hash32(Policy::hashOf(entries[slot]));
+      enterInTable(slot, hash, freePlaceFor(hash));
+    }
+    ::operator delete(old);
   }
 
   Block* mBlock = nullptr;

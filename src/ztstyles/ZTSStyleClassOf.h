@@ -189,8 +189,7 @@ class ZTSStyleClassOf : public ZTSStyleClass {
 template <class T>
 requires requires { T::styleClass(); }
 Ref<T> make(const ZTSStyleFields& fields = {}) {
-  Ref<ZTSStyle> style = T::styleClass().makeStyle(fields);
-  return Ref<T>(static_cast<T*>(style.get()));
+  return boost::static_pointer_cast<T>(T::styleClass().makeStyle(fields));
 }
 
 }  // namespace zt

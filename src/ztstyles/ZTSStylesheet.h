@@ -325,7 +325,7 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   friend class ZTSStylesheetTestAccess;
 
   // Broadcasts, asked for where change communication is on: tell the observers of this stylesheet and of its
-  // descendants, then the notification centre.
+  // descendants, then the notification centre. The caller holds the stylesheet and the style.
   void tellStyleAdded(ZTSStyle& style);
   void tellStyleRemoved(ZTSStyle& style);
   void tellParentChanged();

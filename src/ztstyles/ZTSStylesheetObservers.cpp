@@ -63,16 +63,12 @@ Ref<NSDictionary> styleUserInfo(ZTSStyle& style) {
 // ---- Broadcasts
 
 void ZTSStylesheet::tellStyleAdded(ZTSStyle& style) {
-  const Ref<ZTSStylesheet> self(this);
-  const Ref<ZTSStyle> keptStyle(&style);
   invokeOnObservers(*this, [&](ZTSStylesheetObserver& observer) { observer.addedStyleToStylesheet(style, *this); });
   NSNotificationCenter::defaultCenter().postIfHeard(ZTSStylesheetStyleAddedNotification, this,
                                                     [&] { return styleUserInfo(style); });
 }
 
 void ZTSStylesheet::tellStyleRemoved(ZTSStyle& style) {
-  const Ref<ZTSStylesheet> self(this);
-  const Ref<ZTSStyle> keptStyle(&style);
   invokeOnObservers(*this, [&](ZTSStylesheetObserver& observer) { observer.removedStyleFromStylesheet(style, *this); });
   NSNotificationCenter::defaultCenter().postIfHeard(ZTSStylesheetStyleRemovedNotification, this,
                                                     [&] { return styleUserInfo(style); });

@@ -55,6 +55,46 @@ TEST(IdentitySetTest, AgreesWithASlowModelInContentsAndOrder) {
   }
 }
 
+/// Numbers whose hashes leave as few different bits as `kMask` has.
+template <std::uint32_t kMask>
+struct CrowdedPolicy {
+  using Key = int;
+  static int keyOf(int entry) { return entry; }
+  static bool isHole(int entry) { return entry == 0; }
+  static int hole() { return 0; }
+  static std::size_t hash(int key) { return (static_cast<std::uint32_t>(key) * 0x9e3779b1u) | ~kMask; }
+  static std::size_t hashOf(int entry) { return hash(entry); }
+  static bool matches(int entry, int key) { return entry == key; }
+};
+
+template <std::uint32_t kMask>
+void agreeWithASlowModel() {
+  std::mt19937 random(kMask);
+  OrderedTable<int, CrowdedPolicy<kMask>> table;
+  std::vector<int> model;
+  for (int step = 0; step < 20'000; ++step) {
+    const int number = 1 + static_cast<int>(random() % 120);
+    const bool isMember = std::find(model.begin(), model.end(), number) != model.end();
+    ASSERT_EQ(table.contains(number), isMember);
+    // Half full to nearly empty and back, so that runs of cells form, wrap around the end and close again.
+    if (random() % 400 < (step / 2000 % 2 == 0 ? 250u : 150u)) {
+      ASSERT_NE(table.insert(number).second, isMember);
+      if (!isMember) model.push_back(number);
+    } else {
+      ASSERT_EQ(table.remove(number), isMember);
+      std::erase(model, number);
+    }
+    ASSERT_TRUE(table.count() == model.size() && std::equal(table.begin(), table.end(), model.begin(), model.end()));
+  }
+}
+
+TEST(OrderedTableTest, FindsAndRemovesHoweverTheHashesCrowd) {
+  agreeWithASlowModel<0>();            // one home, the last place of the table: all behind it wrap
+  agreeWithASlowModel<0b11>();         // a few homes in a row
+  agreeWithASlowModel<0xf0000000u>();  // different only in bits that cells do not keep
+  agreeWithASlowModel<0x0ffffff0u>();  // one home while the table is small, told apart by the bits in the cells
+}
+
 TEST(IdentitySetTest, DoesSetAlgebraByIdentity) {
   const auto n = numbers(6);
   const auto setOf = [&](std::initializer_list<int> places) {
