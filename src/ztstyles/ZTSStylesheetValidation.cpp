@@ -19,29 +19,45 @@ namespace {
 
 constexpr const char* kSourceFile = "src/ztstyles/ZTSStylesheet";
 
-/// Positions by a number, several for each, handed out in ascending order. Two words a position.
+/// Positions by a number, several for each, handed out in ascending order: those whose numbers agree in 32 bits, so
+/// that what stands at a position is hardly ever looked at in vain.
 class Buckets {
  public:
-  explicit Buckets(const std::vector<std::size_t>& numbers) : mNext(numbers.size(), kNone) {
+  explicit Buckets(const std::vector<std::size_t>& numbers) : mLinks(numbers.size()) {
     std::size_t size = 4;
     while (size < numbers.size() * 2) size *= 2;
     mFirst.assign(size, kNone);
     for (std::size_t position = numbers.size(); position-- > 0;) {
-      std::uint32_t& first = mFirst[placeOf(numbers[position])];
-      mNext[position] = first;
+      const std::size_t mixed = mixBits(numbers[position]);
+      std::uint32_t& first = mFirst[mixed & (size - 1)];
+      mLinks[position] = {first, tagOf(mixed)};
       first = static_cast<std::uint32_t>(position);
     }
   }
 
   static constexpr std::uint32_t kNone = std::numeric_limits<std::uint32_t>::max();
-  [[nodiscard]] std::uint32_t first(std::size_t number) const noexcept { return mFirst[placeOf(number)]; }
-  [[nodiscard]] std::uint32_t next(std::uint32_t position) const noexcept { return mNext[position]; }
+  [[nodiscard]] std::uint32_t first(std::size_t number) const noexcept {
+    const std::size_t mixed = mixBits(number);
+    return withTag(tagOf(mixed), mFirst[mixed & (mFirst.size() - 1)]);
+  }
+  [[nodiscard]] std::uint32_t next(std::uint32_t position) const noexcept {
+    return withTag(mLinks[position].tag, mLinks[position].next);
+  }
 
  private:
-  [[nodiscard]] std::size_t placeOf(std::size_t number) const noexcept { return mixBits(number) & (mFirst.size() - 1); }
+  struct Link {
+    std::uint32_t next = kNone;
+    std::uint32_t tag = 0;
+  };
+
+  static std::uint32_t tagOf(std::size_t mixed) noexcept { return static_cast<std::uint32_t>(mixed >> 32); }
+  [[nodiscard]] std::uint32_t withTag(std::uint32_t tag, std::uint32_t position) const noexcept {
+    while (position != kNone && mLinks[position].tag != tag) position = mLinks[position].next;
+    return position;
+  }
 
   std::vector<std::uint32_t> mFirst;
-  std::vector<std::uint32_t> mNext;
+  std::vector<Link> mLinks;
 };
 
 std::size_t namedClass(const ZTSStyle& style) {
