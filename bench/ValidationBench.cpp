@@ -70,8 +70,20 @@ void Compare(benchmark::State& state) {
 }
 BENCHMARK(Compare)->Arg(10'000)->Arg(100'000)->Unit(benchmark::kMillisecond);
 
+/// As above, with all styles in one chain.
+void CompareChain(benchmark::State& state) {
+  const Ref<ZTSStylesheet> sheet = ZTSStylesheet::withHost();
+  chain(*sheet, static_cast<std::size_t>(state.range(0)));
+  const Ref<NSObject> copy = sheet->copy();
+  for (auto each : state) {
+    if (!sheet->isEqual(copy.get())) throw std::runtime_error("a copy that is not equal");
+  }
+}
+BENCHMARK(CompareChain)->Arg(1'000)->Arg(10'000)->Unit(benchmark::kMillisecond);
+
 // Ten times the styles no longer fit the caches, so the times grow a little faster than the instructions.
 const bool kValidation = compare({"Validate<PlainStyle>/100000", "Validate<PlainStyle>/10000"});
+const bool kCompareChain = compare({"CompareChain/10000", "CompareChain/1000", 25});
 const bool kCopy = compare({"Copy/100000", "Copy/10000"});
 const bool kComparison = compare({"Compare/100000", "Compare/10000"});
 

@@ -9,6 +9,7 @@
 #include <platform/ZTHash.h>
 #include <platform/ZTNesting.h>
 #include <support/ZTUAssertionHandler.h>
+#include <ztstyles/ZTSStyleFindings.h>
 #include <ztstyles/ZTSStylesheet.h>
 
 #include <boost/unordered/unordered_flat_set.hpp>
@@ -40,6 +41,8 @@ struct PairHash {
 /// Pairs as a stack that can be searched: by walking it while it is small.
 class PairStack {
  public:
+  static constexpr std::size_t kWalked = 16;
+
   [[nodiscard]] std::size_t size() const noexcept { return mPairs.size(); }
   [[nodiscard]] const Pair& top() const noexcept { return mPairs.back(); }
   [[nodiscard]] bool contains(const Pair& pair) const {
@@ -70,7 +73,6 @@ class PairStack {
   }
 
  private:
-  static constexpr std::size_t kWalked = 16;
   static constexpr std::size_t kKept = 4096;
   std::vector<Pair> mPairs;
   boost::unordered_flat_set<Pair, PairHash> mIndex;  // the same pairs, while there are more than kWalked
@@ -80,7 +82,8 @@ class PairStack {
 struct Comparisons {
   std::recursive_mutex lock;
   PairStack underWay;
-  PairStack foundEqual;  // within the outermost comparison under way
+  PairStack foundEqual;     // within the outermost comparison under way, or while findings are to be kept
+  std::size_t keepers = 0;  // the ZTSStyleFindings alive
 
   static Comparisons& shared() {
     static auto* all = new Comparisons;  // outlives every static
@@ -101,7 +104,9 @@ class ZTSStyle::Comparison {
   ~Comparison() {
     if (mAll.underWay.size() > mStart) forgetFindings();  // thrown: what rested on these pairs is not known
     mAll.underWay.cutBack(mStart);
-    if (mStart == 0) mAll.foundEqual.cutBack(0);
+    if (mStart != 0) return;
+    // Few findings are found again sooner than they are looked up.
+    if (mAll.keepers == 0 || mAll.foundEqual.size() <= mFoundBefore + PairStack::kWalked) forgetFindings();
   }
   Comparison(const Comparison&) = delete;
   Comparison& operator=(const Comparison&) = delete;
@@ -162,6 +167,13 @@ class ZTSStyle::Comparison {
   const std::size_t mStart;
   const std::size_t mFoundBefore;
 };
+
+ZTSStyleFindings::ZTSStyleFindings() : mHold(Comparisons::shared().lock) { ++Comparisons::shared().keepers; }
+
+ZTSStyleFindings::~ZTSStyleFindings() {
+  Comparisons& all = Comparisons::shared();
+  if (--all.keepers == 0 && all.underWay.size() == 0) all.foundEqual.cutBack(0);
+}
 
 Ref<NSObject> ZTSStyle::copy() const {
   const Ref<ZTSStyle> copy = classObject().makeStyle();

@@ -3,6 +3,7 @@
 #include <platform/ZTNesting.h>
 #include <support/ZTUPointerKeyDictionary.h>
 #include <ztstyles/ZTSAggregateStyle.h>
+#include <ztstyles/ZTSStyleFindings.h>
 #include <ztstyles/ZTSStylesheet.h>
 
 #include <algorithm>
@@ -152,6 +153,7 @@ bool ZTSStylesheet::isEqualApartFromParents(const ZTSStylesheet& other) const {
 bool ZTSStylesheet::isEqual(const NSObject* other) const {
   if (this == other) return true;
   const NestingGuard nesting("isEqual:", Nesting::equality);
+  const ZTSStyleFindings findings;
   const auto* theirs = dynamic_cast<const ZTSStylesheet*>(other);
   const auto* mine = this;
   while (theirs != nullptr && mine->isEqualApartFromParents(*theirs)) {

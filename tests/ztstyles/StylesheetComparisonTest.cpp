@@ -134,6 +134,26 @@ TEST(StylesheetEqualityTest, AsksAClassThatComparesInAWayOfItsOwn) {
   EXPECT_TRUE(sheets[0]->isEqual(sheets[1].get()));
 }
 
+TEST(StylesheetEqualityTest, FollowsALongChainAndForgetsWhatItFoundThere) {
+  Scene scene;
+  StringRef above;
+  for (int level = 0; level < 300; ++level) {
+    const StringRef identifier("level" + std::to_string(level));
+    scene.style(identifier, above, {{size, level}});
+    above = identifier;
+  }
+  scene.style({}, above);
+  const Ref<ZTSStylesheet> copy = copyOf(*scene.sheet);
+  for (const int level : {0, 150, 299}) {
+    const StringRef identifier("level" + std::to_string(level));
+    EXPECT_TRUE(scene.sheet->isEqual(copy.get()) && copy->isEqual(scene.sheet.get()));
+    copy->styleWithIdentifier(identifier)->p_setValueForProperty(NSNumber::withInteger(-1), size);
+    EXPECT_FALSE(scene.sheet->isEqual(copy.get()) || copy->isEqual(scene.sheet.get())) << level;
+    EXPECT_FALSE(scene.sheet->anonymousStyles().anyObject()->isEqual(copy->anonymousStyles().anyObject())) << level;
+    copy->styleWithIdentifier(identifier)->p_setValueForProperty(NSNumber::withInteger(level), size);
+  }
+}
+
 TEST(StylesheetDescriptionTest, ListsEveryStyle) {
   Scene scene;
   const auto shown = [&] { return scene.sheet->description(); };
