@@ -9,6 +9,8 @@
 #include <platform/NSString.h>
 #include <platform/ZTFormat.h>
 
+#include <fmt/format.h>
+
 #include <ostream>
 
 namespace zt {
@@ -193,8 +195,8 @@ class SetCommand : public Command {
     for (const auto& [label, values] : phase["after"].items()) {
       for (const auto& [key, value] : values.items()) {
         console.out << "  "
-                    << singleLine(label + "  " + key + ": " + shown(phase["before"][label][key]) + " -> " +
-                                  shown(value))
+                    << singleLine(fmt::format("{}  {}: {} -> {}", label, key, shown(phase["before"][label][key]),
+                                              shown(value)))
                     << '\n';
       }
     }

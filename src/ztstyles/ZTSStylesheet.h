@@ -195,6 +195,9 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   /// Adds the style and every style reachable through references that is in no stylesheet yet, references first.
   virtual void addStyleAndReferencedStyles(Ref<ZTSStyle> style);
   virtual void addStyleAndReferencedStylesWithContext(Ref<ZTSStyle> style, NSObject* context);
+  /// Removes the style and every style reachable through references, those last found first; all of them are told,
+  /// undone and refused as by `removeStyle`. One that another stylesheet holds is reported, and its references are
+  /// not followed.
   virtual void removeStyleAndReferencedStyles(Ref<ZTSStyle> style);
   /// @}
 
@@ -360,6 +363,9 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   // Reading an archive.
   void readStyles(ZTAXMLUnarchiver& unarchiver, _xmlNode* container,
                   const std::function<void(Ref<ZTSStyle>, _xmlNode*)>& take);
+  void readParent(ZTAXMLUnarchiver& unarchiver, _xmlNode* node);
+  void takeFromIdentified(ZTAXMLUnarchiver& unarchiver, Ref<ZTSStyle> style, _xmlNode* child);
+  void takeFromAnonymous(ZTAXMLUnarchiver& unarchiver, Ref<ZTSStyle> style, _xmlNode* child);
   void takeIdentified(ZTAXMLUnarchiver& unarchiver, Ref<ZTSStyle> style, _xmlNode* child);
   void takeAnonymous(Ref<ZTSStyle> style);
 

@@ -142,26 +142,10 @@ void ZTSStylesheet::encodeWithXMLArchiver(ZTAXMLArchiver& archiver, _xmlNode* no
 
 bool ZTSStylesheet::initWithXMLUnarchiver(ZTAXMLUnarchiver& unarchiver, _xmlNode* node, std::uint64_t version) {
   if (!initWithHost(nullptr)) return false;
-
-  Ref<ZTSStylesheet> parent;
-  if (xmlNode* parentNode = ztaxmlFirstChildNsNamed(node, CorvaleNamespace, "parent")) {
-    parent = ZTUDynamicCast<ZTSStylesheet>(unarchiver.createObjectOfClass(stylesheetClass(), parentNode));
-    if (parent == this || (parent && isAncestorOfStylesheet(parent.get()))) {
-      unarchiver.raise(parentNode, "a stylesheet cannot be among its own ancestors");
-    }
-    if (parent) parent->p_addChild(*this);
-  }
-  p_setParent(std::move(parent));
-
+  readParent(unarchiver, node);
   if (xmlNode* container = ztaxmlFirstChildNsNamed(node, CorvaleNamespace, "styles")) {
-    readStyles(unarchiver, container, [&](Ref<ZTSStyle> style, _xmlNode* child) {
-      if (style->isIdentified()) return takeIdentified(unarchiver, std::move(style), child);
-      ZTULog_Fn(kZTULogFailure, kSourceFile,
-                "Stylesheet %p found style %p without identifier among the identified styles, keeping it as anonymous",
-                address(this), address(style.get()));
-      unarchiver.report(child, "expected an identifier, found none; the style is kept as an anonymous one");
-      takeAnonymous(std::move(style));
-    });
+    readStyles(unarchiver, container,
+               [&](Ref<ZTSStyle> style, _xmlNode* child) { takeFromIdentified(unarchiver, std::move(style), child); });
   }
 
   const bool isDiffable = ztaShouldGenerateDiffableXml();
@@ -172,25 +156,8 @@ bool ZTSStylesheet::initWithXMLUnarchiver(ZTAXMLUnarchiver& unarchiver, _xmlNode
     ZTULog_Fn(kZTULogFailure, kSourceFile, "Stylesheet %p couldn't create anonymous children.", address(this));
     throw NSGenericException(format("Stylesheet %p couldn't create anonymous children.", address(this)));
   }
-  readStyles(unarchiver, container, [&](Ref<ZTSStyle> style, _xmlNode* child) {
-    if (style->isIdentified()) {
-      if (styleWithIdentifier(style->identifier()) == style.get()) return;
-      ZTULog_Fn(kZTULogFailure, kSourceFile,
-                "Stylesheet %p found style %p with identifier '%@' among the anonymous styles", address(this),
-                address(style.get()), style->identifier());
-      if (styleWithIdentifier(style->identifier()) == nullptr) {
-        unarchiver.report(child, format("expected no identifier, found '%@'; the style is kept as an identified one",
-                                        style->identifier()));
-        return takeIdentified(unarchiver, std::move(style), child);
-      }
-      unarchiver.report(
-          child, format("expected no identifier, found '%@', which another style has; the style is kept without it",
-                        style->identifier()));
-      style->p_setIdentifier({});
-    }
-    takeAnonymous(style);
-    if (mAnonymousStyleOrderingMap) ZTSIndexOfAnonymousStyle(*style, *mAnonymousStyleOrderingMap);
-  });
+  readStyles(unarchiver, container,
+             [&](Ref<ZTSStyle> style, _xmlNode* child) { takeFromAnonymous(unarchiver, std::move(style), child); });
 
   const std::vector<Ref<ZTSStyle>> all = retainedStyles();
   for (const Ref<ZTSStyle>& style : all) style->archivingUpdateParent();
@@ -198,6 +165,18 @@ bool ZTSStylesheet::initWithXMLUnarchiver(ZTAXMLUnarchiver& unarchiver, _xmlNode
   if (isDiffable) p_cleanupAnonymousStyleOrderingMap();
   mIsChangeCommunicationEnabled = true;
   return true;
+}
+
+void ZTSStylesheet::readParent(ZTAXMLUnarchiver& unarchiver, _xmlNode* node) {
+  Ref<ZTSStylesheet> parent;
+  if (xmlNode* parentNode = ztaxmlFirstChildNsNamed(node, CorvaleNamespace, "parent")) {
+    parent = ZTUDynamicCast<ZTSStylesheet>(unarchiver.createObjectOfClass(stylesheetClass(), parentNode));
+    if (parent == this || (parent && isAncestorOfStylesheet(parent.get()))) {
+      unarchiver.raise(parentNode, "a stylesheet cannot be among its own ancestors");
+    }
+    if (parent) parent->p_addChild(*this);
+  }
+  p_setParent(std::move(parent));
 }
 
 /// Makes the styles of a container, one after the other, and hands over those that may be kept.
@@ -221,6 +200,35 @@ void ZTSStylesheet::readStyles(ZTAXMLUnarchiver& unarchiver, _xmlNode* container
                 address(this), address(child));
     }
   }
+}
+
+void ZTSStylesheet::takeFromIdentified(ZTAXMLUnarchiver& unarchiver, Ref<ZTSStyle> style, _xmlNode* child) {
+  if (style->isIdentified()) return takeIdentified(unarchiver, std::move(style), child);
+  ZTULog_Fn(kZTULogFailure, kSourceFile,
+            "Stylesheet %p found style %p without identifier among the identified styles, keeping it as anonymous",
+            address(this), address(style.get()));
+  unarchiver.report(child, "expected an identifier, found none; the style is kept as an anonymous one");
+  takeAnonymous(std::move(style));
+}
+
+void ZTSStylesheet::takeFromAnonymous(ZTAXMLUnarchiver& unarchiver, Ref<ZTSStyle> style, _xmlNode* child) {
+  if (style->isIdentified()) {
+    if (styleWithIdentifier(style->identifier()) == style.get()) return;
+    ZTULog_Fn(kZTULogFailure, kSourceFile,
+              "Stylesheet %p found style %p with identifier '%@' among the anonymous styles", address(this),
+              address(style.get()), style->identifier());
+    if (styleWithIdentifier(style->identifier()) == nullptr) {
+      unarchiver.report(child, format("expected no identifier, found '%@'; the style is kept as an identified one",
+                                      style->identifier()));
+      return takeIdentified(unarchiver, std::move(style), child);
+    }
+    unarchiver.report(
+        child, format("expected no identifier, found '%@', which another style has; the style is kept without it",
+                      style->identifier()));
+    style->p_setIdentifier({});
+  }
+  takeAnonymous(style);
+  if (mAnonymousStyleOrderingMap) ZTSIndexOfAnonymousStyle(*style, *mAnonymousStyleOrderingMap);
 }
 
 void ZTSStylesheet::takeIdentified(ZTAXMLUnarchiver& unarchiver, Ref<ZTSStyle> style, _xmlNode* child) {
