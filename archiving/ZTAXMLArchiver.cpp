@@ -197,8 +197,8 @@ void ZTAXMLArchiver::writeIn(Written& written, ZTAXMLCoding& object, _xmlNode* p
     object.encodeWithXMLArchiver(*this, written.node, mState->version);
   } catch (const ZTAArchiveException& exception) {
     if (exception.isHandled() || !mState->errorHandler) throw;
-    Ref<ZTAError> error = mState->errorHandler->handleError(exception.error());
-    throw ZTAArchiveException(error ? std::move(error) : exception.error(), true);
+    const Ref<ZTAError> error = mState->errorHandler->handleError(exception.error());
+    throw ZTAArchiveException(error ? error : exception.error(), true);
   }
   // The name alone tells the class where it is registered for it; anything else needs a record.
   const bool isTold = name == nullptr && registered != nullptr;

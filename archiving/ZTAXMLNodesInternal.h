@@ -42,7 +42,7 @@ inline std::string_view attribute(const xmlNode* node, const xmlNs& ns, const ch
   for (const xmlAttr* each = node->properties; each != nullptr; each = each->next) {
     if (std::strcmp(text(each->name), name) != 0 || !isIn(each->ns, ns)) continue;
     return each->children != nullptr && each->children->content != nullptr ? view(each->children->content)
-                                                                           : std::string_view("", 0);
+                                                                           : std::string_view("");
   }
   return {};
 }

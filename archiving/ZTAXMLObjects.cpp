@@ -226,8 +226,8 @@ Ref<NSObject> ZTAXMLUnarchiver::finish(Frame& frame) {
       }
     } catch (const ZTAArchiveException& exception) {
       if (exception.isHandled() || !mState->errorHandler) throw;
-      Ref<ZTAError> error = mState->errorHandler->handleError(exception.error());
-      throw ZTAArchiveException(error ? std::move(error) : exception.error(), true);
+      const Ref<ZTAError> error = mState->errorHandler->handleError(exception.error());
+      throw ZTAArchiveException(error ? error : exception.error(), true);
     } catch (const NSException& exception) {
       report(frame.node, exception.reason());
       throw;

@@ -205,7 +205,7 @@ class ZTAXMLTreeBuilder {
     node->ns = recordOf(uri);
     const std::size_t at = line();
     node->line = static_cast<unsigned short>(std::min<std::size_t>(at, 0xffff));
-    node->psvi = reinterpret_cast<void*>(at);  // the field above ends at 65535
+    node->psvi = reinterpret_cast<void*>(at);  // NOLINT(performance-no-int-to-ptr): the field above ends at 65535
     append(node);
     xmlAttr* last = nullptr;
     for (int index = 0; index < count; ++index) {

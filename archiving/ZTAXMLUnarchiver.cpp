@@ -119,7 +119,7 @@ void ZTAXMLUnarchiver::collectEntries() {
       continue;
     }
     state.entries.push_back(Entry{node});
-    node->_private = reinterpret_cast<void*>(state.entries.size());
+    node->_private = reinterpret_cast<void*>(state.entries.size());  // NOLINT(performance-no-int-to-ptr)
   }
 }
 

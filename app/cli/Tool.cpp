@@ -37,6 +37,7 @@ int parseAndRun(std::vector<std::string> arguments, const Console& console) {
 
   const auto commands = makeCommands();
   std::vector<CLI::App*> subcommands;
+  subcommands.reserve(commands.size());
   for (const auto& command : commands) subcommands.push_back(command->addTo(tool));
 
   if (!arguments.empty() && !arguments.front().empty() && arguments.front().front() != '-' &&

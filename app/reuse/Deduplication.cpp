@@ -12,7 +12,7 @@ namespace {
 
 /// Every effective value.
 Ref<PropertyMap> appearanceOf(const ZTSStyle& style) {
-  const Ref<PropertyMap> appearance = PropertyMap::make();
+  Ref<PropertyMap> appearance = PropertyMap::make();
   if (const Ref<PropertyMap> all = style.propertyMap()) {
     for (const PropertyMap::Entry& entry : *all) {
       if (const Ref<NSObject> value = style.valueForProperty(entry.key)) appearance->set(entry.key, value);

@@ -42,7 +42,7 @@ class DocumentStyleSource final : public NSObject, public NSTableViewDataSource 
 };
 
 Ref<NSTableView> viewWith(std::initializer_list<const char*> columns, NSTableViewDataSource* source) {
-  const auto view = make<NSTableView>();
+  auto view = make<NSTableView>();
   for (const char* column : columns) view->addTableColumn(make<NSTableColumn>(StringRef(column)));
   view->setDataSource(source);
   return view;

@@ -38,7 +38,7 @@ bool OdfStyle::initWithName(const ZTSStyleFields& fields) {
       truePropertyMapFromPropertyMap(Ref<const PropertyMap>(fields.overridePropertyMap));
   ZTSStyleFields storedFields = fields;
   storedFields.overridePropertyMap = stored.get();
-  return ZTSAggregateStyle::initWithName(storedFields);
+  return ZTSAggregateStyle::initWithName(storedFields);  // NOLINT(bugprone-parent-virtual-call): taken as they are
 }
 
 std::string OdfStyle::familyName() const {
@@ -67,6 +67,17 @@ Ref<NSObject> OdfStyle::valueForProperty(PropertyKey key) const {
   }
   Ref<NSObject> value = resolved(share, {});
   return value != nullptr ? value : defaultValueForNilStyleProperty(key);
+}
+
+Ref<PropertyMap> OdfStyle::propertyMap() const {
+  std::vector<Ref<const PropertyMap>> maps;  // nearest first
+  for (const ZTSStyle* style = this; style != nullptr; style = style->parent()) {
+    if (Ref<const PropertyMap> own = style->overridePropertyMap()) maps.push_back(std::move(own));
+  }
+  if (maps.empty()) return {};
+  const Ref<PropertyMap> flat = maps.back()->copy();
+  for (auto map = maps.rbegin() + 1; map != maps.rend(); ++map) flat->addEntriesFrom(**map);
+  return flat;
 }
 
 bool OdfStyle::validateValueForProperty(NSObject* value, PropertyKey key) const {

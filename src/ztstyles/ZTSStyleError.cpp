@@ -15,7 +15,7 @@ Ref<ZTSStyleError> ZTSStyleError::withRootErrorStyle(Ref<ZTAError> error, Ref<ZT
 }
 
 std::string ZTSStyleError::description() const {
-  const std::string text = rootError().description();
+  std::string text = rootError().description();
   if (!mStyle) return text;
   if (mStyle->isIdentified())
     return text + singleLine(format(" (in the style with identifier '%@')", mStyle->identifier()));

@@ -49,8 +49,7 @@ Ref<ZTSStyle> ZTSVariationIndexes::first(const Members& members, ZTSStylesheet* 
     while (!index->isStale()) {
       const Index::Slot slot = index->next(hashes, from);
       if (slot == Index::kNoSlot) return {};
-      if (const Ref<ZTSStyle> member = retainIfAlive(members.at(slot));
-          member && members.fits(*member, stylesheet, query)) {
+      if (Ref<ZTSStyle> member = retainIfAlive(members.at(slot)); member && members.fits(*member, stylesheet, query)) {
         return member;
       }
       if (!index->isStale()) index->dismiss(hashes, slot);
@@ -58,8 +57,7 @@ Ref<ZTSStyle> ZTSVariationIndexes::first(const Members& members, ZTSStylesheet* 
     }
   }
   for (Index::Slot slot = 0; slot < members.slotCount(); ++slot) {
-    if (const Ref<ZTSStyle> member = retainIfAlive(members.at(slot));
-        member && members.fits(*member, stylesheet, query)) {
+    if (Ref<ZTSStyle> member = retainIfAlive(members.at(slot)); member && members.fits(*member, stylesheet, query)) {
       return member;
     }
   }

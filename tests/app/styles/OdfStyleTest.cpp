@@ -54,6 +54,27 @@ TEST(OdfStyleTest, SharesOfTheParentAreResolvedOverAnyNumberOfLevels) {
   }
 }
 
+TEST(OdfStyleTest, AChainMayBeLongerThanCallsCanNest) {
+  const Ref<ZTDocument> document = ZTDocument::create();
+  StringRef parent("graphic");
+  const PropertyKey opacity = keys::opacity();
+  for (int level = 0; level < 12'000; ++level) {
+    const StringRef identifier("graphic:" + std::to_string(level));
+    const auto map = PropertyMap::make();
+    if (level % 1000 == 0) map->set(opacity, read(opacity, level < 11'000 ? "60%" : "30%"));
+    document->stylesheet().addStyle(
+        makeFamilyStyle(StyleFamily::graphic,
+                        {.identifier = identifier, .parentIdentifier = parent, .overridePropertyMap = map.get()}));
+    parent = identifier;
+  }
+  const ZTSStyle& last = *document->stylesheet().styleWithIdentifier(parent);
+  const Ref<PropertyMap> all = last.propertyMap();
+  ASSERT_TRUE(all && last.parent() != nullptr);
+  EXPECT_EQ(valueText(all->find(opacity), true), "30%");
+  EXPECT_EQ(valueText(all->find(keys::transparency()), true), "70%");
+  EXPECT_EQ(valueText(last.valueForProperty(opacity).get(), true), "30%");
+}
+
 TEST(OdfStyleTest, ChangesOfABaseReachTheSharesAndCanBeUndone) {
   const Ref<ZTDocument> document = ZTDocument::create();
   ZTSStylesheet& sheet = document->stylesheet();
