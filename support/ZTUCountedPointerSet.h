@@ -52,7 +52,7 @@ class ZTUCountedPointerSet {
     static const void* keyOf(const Counted& entry) noexcept { return entry.object; }
     static bool isHole(const Counted& entry) noexcept { return entry.object == nullptr; }
     static Counted hole() noexcept { return {nullptr, 0}; }
-    static std::size_t hash(const void* key) noexcept { return hashOfAddress(key); }
+    static std::size_t hash(const void* key) noexcept { return hashOfAddress<T>(key); }
     static std::size_t hashOf(const Counted& entry) noexcept { return hash(entry.object); }
     static bool matches(const Counted& entry, const void* key) noexcept { return entry.object == key; }
   };

@@ -50,7 +50,7 @@ class ZTUPointerKeyDictionaryOf final : public NSObject {
     static const void* keyOf(const Entry& entry) noexcept { return entry.key.get(); }
     static bool isHole(const Entry& entry) noexcept { return entry.key == nullptr; }
     static Entry hole() noexcept { return {}; }
-    static std::size_t hash(const void* key) noexcept { return hashOfAddress(key); }
+    static std::size_t hash(const void* key) noexcept { return hashOfAddress<K>(key); }
     static std::size_t hashOf(const Entry& entry) noexcept { return hash(entry.key.get()); }
     static bool matches(const Entry& entry, const void* key) noexcept { return entry.key.get() == key; }
   };
