@@ -3,6 +3,9 @@
 #include "BenchStyles.h"
 #include "BenchSupport.h"
 
+#include <functional>
+#include <memory>
+
 namespace zt::bench {
 namespace {
 
@@ -111,17 +114,27 @@ void RemoveIdentified(benchmark::State& state) {
 }
 BENCHMARK(RemoveIdentified)->Unit(benchmark::kMillisecond)->Arg(10'000)->Arg(100'000);
 
-void ReparentAbove(benchmark::State& state) {
-  const Ref<ZTSStylesheet> one = ZTSStylesheet::withHost();
-  const Ref<ZTSStylesheet> two = ZTSStylesheet::withHost();
-  const Ref<ZTSStylesheet> sheet = ZTSStylesheet::withHost();
-  for (const auto& above : {one, two}) above->addStyle(make<PlainStyle>({.identifier = "base"}));
-  sheet->setParent(one);
-  for (std::int64_t style = 0; style < state.range(0); ++style) {
-    sheet->addStyle(make<PlainStyle>({.identifier = "s" + std::to_string(style), .parentIdentifier = "base"}));
+/// A stylesheet whose styles all inherit from a style above it, and two stylesheets in turn that have one.
+class Reparented {
+ public:
+  explicit Reparented(std::int64_t count) {
+    for (const auto& above : mAbove) above->addStyle(make<PlainStyle>({.identifier = "base"}));
+    mSheet->setParent(mAbove[0]);
+    for (std::int64_t style = 0; style < count; ++style) {
+      mSheet->addStyle(make<PlainStyle>({.identifier = "s" + std::to_string(style), .parentIdentifier = "base"}));
+    }
   }
-  bool turn = false;
-  for (auto each : state) sheet->setParent((turn = !turn) ? two : one);
+  void turn() { mSheet->setParent(mAbove[(mTurn = !mTurn) ? 1 : 0]); }
+
+ private:
+  const Ref<ZTSStylesheet> mAbove[2] = {ZTSStylesheet::withHost(), ZTSStylesheet::withHost()};
+  const Ref<ZTSStylesheet> mSheet = ZTSStylesheet::withHost();
+  bool mTurn = false;
+};
+
+void ReparentAbove(benchmark::State& state) {
+  Reparented reparented(state.range(0));
+  for (auto each : state) reparented.turn();
 }
 BENCHMARK(ReparentAbove)->Unit(benchmark::kMillisecond)->Arg(10'000)->Arg(100'000)->Arg(1'000'000);
 
@@ -193,6 +206,13 @@ const bool kAddCount = countInstructions(
          sheet->addStyle(make<PlainStyle>({.parentIdentifier = base, .overridePropertyMap = map.get()}));
        };
      }});
+
+std::function<std::function<void()>()> reparenting(std::int64_t count) {
+  return [count] { return [reparented = std::make_shared<Reparented>(count)] { reparented->turn(); }; };
+}
+const bool kReparentSmall = countInstructions({"re-parent, a style among 10,000", reparenting(10'000), 2, 0, 10'000});
+const bool kReparentLarge =
+    countInstructions({"re-parent, a style among 100,000", reparenting(100'000), 2, 0, 100'000});
 
 const bool kAdd = compare({"CreateAndAddAnonymous", "TwoMallocs", 4});
 const bool kLinear = compare({"AddIdentified/100000/0/0", "AddIdentified/10000/0/0", 15});
