@@ -75,7 +75,7 @@ Ref<PropertyMap> OdfStyle::propertyMap() const {
     if (Ref<const PropertyMap> own = style->overridePropertyMap()) maps.push_back(std::move(own));
   }
   if (maps.empty()) return {};
-  const Ref<PropertyMap> flat = maps.back()->copy();
+  Ref<PropertyMap> flat = maps.back()->copy();
   for (auto map = maps.rbegin() + 1; map != maps.rend(); ++map) flat->addEntriesFrom(**map);
   return flat;
 }
