@@ -37,7 +37,10 @@ class OrderedTable {
   OrderedTable(const OrderedTable& other) {
     if (other.count() == 0) return;
     mBlock = allocate(other.mBlock->live);
-    for (const Entry& entry : other) insert(Entry(entry));
+    for (const Entry& entry : other) {
+      const std::uint32_t hash = hash32(Policy::hashOf(entry));
+      append(Entry(entry), hash, freePlaceFor(hash));
+    }
   }
   OrderedTable(OrderedTable&& other) noexcept : mBlock(std::exchange(other.mBlock, nullptr)) {}
   OrderedTable& operator=(OrderedTable other) noexcept {
@@ -52,7 +55,7 @@ class OrderedTable {
   /// The slot of the entry with this key, or `kNoSlot`.
   [[nodiscard]] Slot slotOf(const Key& key) const noexcept {
     Slot place = 0;
-    return mBlock != nullptr ? search(key, mBlock->hasTable() ? hash32(Policy::hash(key)) : 0, place) : kNoSlot;
+    return mBlock != nullptr ? search(key, hashFor(key), place) : kNoSlot;
   }
   [[nodiscard]] bool contains(const Key& key) const noexcept { return slotOf(key) != kNoSlot; }
 
@@ -103,7 +106,7 @@ class OrderedTable {
   Entry take(const Key& key) noexcept {
     if (mBlock == nullptr) return Policy::hole();
     Slot place = 0;
-    const Slot slot = search(key, mBlock->hasTable() ? hash32(Policy::hash(key)) : 0, place);
+    const Slot slot = search(key, hashFor(key), place);
     if (slot == kNoSlot) return Policy::hole();
     if (mBlock->hasTable()) removeFromTable(place);
     Entry taken = std::exchange(mBlock->entries()[slot], Policy::hole());
@@ -219,6 +222,10 @@ class OrderedTable {
   }
 
   static std::uint32_t hash32(std::size_t hash) noexcept { return static_cast<std::uint32_t>(hash); }
+  /// What a search of the block for this key needs: a block without a table is walked, and no hash is made.
+  [[nodiscard]] std::uint32_t hashFor(const Key& key) const noexcept {
+    return mBlock->hasTable() ? hash32(Policy::hash(key)) : 0;
+  }
 
   /// The slot of the entry with this key, or `kNoSlot`, in a block that is there. Where that has a table, `place` is
   /// where the search ended: at the entry's cell, or at the free one that it would take.
@@ -300,7 +307,6 @@ class OrderedTable {
     Block* old = std::exchange(mBlock, allocate(capacity));
     if (old == nullptr) return;
     mBlock->generation = old->generation + (old->live != old->used ? 1 : 0);
-    // Moving an entry is copying its bits: nothing refers back into it.
     Entry* const entries = mBlock->entries();
     for (Slot slot = 0; slot < old->used; ++slot) {
       if (Policy::isHole(old->entries()[slot])) continue;

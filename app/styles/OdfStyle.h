@@ -45,7 +45,7 @@ class OdfStyle : public ZTSDerivingStyle {
   /// (the next style, the linked style, ...) are answered from the style's own entry alone.
   /// Walks the chain in a loop, by the own entries of its styles: its length costs no call depth.
   Ref<NSObject> valueForProperty(PropertyKey key) const final;
-  /// As the library has it, and in a loop too.
+  /// As the library has it, none where no style of the chain sets anything; in a loop too.
   Ref<PropertyMap> propertyMap() const final;
 
   /// Accepts none, what the property's rule takes, and opaque text for unknown properties.

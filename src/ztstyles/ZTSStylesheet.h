@@ -195,9 +195,9 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   /// Adds the style and every style reachable through references that is in no stylesheet yet, references first.
   virtual void addStyleAndReferencedStyles(Ref<ZTSStyle> style);
   virtual void addStyleAndReferencedStylesWithContext(Ref<ZTSStyle> style, NSObject* context);
-  /// Removes the style and every style reachable through references, those last found first; all of them are told,
-  /// undone and refused as by `removeStyle`. One that another stylesheet holds is reported, and its references are
-  /// not followed.
+  /// Removes the style and every style that is reachable from it through references and held here, whoever else uses
+  /// it, by `removeStyle`, the one found last first. No style, and one that is not held here, is reported and stays as
+  /// it is; its references are not followed.
   virtual void removeStyleAndReferencedStyles(Ref<ZTSStyle> style);
   /// @}
 
@@ -364,6 +364,8 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   void readStyles(ZTAXMLUnarchiver& unarchiver, _xmlNode* container,
                   const std::function<void(Ref<ZTSStyle>, _xmlNode*)>& take);
   void readParent(ZTAXMLUnarchiver& unarchiver, _xmlNode* node);
+  // A style found among the identified or the anonymous ones; taken as what it is, with a report where it was
+  // misplaced.
   void takeFromIdentified(ZTAXMLUnarchiver& unarchiver, Ref<ZTSStyle> style, _xmlNode* child);
   void takeFromAnonymous(ZTAXMLUnarchiver& unarchiver, Ref<ZTSStyle> style, _xmlNode* child);
   void takeIdentified(ZTAXMLUnarchiver& unarchiver, Ref<ZTSStyle> style, _xmlNode* child);

@@ -1,5 +1,7 @@
 #include "Scene.h"
 
+#include <ztstyles/ZTSStyleFindings.h>
+
 namespace zt::testing {
 namespace {
 
@@ -152,6 +154,26 @@ TEST(StylesheetEqualityTest, FollowsALongChainAndForgetsWhatItFoundThere) {
     EXPECT_FALSE(scene.sheet->anonymousStyles().anyObject()->isEqual(copy->anonymousStyles().anyObject())) << level;
     copy->styleWithIdentifier(identifier)->p_setValueForProperty(NSNumber::withInteger(level), size);
   }
+}
+
+TEST(StyleFindingsTest, KeepsNothingThatRestedOnAnAssumptionThatFailed) {
+  // The root of a chain refers to a style at its end, so that the chains look alike while those styles are compared.
+  struct Ring {
+    Scene scene;
+    TestStyle& end;
+    TestStyle& other;
+    explicit Ring(int value) : end(scene.style({}, "c19", {{size, value}})), other(scene.style({}, "c19")) {
+      scene.style<TestAggregate>("c0", {}, {{list, end}});
+      for (int level = 1; level < 20; ++level) {
+        scene.style<TestAggregate>("c" + std::to_string(level), "c" + std::to_string(level - 1), {});
+      }
+    }
+  };
+  Ring one(1), alike(1), two(2);
+  const ZTSStyleFindings findings;
+  EXPECT_TRUE(one.end.isEqual(&alike.end) && one.other.isEqual(&alike.other));
+  EXPECT_FALSE(one.end.isEqual(&two.end));
+  EXPECT_FALSE(one.other.isEqual(&two.other));
 }
 
 TEST(StylesheetDescriptionTest, ListsEveryStyle) {
