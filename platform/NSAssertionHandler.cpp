@@ -24,7 +24,10 @@ NSAssertionHandler& NSAssertionHandler::currentHandler() noexcept {
 
 void NSAssertionHandler::handleFailureInMethod(std::string_view operation, const void* object,
                                                std::string_view sourceFile, int line, std::string description) {
-  AssertionReport report{std::string(operation), object, std::string(sourceFile), line, std::move(description)};
+  handleFailure(assertionReport(nullptr, operation, object, sourceFile, line, std::move(description)));
+}
+
+void NSAssertionHandler::handleFailure(AssertionReport report) {
   willRaise(report);
   throw NSInternalInconsistencyException(std::move(report.description));
 }

@@ -1,9 +1,12 @@
 #pragma once
 
+#include <platform/NSObject.h>
 #include <platform/ZTFormat.h>
 
 #include <string>
 #include <string_view>
+#include <type_traits>
+#include <utility>
 
 namespace zt {
 
@@ -14,10 +17,24 @@ struct AssertionReport {
   std::string sourceFile;        ///< the unit, such as "src/ztstyles/ZTSStyle"
   int line = 0;
   std::string description;
+  /// The object that the description is about, held as long as the report: the one that reports, unless the call names
+  /// another. None for nothing counted and for an object that is being made or destroyed.
+  Ref<const NSObject> subject = {};
 
   /// "file:line: operation <address>: description", in one line that is safe on a terminal.
   [[nodiscard]] ZT_EXPORT std::string text() const;
 };
+
+/// The report of a failure at a line; what the two macros hand to the handlers.
+template <class Object>
+AssertionReport assertionReport(const NSObject* subject, std::string_view operation, Object object,
+                                std::string_view sourceFile, int line, std::string description) {
+  if constexpr (std::is_convertible_v<Object, const NSObject*>) {
+    if (subject == nullptr) subject = object;
+  }
+  return {std::string(operation), object, std::string(sourceFile), line, std::move(description),
+          retainIfAlive(subject)};
+}
 
 /// The handler for failures after which an operation must not go on: it raises
 /// `NSInternalInconsistencyException` with the description as the reason.
@@ -37,6 +54,8 @@ class ZT_EXPORT NSAssertionHandler {
   /// Shows the failure to `willRaise`, then raises `NSInternalInconsistencyException`.
   [[noreturn]] void handleFailureInMethod(std::string_view operation, const void* object, std::string_view sourceFile,
                                           int line, std::string description);
+  /// The same with the whole report.
+  [[noreturn]] void handleFailure(AssertionReport report);
 
   /// Makes a handler the current one of this thread while the scope lives. Scopes nest.
   class ZT_EXPORT Scope {
@@ -58,6 +77,9 @@ class ZT_EXPORT NSAssertionHandler {
 }  // namespace zt
 
 /// Raises at the line of the call: operation, object, source file, format, arguments of the format.
-#define ZT_RAISE(operation, object, sourceFile, ...)                                                              \
-  ::zt::NSAssertionHandler::currentHandler().handleFailureInMethod((operation), (object), (sourceFile), __LINE__, \
-                                                                   ::zt::format(__VA_ARGS__))
+#define ZT_RAISE(operation, object, sourceFile, ...) ZT_RAISE_ABOUT(nullptr, operation, object, sourceFile, __VA_ARGS__)
+
+/// The same about another object than the one that raises.
+#define ZT_RAISE_ABOUT(subject, operation, object, sourceFile, ...) \
+  ::zt::NSAssertionHandler::currentHandler().handleFailure(         \
+      ::zt::assertionReport((subject), (operation), (object), (sourceFile), __LINE__, ::zt::format(__VA_ARGS__)))

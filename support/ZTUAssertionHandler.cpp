@@ -20,8 +20,10 @@ ZTUAssertionHandler& ZTUAssertionHandler::currentHandler() noexcept {
 
 void ZTUAssertionHandler::handleFailureInMethod(std::string_view operation, const void* object,
                                                 std::string_view sourceFile, int line, std::string description) {
-  record({std::string(operation), object, std::string(sourceFile), line, std::move(description)});
+  handleFailure(assertionReport(nullptr, operation, object, sourceFile, line, std::move(description)));
 }
+
+void ZTUAssertionHandler::handleFailure(AssertionReport report) { record(std::move(report)); }
 
 void ZTUAssertionHandler::record(AssertionReport report) {
   const std::string line = report.text() + "\n";

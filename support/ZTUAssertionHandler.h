@@ -28,6 +28,8 @@ class ZT_EXPORT ZTUAssertionHandler {
   /// application may choose to stop at the first failure.
   void handleFailureInMethod(std::string_view operation, const void* object, std::string_view sourceFile, int line,
                              std::string description);
+  /// The same with the whole report.
+  void handleFailure(AssertionReport report);
 
   /// Makes a handler the current one of this thread while the scope lives. Scopes nest.
   class ZT_EXPORT Scope {
@@ -71,6 +73,10 @@ class ZT_EXPORT ZTUAssertionRecorder final : public ZTUAssertionHandler {
 }  // namespace zt
 
 /// Reports at the line of the call: operation, object, source file, format, arguments of the format.
-#define ZT_REPORT(operation, object, sourceFile, ...)                                                              \
-  ::zt::ZTUAssertionHandler::currentHandler().handleFailureInMethod((operation), (object), (sourceFile), __LINE__, \
-                                                                    ::zt::format(__VA_ARGS__))
+#define ZT_REPORT(operation, object, sourceFile, ...) \
+  ZT_REPORT_ABOUT(nullptr, operation, object, sourceFile, __VA_ARGS__)
+
+/// The same about another object than the one that reports.
+#define ZT_REPORT_ABOUT(subject, operation, object, sourceFile, ...) \
+  ::zt::ZTUAssertionHandler::currentHandler().handleFailure(         \
+      ::zt::assertionReport((subject), (operation), (object), (sourceFile), __LINE__, ::zt::format(__VA_ARGS__)))

@@ -1,6 +1,7 @@
 #pragma once
 /// @file
-/// `ZTULog_Fn(level, sourceFile, format, arguments...)`: the levelled log, one line a call.
+/// `ZTULog_Fn(level, sourceFile, format, arguments...)`: the levelled log, one line a call. `ZTULog_About(subject,
+/// ...)` says which object the line is about.
 
 #include <platform/ZTFormat.h>
 
@@ -19,6 +20,8 @@ struct ZTULogEntry {
   int level = 0;
   std::string sourceFile;  ///< the unit, such as "src/ztstyles/ZTSStyle"
   std::string message;
+  /// The object that the message is about, held as long as the entry; none where the call names none.
+  Ref<const NSObject> subject = {};
 
   /// "level, file, message", in one line that is safe on a terminal.
   [[nodiscard]] ZT_EXPORT std::string text() const;
@@ -70,12 +73,20 @@ class ZT_EXPORT ZTULogRecorder final : public ZTULogSink {
   Scope mScope;
 };
 
-/// Writes one entry to the current sink of this thread.
+/// Writes one entry to the current sink of this thread, about an object or about none.
+template <class... Arguments>
+void ZTULog_About(const NSObject* subject, int level, std::string_view sourceFile,
+                  std::type_identity_t<FormatString<Arguments...>> text, const Arguments&... arguments) {
+  const ZTULogEntry entry{level, std::string(sourceFile), zt::format<Arguments...>(text, arguments...),
+                          retainIfAlive(subject)};
+  ZTULogSink::current().write(entry);
+}
+
+/// The same about none.
 template <class... Arguments>
 void ZTULog_Fn(int level, std::string_view sourceFile, std::type_identity_t<FormatString<Arguments...>> text,
                const Arguments&... arguments) {
-  const ZTULogEntry entry{level, std::string(sourceFile), zt::format<Arguments...>(text, arguments...)};
-  ZTULogSink::current().write(entry);
+  ZTULog_About<Arguments...>(nullptr, level, sourceFile, text, arguments...);
 }
 
 }  // namespace zt

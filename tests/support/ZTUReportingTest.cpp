@@ -26,6 +26,38 @@ TEST(ReturningHandlerTest, RecordsOrPrintsTheFailureOfItsThreadAndReturns) {
   EXPECT_TRUE(recorder.reports().empty());
 }
 
+TEST(ReportSubjectTest, IsTheObjectThatReportsOrTheOneThatTheCallNames) {
+  ZTUAssertionRecorder reports;
+  ZTULogRecorder log;
+  Ref<NSString> reporting = NSString::make("reporting");
+  const Ref<NSString> other = NSString::make("other");
+  ZT_REPORT("validate", reporting.get(), "src/unit", "about itself");
+  ZT_REPORT_ABOUT(other.get(), "validate", reporting.get(), "src/unit", "about %@", other);
+  ZT_REPORT("validate", &log, "src/unit", "about nothing counted");
+  ZTULog_About(other.get(), kZTULogNotice, "src/unit", "about %@", other);
+  ZTULog_Fn(kZTULogNotice, "src/unit", "about nothing");
+  const void* const address = std::exchange(reporting, nullptr).get();  // the report keeps it
+  ASSERT_EQ(reports.reports().size(), 3u);
+  EXPECT_EQ(reports.reports()[0].subject.get(), address);
+  EXPECT_EQ(reports.reports()[0].subject->description(), "reporting");
+  EXPECT_EQ(reports.reports()[1].subject, other);
+  EXPECT_EQ(reports.reports()[1].object, address);
+  EXPECT_EQ(reports.reports()[2].subject, nullptr);
+  EXPECT_EQ(log.entries()[0].subject, other);
+  EXPECT_EQ(log.entries()[1].subject, nullptr);
+}
+
+TEST(ReportSubjectTest, IsNoneForAnObjectThatIsBeingMadeOrDestroyed) {
+  struct Complaining final : NSObject {
+    Complaining() { ZT_REPORT("init", this, "src/unit", "making"); }
+    ~Complaining() override { ZT_REPORT("dealloc", this, "src/unit", "dying"); }
+  };
+  ZTUAssertionRecorder reports;
+  make<Complaining>();
+  ASSERT_EQ(reports.descriptions(), (std::vector<std::string>{"making", "dying"}));
+  for (const AssertionReport& report : reports.reports()) EXPECT_EQ(report.subject, nullptr) << report.description;
+}
+
 TEST(LevelledLogTest, WritesLevelFileAndMessageToTheInnermostSink) {
   testing::internal::CaptureStderr();
   ZTULog_Fn(kZTULogFailure, "src/unit", "Couldn't create property from node %s, using default", "fo:color");
