@@ -8,7 +8,7 @@
 #include <archiving/ZTAXMLUnarchiver.h>
 #include <support/ZTUDynamicCast.h>
 #include <ztstyles/ZTSArchiving.h>
-#include <ztstyles/ZTSStyleOrdering.h>
+#include <ztstyles/archive/ZTSStyleOrdering.h>
 
 #include <libxml/parser.h>
 #include <libxml/xmlsave.h>

@@ -15,9 +15,11 @@ if(TARGET ztstyles)
   install(TARGETS ztstyles RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT tool)
 endif()
 
+# The headers at a floor's door; what lies in its rooms is its own business.
 foreach(floor IN LISTS ZT_FLOORS)
   install(DIRECTORY "${PROJECT_SOURCE_DIR}/${ZT_FLOOR_DIRECTORY_${floor}}/" DESTINATION "${headers}/${floor}"
-    COMPONENT development FILES_MATCHING PATTERN "*.h" PATTERN "*Internal.h" EXCLUDE)
+    COMPONENT development FILES_MATCHING PATTERN "*.h" PATTERN "*Internal.h" EXCLUDE
+    REGEX "/ztstyles/[a-z]+$" EXCLUDE)
 endforeach()
 
 install(EXPORT ZTStylesTargets NAMESPACE ZTStyles:: DESTINATION "${package}" COMPONENT development)

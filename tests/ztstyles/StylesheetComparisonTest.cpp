@@ -1,6 +1,6 @@
 #include "Scene.h"
 
-#include <ztstyles/ZTSStyleFindings.h>
+#include <ztstyles/style/ZTSStyleFindings.h>
 
 namespace zt::testing {
 namespace {

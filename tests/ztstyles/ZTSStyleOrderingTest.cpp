@@ -1,5 +1,5 @@
 #include <tests/ztstyles/Archives.h>
-#include <ztstyles/ZTSStyleOrdering.h>
+#include <ztstyles/archive/ZTSStyleOrdering.h>
 
 #include <random>
 

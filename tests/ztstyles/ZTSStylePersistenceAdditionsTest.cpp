@@ -1,7 +1,7 @@
 #include <platform/NSArray.h>
 #include <tests/ztstyles/Archives.h>
 #include <ztstyles/ZTSStyleError.h>
-#include <ztstyles/ZTSStyleOrdering.h>
+#include <ztstyles/archive/ZTSStyleOrdering.h>
 
 #include <chrono>
 

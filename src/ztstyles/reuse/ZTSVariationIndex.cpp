@@ -4,7 +4,7 @@
 // change, remove and release anything, so a search holds the index and the member under test, keeps no place inside
 // them across a test, and asks after each whether the index still stands; if not, it walks.
 
-#include <ztstyles/ZTSMemberIndex.h>
+#include <ztstyles/reuse/ZTSMemberIndex.h>
 
 namespace zt {
 

@@ -1,6 +1,6 @@
 #include <platform/NSUndoManager.h>
 #include <ztstyles/ZTSStylesheet.h>
-#include <ztstyles/ZTSUnusedStyles.h>
+#include <ztstyles/reuse/ZTSUnusedStyles.h>
 
 #include <algorithm>
 

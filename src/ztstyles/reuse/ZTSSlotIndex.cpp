@@ -1,4 +1,4 @@
-#include <ztstyles/ZTSSlotIndex.h>
+#include <ztstyles/reuse/ZTSSlotIndex.h>
 
 namespace zt {
 

@@ -4,12 +4,12 @@
 #include <platform/NSUndoManager.h>
 #include <support/ZTUAssertionHandler.h>
 #include <support/ZTULog.h>
-#include <ztstyles/ZTSOrphanIndex.h>
 #include <ztstyles/ZTSStyleChangeInfo.h>
 #include <ztstyles/ZTSStyleClassOf.h>
 #include <ztstyles/ZTSStylesheet.h>
-#include <ztstyles/ZTSUnusedStyles.h>
-#include <ztstyles/ZTSVariationIndex.h>
+#include <ztstyles/reuse/ZTSUnusedStyles.h>
+#include <ztstyles/reuse/ZTSVariationIndex.h>
+#include <ztstyles/stylesheet/ZTSOrphanIndex.h>
 
 #include <algorithm>
 #include <atomic>

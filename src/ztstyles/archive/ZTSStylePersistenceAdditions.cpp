@@ -13,10 +13,10 @@
 #include <support/ZTULog.h>
 #include <ztstyles/ZTSAggregateStyle.h>
 #include <ztstyles/ZTSArchiving.h>
-#include <ztstyles/ZTSArchivingSettings.h>
-#include <ztstyles/ZTSReferenceGroups.h>
 #include <ztstyles/ZTSStyleError.h>
 #include <ztstyles/ZTSStylesheet.h>
+#include <ztstyles/archive/ZTSArchivingSettings.h>
+#include <ztstyles/references/ZTSReferenceGroups.h>
 
 #include <libxml/tree.h>
 

@@ -8,10 +8,10 @@
 #include <platform/NSUndoManager.h>
 #include <platform/ZTNesting.h>
 #include <support/ZTUAssertionHandler.h>
-#include <ztstyles/ZTSOrphanIndex.h>
 #include <ztstyles/ZTSStylesheet.h>
-#include <ztstyles/ZTSUnusedStyles.h>
-#include <ztstyles/ZTSVariationIndex.h>
+#include <ztstyles/reuse/ZTSUnusedStyles.h>
+#include <ztstyles/reuse/ZTSVariationIndex.h>
+#include <ztstyles/stylesheet/ZTSOrphanIndex.h>
 
 #include <algorithm>
 #include <typeinfo>

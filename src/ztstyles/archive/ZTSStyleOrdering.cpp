@@ -6,7 +6,7 @@
 // only grow, so that they can be shortened on the way, and every question is as good as constant.
 
 #include <ztstyles/ZTSAggregateStyle.h>
-#include <ztstyles/ZTSStyleOrdering.h>
+#include <ztstyles/archive/ZTSStyleOrdering.h>
 
 #include <algorithm>
 #include <limits>

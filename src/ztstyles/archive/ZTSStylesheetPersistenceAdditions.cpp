@@ -8,10 +8,10 @@
 #include <support/ZTUDynamicCast.h>
 #include <support/ZTULog.h>
 #include <ztstyles/ZTSArchiving.h>
-#include <ztstyles/ZTSArchivingSettings.h>
 #include <ztstyles/ZTSDerivingStyle.h>
-#include <ztstyles/ZTSStyleOrdering.h>
 #include <ztstyles/ZTSStylesheet.h>
+#include <ztstyles/archive/ZTSArchivingSettings.h>
+#include <ztstyles/archive/ZTSStyleOrdering.h>
 
 #include <libxml/tree.h>
 

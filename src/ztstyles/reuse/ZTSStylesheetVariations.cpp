@@ -7,7 +7,7 @@
 #include <support/ZTUAssertionHandler.h>
 #include <support/ZTULog.h>
 #include <ztstyles/ZTSStylesheet.h>
-#include <ztstyles/ZTSVariationIndex.h>
+#include <ztstyles/reuse/ZTSVariationIndex.h>
 
 namespace zt {
 

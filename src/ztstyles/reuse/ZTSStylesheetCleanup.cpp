@@ -5,7 +5,7 @@
 #include <platform/NSUndoManager.h>
 #include <support/ZTUAssertionHandler.h>
 #include <ztstyles/ZTSStylesheet.h>
-#include <ztstyles/ZTSUnusedStyles.h>
+#include <ztstyles/reuse/ZTSUnusedStyles.h>
 
 namespace zt {
 

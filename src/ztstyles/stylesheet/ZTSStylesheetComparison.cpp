@@ -3,8 +3,8 @@
 #include <platform/ZTNesting.h>
 #include <support/ZTUPointerKeyDictionary.h>
 #include <ztstyles/ZTSAggregateStyle.h>
-#include <ztstyles/ZTSStyleFindings.h>
 #include <ztstyles/ZTSStylesheet.h>
+#include <ztstyles/style/ZTSStyleFindings.h>
 
 #include <algorithm>
 #include <typeinfo>

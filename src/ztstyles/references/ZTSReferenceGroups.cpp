@@ -3,7 +3,7 @@
 // remain, somebody outside holds the style, so that it and all that it reaches must stay. The rest is garbage.
 
 #include <platform/NSArray.h>
-#include <ztstyles/ZTSReferenceGroups.h>
+#include <ztstyles/references/ZTSReferenceGroups.h>
 
 #include <boost/unordered/unordered_flat_map.hpp>
 

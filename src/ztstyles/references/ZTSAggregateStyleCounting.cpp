@@ -7,7 +7,7 @@
 
 #include <platform/ZTNesting.h>
 #include <support/ZTULog.h>
-#include <ztstyles/ZTSObservationPause.h>
+#include <ztstyles/references/ZTSObservationPause.h>
 
 #include <limits>
 

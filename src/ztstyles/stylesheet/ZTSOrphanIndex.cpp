@@ -1,4 +1,4 @@
-#include <ztstyles/ZTSOrphanIndex.h>
+#include <ztstyles/stylesheet/ZTSOrphanIndex.h>
 
 namespace zt {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <ztstyles/ZTSSlotIndex.h>
 #include <ztstyles/ZTSStylesheet.h>
-#include <ztstyles/ZTSVariationIndex.h>
+#include <ztstyles/reuse/ZTSSlotIndex.h>
+#include <ztstyles/reuse/ZTSVariationIndex.h>
 
 #include <boost/container/small_vector.hpp>
 #include <boost/unordered/unordered_flat_set.hpp>

@@ -1,13 +1,13 @@
 // Making and destroying stylesheets, and their host.
 
 #include <ztstyles/ZTSAggregateStyle.h>
-#include <ztstyles/ZTSOrphanIndex.h>
-#include <ztstyles/ZTSReferenceGroups.h>
-#include <ztstyles/ZTSStyleOrdering.h>
 #include <ztstyles/ZTSStylesheet.h>
-#include <ztstyles/ZTSUnusedStyles.h>
-#include <ztstyles/ZTSVariationIndex.h>
 #include <ztstyles/ZTYTrackable.h>
+#include <ztstyles/archive/ZTSStyleOrdering.h>
+#include <ztstyles/references/ZTSReferenceGroups.h>
+#include <ztstyles/reuse/ZTSUnusedStyles.h>
+#include <ztstyles/reuse/ZTSVariationIndex.h>
+#include <ztstyles/stylesheet/ZTSOrphanIndex.h>
 
 namespace zt {
 

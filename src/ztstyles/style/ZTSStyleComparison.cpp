@@ -9,8 +9,8 @@
 #include <platform/ZTHash.h>
 #include <platform/ZTNesting.h>
 #include <support/ZTUAssertionHandler.h>
-#include <ztstyles/ZTSStyleFindings.h>
 #include <ztstyles/ZTSStylesheet.h>
+#include <ztstyles/style/ZTSStyleFindings.h>
 
 #include <boost/unordered/unordered_flat_set.hpp>
 

@@ -3,8 +3,8 @@
 #include <platform/NSUndoManager.h>
 #include <support/ZTUAssertionHandler.h>
 #include <ztstyles/ZTSStylesheet.h>
-#include <ztstyles/ZTSUnusedStyles.h>
-#include <ztstyles/ZTSVariationIndex.h>
+#include <ztstyles/reuse/ZTSUnusedStyles.h>
+#include <ztstyles/reuse/ZTSVariationIndex.h>
 
 namespace zt {
 

@@ -1,7 +1,7 @@
 // One index: what is entered where, and when it is entered again.
 
 #include <platform/ZTHash.h>
-#include <ztstyles/ZTSMemberIndex.h>
+#include <ztstyles/reuse/ZTSMemberIndex.h>
 
 namespace zt {
 

@@ -4,8 +4,8 @@
 #include <platform/NSAssertionHandler.h>
 #include <platform/NSNull.h>
 #include <support/ZTULog.h>
-#include <ztstyles/ZTSObservationPause.h>
 #include <ztstyles/ZTSStylesheet.h>
+#include <ztstyles/references/ZTSObservationPause.h>
 
 #include <algorithm>
 
