@@ -3,8 +3,9 @@
 
 #include "BenchSupport.h"
 
-#include <app/odf/StyleImporter.h>
-#include <app/reuse/Deduplication.h>
+#include <insight/reuse/Deduplication.h>
+#include <opendocument/OpenDocumentFormat.h>
+#include <opendocument/reading/StyleImporter.h>
 
 #include <libxml/parser.h>
 
@@ -57,7 +58,7 @@ void BareParse(benchmark::State& state) {
 BENCHMARK(BareParse)->Arg(20'000)->Unit(benchmark::kMillisecond);
 
 void ReadReal(benchmark::State& state) {
-  for (auto _ : state) benchmark::DoNotOptimize(readDocument(kReal));
+  for (auto _ : state) benchmark::DoNotOptimize(openDocumentFormat().read(kReal));
 }
 BENCHMARK(ReadReal)->Unit(benchmark::kMillisecond);
 

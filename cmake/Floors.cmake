@@ -11,7 +11,12 @@ set(ZT_FLOOR_DIRECTORY_support support)
 set(ZT_FLOOR_DIRECTORY_archiving archiving)
 set(ZT_FLOOR_DIRECTORY_ztstyles src/ztstyles)
 set(ZT_FLOOR_DIRECTORY_inspection inspection)
-set(ZT_FLOOR_DIRECTORY_app app)
+
+# The floors of the application, which use the library as everybody does, through what it exports.
+set(ZT_APPLICATION_FLOORS document insight opendocument tool)
+foreach(floor IN LISTS ZT_APPLICATION_FLOORS)
+  set(ZT_FLOOR_DIRECTORY_${floor} ${floor})
+endforeach()
 
 # zt_include_root(<variable> <name> <directory>): makes the root under which <directory> is seen as <name>/.
 function(zt_include_root variable name directory)
@@ -39,13 +44,7 @@ function(zt_add_floor name)
   cmake_parse_arguments(PARSE_ARGV 1 floor "" "" "USES;LIBRARIES;PUBLIC_LIBRARIES")
   set(directory "${ZT_FLOOR_DIRECTORY_${name}}")
   zt_sources(sources "${directory}")
-  if(name STREQUAL "app")
-    list(REMOVE_ITEM sources "${PROJECT_SOURCE_DIR}/app/main.cpp")
-    if(NOT sources)
-      set(sources "${PROJECT_BINARY_DIR}/empty/app.cpp")
-      file(WRITE "${sources}" "// app/ has no sources.\n")
-    endif()
-  endif()
+  list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
   zt_include_root(root "${name}" "${directory}")
 
   add_library(zt_${name} OBJECT ${sources})
@@ -70,4 +69,13 @@ function(zt_link_floors target highest)
       break()
     endif()
   endforeach()
+endfunction()
+
+# zt_link_application(<target> <floors>): links <target> with the objects of these floors of the application, and with
+# the library.
+function(zt_link_application target)
+  foreach(floor IN LISTS ARGN)
+    target_link_libraries(${target} PRIVATE zt_${floor})
+  endforeach()
+  target_link_libraries(${target} PRIVATE ZTStyles)
 endfunction()

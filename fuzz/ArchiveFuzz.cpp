@@ -1,6 +1,6 @@
-#include <app/archive/DocumentArchive.h>
-#include <app/archive/DocumentDiff.h>
-#include <app/odf/Finding.h>
+#include <document/Finding.h>
+#include <document/archive/DocumentArchive.h>
+#include <insight/difference/DocumentDiff.h>
 
 #include <support/ZTUAssertionHandler.h>
 #include <support/ZTULog.h>

@@ -1,9 +1,9 @@
-#include <app/archive/DocumentArchive.h>
-#include <app/archive/DocumentDiff.h>
-#include <app/explain/Explanation.h>
-#include <app/odf/Finding.h>
-#include <app/odf/Stats.h>
-#include <app/odf/StyleImporter.h>
+#include <document/Finding.h>
+#include <document/archive/DocumentArchive.h>
+#include <insight/difference/DocumentDiff.h>
+#include <insight/explain/Explanation.h>
+#include <opendocument/reading/StyleImporter.h>
+#include <opendocument/statistics/Stats.h>
 
 #include <support/ZTULog.h>
 

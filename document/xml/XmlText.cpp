@@ -1,0 +1,235 @@
+// The parser can be kept from opening files and from expanding entities, but not from taking
+// quadratic time over one tag, nor from giving up at the first byte that is no text. Both are
+// settled here, on the bytes.
+
+#include <document/xml/XmlText.h>
+
+#include <fmt/core.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstdint>
+
+namespace zt {
+
+namespace {
+
+constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
+
+void appendUtf8(std::string& text, std::uint32_t character) {
+  const auto put = [&text](std::uint32_t byte) { text += static_cast<char>(static_cast<unsigned char>(byte)); };
+  if (character < 0x80) {
+    put(character);
+  } else if (character < 0x800) {
+    put(0xC0 | (character >> 6));
+    put(0x80 | (character & 0x3F));
+  } else if (character < 0x10000) {
+    put(0xE0 | (character >> 12));
+    put(0x80 | ((character >> 6) & 0x3F));
+    put(0x80 | (character & 0x3F));
+  } else {
+    put(0xF0 | (character >> 18));
+    put(0x80 | ((character >> 12) & 0x3F));
+    put(0x80 | ((character >> 6) & 0x3F));
+    put(0x80 | (character & 0x3F));
+  }
+}
+
+bool isXmlCharacter(std::uint32_t character) {
+  if (character < 0x20) return character == '\t' || character == '\n' || character == '\r';
+  return character < 0xD800 || (character > 0xDFFF && character != 0xFFFE && character != 0xFFFF);
+}
+
+std::string fromUtf16(std::string_view bytes, bool isBigEndian) {
+  std::string text;
+  text.reserve(bytes.size());
+  const auto unit = [&](std::size_t at) {
+    const auto first = static_cast<unsigned char>(bytes[at]);
+    const auto second = static_cast<unsigned char>(bytes[at + 1]);
+    return static_cast<std::uint32_t>(isBigEndian ? (first << 8) | second : (second << 8) | first);
+  };
+  for (std::size_t at = 0; at + 1 < bytes.size(); at += 2) {
+    std::uint32_t character = unit(at);
+    if (character >= 0xD800 && character < 0xDC00 && at + 3 < bytes.size()) {
+      const std::uint32_t low = unit(at + 2);
+      if (low >= 0xDC00 && low < 0xE000) {
+        character = 0x10000 + ((character - 0xD800) << 10) + (low - 0xDC00);
+        at += 2;
+      }
+    }
+    appendUtf8(text, isXmlCharacter(character) ? character : 0xFFFD);
+  }
+  return text;
+}
+
+// The length of the character that starts at `at`, 0 if it is no text.
+std::size_t characterLength(std::string_view text, std::size_t at) {
+  const auto byteAt = [&](std::size_t index) { return static_cast<unsigned char>(text[index]); };
+  const unsigned char lead = byteAt(at);
+  if (lead < 0x80) return isXmlCharacter(lead) ? 1 : 0;
+  const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+  if (lead < 0xC2 || lead > 0xF4 || at + length > text.size()) return 0;
+  std::uint32_t character = lead & (0xFFu >> (length + 1));
+  for (std::size_t next = at + 1; next < at + length; ++next) {
+    if ((byteAt(next) & 0xC0) != 0x80) return 0;
+    character = (character << 6) | (byteAt(next) & 0x3Fu);
+  }
+  constexpr std::array<std::uint32_t, 5> kLeast = {0, 0, 0x80, 0x800, 0x10000};
+  if (character < kLeast[length] || character > 0x10FFFF || !isXmlCharacter(character)) return 0;
+  return length;
+}
+
+// Most text is plain: a loop without branches over blocks lets the slow look at single characters wait.
+bool isPlain(std::string_view text) {
+  bool plain = true;
+  for (const char byte : text)
+    plain &= static_cast<unsigned char>(byte) >= 0x20 && static_cast<unsigned char>(byte) < 0x80;
+  return plain;
+}
+
+std::size_t firstNonText(std::string_view text, std::size_t at) {
+  constexpr std::size_t kBlock = 64;
+  while (at < text.size()) {
+    if (at + kBlock <= text.size() && isPlain(text.substr(at, kBlock))) {
+      at += kBlock;
+      continue;
+    }
+    const std::size_t end = std::min(text.size(), at + kBlock);
+    while (at < end) {
+      const std::size_t length = characterLength(text, at);
+      if (length == 0) return at;
+      at += length;
+    }
+  }
+  return text.size();
+}
+
+int lineOf(std::string_view text, std::size_t at) {
+  return 1 + static_cast<int>(std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(at), '\n'));
+}
+
+// The encoding that the XML declaration names, in lower case; empty if it names none.
+std::string declaredEncoding(std::string_view text) {
+  if (!text.starts_with("<?xml")) return {};
+  std::string_view declaration = text.substr(0, std::min(text.find("?>"), std::size_t{400}));
+  const std::size_t at = declaration.find("encoding");
+  if (at == std::string_view::npos) return {};
+  const std::size_t open = declaration.find_first_of("\"'", at);
+  if (open == std::string_view::npos) return {};
+  const std::size_t close = declaration.find(declaration[open], open + 1);
+  if (close == std::string_view::npos) return {};
+  std::string name(declaration.substr(open + 1, close - open - 1));
+  std::transform(name.begin(), name.end(), name.begin(),
+                 [](unsigned char byte) { return static_cast<char>(std::tolower(byte)); });
+  return name;
+}
+
+void repair(XmlText& prepared, const XmlPart& part, std::vector<Finding>& findings) {
+  std::size_t bad = firstNonText(prepared.text, 0);
+  if (bad == prepared.text.size()) return;
+  const int line = lineOf(prepared.text, bad);
+  std::string repaired;
+  repaired.reserve(prepared.text.size() + 64);
+  std::size_t count = 0;
+  std::size_t from = 0;
+  while (bad < prepared.text.size()) {
+    repaired.append(prepared.text, from, bad - from).append(kReplacement);
+    from = bad + 1;
+    ++count;
+    bad = firstNonText(prepared.text, from);
+  }
+  repaired.append(prepared.text, from);
+  prepared.converted = std::move(repaired);
+  prepared.text = prepared.converted;
+  findings.push_back({Finding::Severity::warning,
+                      "invalid-text",
+                      {part.shown, line},
+                      {},
+                      fmt::format("{} byte{} no text; replaced by U+FFFD", count, count == 1 ? " is" : "s are")});
+}
+
+}  // namespace
+
+XmlText prepareXmlText(const XmlPart& part, std::vector<Finding>& findings) {
+  XmlText prepared;
+  const std::string_view bytes = part.bytes;
+  prepared.text = bytes;
+  const auto startsWith = [&](std::string_view mark) { return bytes.starts_with(mark); };
+  using namespace std::string_view_literals;
+
+  if (startsWith("\xFF\xFE\0\0"sv) || startsWith("\0\0\xFE\xFF"sv) || startsWith("\0\0\0<"sv) ||
+      startsWith("<\0\0\0"sv) || startsWith("\x4C\x6F\xA7\x94"sv)) {
+    throw ReadError({part.shown, 1},
+                    "written in an encoding that OpenDocument does not know; expected UTF-8 or UTF-16");
+  }
+  const bool isBigEndian = startsWith("\xFE\xFF"sv) || startsWith("\0<"sv);
+  const bool isLittleEndian = startsWith("\xFF\xFE"sv) || startsWith("<\0"sv);
+  if (isBigEndian || isLittleEndian) {
+    const bool hasMark = !startsWith("\0<"sv) && !startsWith("<\0"sv);
+    prepared.converted = fromUtf16(bytes.substr(hasMark ? 2 : 0), isBigEndian);
+    prepared.text = prepared.converted;
+    prepared.isUtf8 = true;
+    return prepared;
+  }
+
+  if (startsWith("\xEF\xBB\xBF"sv)) prepared.text = bytes.substr(3);
+  const std::string encoding = declaredEncoding(prepared.text);
+  const auto is = [&encoding](std::string_view name) { return encoding.starts_with(name); };
+  if (encoding.empty() || encoding == "utf-8" || encoding == "utf8" || encoding == "us-ascii" || encoding == "ascii") {
+    prepared.isUtf8 = true;
+    repair(prepared, part, findings);
+  } else if (!is("iso-8859-") && !is("windows-125") && !is("cp125") && !is("koi8-")) {
+    throw ReadError({part.shown, 1},
+                    fmt::format("written in the encoding '{}', which is not supported; expected UTF-8 or "
+                                "UTF-16",
+                                encoding));
+  }
+  return prepared;
+}
+
+void checkTags(std::string_view text, const std::string& shown, const XmlLimits& limits) {
+  const auto skipTo = [text](std::string_view mark, std::size_t from) {
+    const std::size_t found = text.find(mark, from);
+    return found == std::string_view::npos ? text.size() : found + mark.size();
+  };
+  std::size_t at = 0;
+  while ((at = text.find('<', at)) != std::string_view::npos) {
+    const std::string_view rest = text.substr(at);
+    if (rest.starts_with("<!--")) {
+      at = skipTo("-->", at + 4);
+    } else if (rest.starts_with("<![CDATA[")) {
+      at = skipTo("]]>", at + 9);
+    } else if (rest.starts_with("<?")) {
+      at = skipTo("?>", at + 2);
+    } else if (rest.starts_with("<!DOCTYPE")) {
+      const std::size_t start = at;
+      while ((at = text.find_first_of("[>\"'", at)) != std::string_view::npos && text[at] != '>') {
+        if (text[at] == '[') {
+          throw ReadError(
+              {shown, lineOf(text, start)},
+              "a document type with declarations of its own (entities, ...), which OpenDocument does not use; "
+              "refused");
+        }
+        at = skipTo(text.substr(at, 1), at + 1);
+      }
+      if (at == std::string_view::npos) return;
+    } else if (rest.starts_with("</") || rest.starts_with("<!")) {
+      at += 2;
+    } else {
+      const std::size_t start = at;
+      std::size_t attributes = 0;
+      for (++at; (at = text.find_first_of("<>\"'", at)) != std::string_view::npos;) {
+        if (text[at] == '>' || text[at] == '<') break;
+        at = skipTo(text.substr(at, 1), at + 1);
+        if (++attributes > limits.attributesPerTag) {
+          throw ReadError({shown, lineOf(text, start)},
+                          fmt::format("a tag with more than {} attributes", limits.attributesPerTag));
+        }
+      }
+      if (at == std::string_view::npos) return;
+    }
+  }
+}
+
+}  // namespace zt

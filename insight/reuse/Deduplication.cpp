@@ -1,0 +1,124 @@
+#include <insight/reuse/Deduplication.h>
+
+#include <insight/reuse/FormattingRequest.h>
+
+#include <platform/NSNull.h>
+
+#include <algorithm>
+
+namespace zt {
+
+namespace {
+
+/// Every effective value.
+Ref<PropertyMap> appearanceOf(const ZTSStyle& style) {
+  Ref<PropertyMap> appearance = PropertyMap::make();
+  if (const Ref<PropertyMap> all = style.propertyMap()) {
+    for (const PropertyMap::Entry& entry : *all) {
+      if (const Ref<NSObject> value = style.valueForProperty(entry.key)) appearance->set(entry.key, value);
+    }
+  }
+  return appearance;
+}
+
+/// Asks for explicitly no value where the base has one that its children do not inherit; whether there is any.
+bool hideWhatIsOnlyOfTheBase(const ZTSStyle& base, PropertyMap& wanted) {
+  const std::size_t before = wanted.count();
+  if (const Ref<const PropertyMap> own = base.overridePropertyMap()) {
+    for (const PropertyMap::Entry& entry : *own) {
+      const PropertyRule* rule = propertyRule(entry.key);
+      if (rule != nullptr && !rule->isInherited && !isNull(entry.value.get()) && !wanted.contains(entry.key))
+        wanted.set(entry.key, Ref<NSObject>(NSNull::null()));
+    }
+  }
+  return wanted.count() != before;
+}
+
+}  // namespace
+
+Deduplication::Deduplication(ZTDocument& document) : mDocument(document) {
+  ZTSStylesheet& sheet = document.stylesheet();
+  document.undoManager()->disableUndoRegistration();
+  sheet.setIsChangeCommunicationEnabled(false);
+
+  std::vector<std::pair<Ref<OdfStyle>, Ref<PropertyMap>>> replayed;  // with what they look like
+  for (const Ref<ZTSStyle>& style : sheet.anonymousStyles().retainedSnapshot()) {
+    OdfStyle* odfStyle = asOdfStyle(static_cast<NSObject*>(style.get()));
+    if (odfStyle != nullptr) replayed.emplace_back(Ref<OdfStyle>(odfStyle), appearanceOf(*style));
+  }
+  for (const auto& [style, appearance] : replayed) sheet.removeStyle(style);
+  for (const auto& [style, appearance] : replayed) replay(style, *appearance);
+  document.replaceReadStyles(mReplayed);
+  for (std::size_t index = 0; index < mReplayed.size(); ++index)
+    mAnswers[index].answer = document.labelOf(*mReplayed[index].second);
+
+  sheet.setIsChangeCommunicationEnabled(true);
+  document.undoManager()->enableUndoRegistration();
+}
+
+void Deduplication::replay(const Ref<OdfStyle>& style, const PropertyMap& appearance) {
+  ZTSStylesheet& sheet = mDocument.stylesheet();
+  Counts& counts = mByFamily[style->familyName()];
+  ++counts.before;
+  // What the style refers to has mostly been replayed before it; what has not goes over when its turn comes.
+  const auto nowIn = [this](const Ref<NSObject>& value) {
+    const auto found = mReplaced.find(asStyle(value.get()));
+    return found != mReplaced.end() ? found->second : value;
+  };
+  const Ref<PropertyMap> values = PropertyMap::make();
+  if (const Ref<const PropertyMap> own = style->overridePropertyMap()) {
+    for (const PropertyMap::Entry& entry : *own) values->set(entry.key, nowIn(entry.value));
+  }
+  const Ref<ZTSStyle> base(sheet.cascadedStyleWithIdentifier(style->parentIdentifier()));
+  const std::size_t before = sheet.anonymousStyles().count();
+  const auto start = std::chrono::steady_clock::now();
+  const auto ask = [&] {
+    const FormattingRequest request(*values);
+    const Ref<ZTSStyle> found = sheet.variationOfStyle(base.get(), {.propertyMap = request.values.get(),
+                                                                    .overridePropertyMap = request.overrides.get(),
+                                                                    .isLocked = style->isLocked()});
+    return Ref<OdfStyle>(asOdfStyle(found.get()));
+  };
+  Ref<OdfStyle> answer = base ? ask() : Ref<OdfStyle>();
+  if (answer && answer == base && hideWhatIsOnlyOfTheBase(*base, *values)) answer = ask();
+  mTime += std::chrono::steady_clock::now() - start;
+  if (!answer) {
+    answer = style;
+    for (const PropertyMap::Entry& entry : *values) {
+      if (asStyle(entry.value.get()) != nullptr) style->p_setValueForProperty(entry.value, entry.key);
+    }
+    sheet.addStyle(style);
+  }
+
+  const bool wasMade = sheet.anonymousStyles().count() != before;
+  ++(wasMade ? counts.made : counts.found);
+  mAnswers.push_back({mDocument.labelOf(*style), {}, wasMade});
+  mReplayed.emplace_back(style, answer);
+  const Ref<PropertyMap> now = appearanceOf(*answer);
+  const bool isSame = now->count() == appearance.count() &&
+                      std::all_of(appearance.begin(), appearance.end(), [&](const PropertyMap::Entry& entry) {
+                        return sameOrEqual(nowIn(entry.value).get(), now->find(entry.key));
+                      });
+  if (!isSame) ++counts.different;
+  if (answer == style) return;
+  mReplaced[style.get()] = answer;
+  style->replaceWithStyle(answer.get());
+  // What is counted now are the uses in the text: all styles that referred to this one have gone over.
+  while (style->usageCount() != 0) {
+    style->decrementUsageCount();
+    answer->incrementUsageCount();
+  }
+}
+
+Deduplication::Counts Deduplication::total() const {
+  Counts total;
+  for (const auto& [family, counts] : mByFamily) {
+    total.before += counts.before;
+    total.found += counts.found;
+    total.made += counts.made;
+    total.different += counts.different;
+  }
+  return total;
+}
+
+}  // namespace zt

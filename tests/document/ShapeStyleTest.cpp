@@ -1,0 +1,82 @@
+#include <document/ZTDocument.h>
+#include <document/styles/FamilyStyles.h>
+#include <document/styles/PropertyRules.h>
+#include <document/styles/StyleValues.h>
+
+#include <platform/NSException.h>
+#include <platform/NSNull.h>
+#include <support/ZTUAssertionHandler.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace zt {
+namespace {
+
+Ref<NSObject> percent(int value) { return make<PercentageValue>(Percentage{value * Percentage::kPerPercent}); }
+std::string text(const Ref<NSObject>& value) { return valueText(value.get()); }
+
+TEST(ShapeStyleTest, StoresOpacityAndReadsTransparency) {
+  const Ref<ZTDocument> document = ZTDocument::create();
+  const Ref<PropertyMap> map = PropertyMap::with({{keys::transparency(), percent(30)}});
+  for (const StyleFamily family : {StyleFamily::graphic, StyleFamily::presentation, StyleFamily::chart}) {
+    const std::string identifier = styleIdentifier(familyName(family), "Glass");
+    const Ref<OdfStyle> glass =
+        makeFamilyStyle(family, {.identifier = StringRef(identifier), .overridePropertyMap = map.get()});
+    const Ref<OdfStyle> child = makeFamilyStyle(family, {.parentIdentifier = StringRef(identifier)});
+    ASSERT_TRUE(glass != nullptr && child != nullptr);
+    document->stylesheet().addStyle(glass);
+    document->stylesheet().addStyle(child);
+    EXPECT_EQ(text(Ref<NSObject>(glass->p_overrideValueForProperty(keys::opacity()))), "70%");
+    EXPECT_EQ(glass->p_overrideValueForProperty(keys::transparency()), nullptr);
+    EXPECT_EQ(text(child->valueForProperty(keys::transparency())), "30%");
+    EXPECT_TRUE(child->definesProperty(keys::transparency()) && !child->overridesProperty(keys::transparency()));
+    EXPECT_EQ(valueText(child->propertyMap()->find(keys::transparency())), "30%");
+
+    NSUndoManager& undo = *document->undoManager();
+    undo.performInGroup([&] { child->setValueForProperty(percent(45), keys::transparency()); });
+    EXPECT_EQ(text(child->valueForProperty(keys::opacity())), "55%");
+    EXPECT_EQ(text(child->overrideValueForProperty(keys::transparency())), "45%");
+    undo.performInGroup([&] { child->removeValueForProperty(keys::transparency()); });
+    EXPECT_FALSE(child->overridesAnyProperty());
+    undo.undo();
+    EXPECT_EQ(text(child->valueForProperty(keys::transparency())), "45%");
+    child->setValueForProperty({}, keys::transparency());
+    EXPECT_EQ(child->p_overrideValueForProperty(keys::opacity()), NSNull::null());
+    EXPECT_EQ(child->valueForProperty(keys::transparency()), nullptr);
+    EXPECT_THROW(child->setValueForProperty(NSString::make("glassy"), keys::transparency()),
+                 NSInternalInconsistencyException);
+
+    ZTUAssertionRecorder reports;
+    document->stylesheet().validate();
+    EXPECT_TRUE(reports.reports().empty()) << reports.descriptions()[0];
+  }
+  // Other families have neither the property nor the translation.
+  const Ref<OdfStyle> paragraph = makeFamilyStyle(StyleFamily::paragraph, {});
+  EXPECT_FALSE(paragraph->isDerivedProperty(keys::transparency()) ||
+               paragraph->classObject().isKindOf(familyStyleClass(StyleFamily::graphic)));
+  EXPECT_NE(dynamic_cast<const ZTSStyleClass&>(paragraph->classObject()).plainGroups() & ZTSStyleClass::plainMatching,
+            0);
+}
+
+TEST(ShapeStyleTest, AnswersTheSameVariationForTransparencyAndOpacity) {
+  const Ref<ZTDocument> document = ZTDocument::create();
+  const Ref<PropertyMap> own = PropertyMap::with({{keys::opacity(), percent(50)}});
+  const Ref<OdfStyle> base =
+      makeFamilyStyle(StyleFamily::graphic,
+                      {.identifier = StringRef(styleIdentifier("graphic", "Half")), .overridePropertyMap = own.get()});
+  document->stylesheet().addStyle(base);
+  const auto variation = [&](PropertyKey key, int value) {
+    const Ref<PropertyMap> wanted = PropertyMap::with({{key, percent(value)}});
+    return document->stylesheet().variationOfStyle(base.get(), {.propertyMap = wanted.get()});
+  };
+  const Ref<ZTSStyle> glass = variation(keys::transparency(), 80);
+  ASSERT_NE(glass, nullptr);
+  EXPECT_EQ(text(glass->valueForProperty(keys::opacity())), "20%");
+  EXPECT_EQ(variation(keys::transparency(), 80), glass);
+  EXPECT_EQ(variation(keys::opacity(), 20), glass);
+  EXPECT_EQ(variation(keys::transparency(), 50), base);
+}
+
+}  // namespace
+}  // namespace zt

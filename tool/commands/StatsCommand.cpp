@@ -1,0 +1,65 @@
+#include <document/archive/DocumentArchive.h>
+#include <insight/statistics/ModelStatistics.h>
+#include <insight/validation/FindingsJson.h>
+#include <opendocument/statistics/Stats.h>
+#include <tool/commands/Commands.h>
+#include <tool/console/Report.h>
+
+#include <ostream>
+
+namespace zt {
+
+namespace {
+
+class StatsCommand : public Command {
+ public:
+  CLI::App* addTo(CLI::App& tool) override {
+    CLI::App* command = tool.add_subcommand("stats", "Count the styles of a document and what is redundant or unused");
+    command->add_option("FILE", mFile, "The document")->required();
+    command->add_flag("--json", mAsJson, "Write all counts as one JSON object");
+    command->footer(
+        "Examples:\n"
+        "  ztstyles stats letter.odt\n"
+        "  ztstyles stats --json letter.fodt | jq .automatic_redundant");
+    return command;
+  }
+
+  ExitCode run(const Console& console) override {
+    if (isArchive(mFile)) return runOnArchive(console);
+    const RawDocument document = RawDocument::read(Package::read(mFile));
+    nlohmann::ordered_json statistics = styleStatistics(document);
+    if (mAsJson) {
+      statistics["findings"] = findingsAsJson(document.findings);
+      printJson(statistics, console);
+    } else {
+      console.out << statisticsAsText(statistics);
+    }
+    printFindings(document.findings, console);
+    return codeFor(document.findings);
+  }
+
+ private:
+  // An archive holds styles and no text: it can be counted, but not searched for what is redundant in a file.
+  ExitCode runOnArchive(const Console& console) const {
+    const Ref<ZTDocument> document = readArchive(mFile);
+    const nlohmann::ordered_json counts = modelStatistics(*document);
+    if (mAsJson) {
+      nlohmann::ordered_json json = counts;
+      json["findings"] = findingsAsJson(document->findings);
+      printJson(json, console);
+    } else {
+      for (const auto& [what, number] : counts.items()) console.out << what << ": " << number.dump() << '\n';
+    }
+    printFindings(document->findings, console);
+    return codeFor(document->findings);
+  }
+
+  std::string mFile;
+  bool mAsJson = false;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> makeStatsCommand() { return std::make_unique<StatsCommand>(); }
+
+}  // namespace zt
