@@ -10,6 +10,7 @@
 namespace zt {
 
 class ZTClass;
+class ZTSStyle;
 
 /// The counted root of everything that can be a property value, an observer, a target of undo or
 /// an element of an archive.
@@ -98,10 +99,24 @@ class ZT_EXPORT NSObject {
   mutable bool mHasListeners = false;
 
  protected:
-  /// Two bytes that would be padding otherwise: a derived class of which there are millions may keep
-  /// flags of its own here.
-  mutable std::uint8_t mSmall[2] = {0, 0};
+  /// Two bytes that would be padding otherwise, and of which there would be millions. They are the styles' own: what a
+  /// style keeps here decides whether it is locked, so that other classes, those derived from a style too, find no
+  /// door.
+  class SmallBits {
+   public:
+    SmallBits() = default;
+    SmallBits(const SmallBits&) = delete;
+    SmallBits& operator=(const SmallBits&) = delete;
+
+   private:
+    friend class ZTSStyle;
+    std::uint8_t mPlainGroups = 0;
+    std::uint8_t mState = 0;
+  };
+  SmallBits mSmall;
 };
+
+static_assert(sizeof(NSObject) == sizeof(void*) + 8, "the small bits stand where padding stood");
 
 inline void intrusive_ptr_add_ref(const NSObject* object) noexcept { counting::increment(object->mCount); }
 inline void intrusive_ptr_release(const NSObject* object) noexcept {

@@ -343,7 +343,6 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   friend class ZTSUnusedStyles;
   friend class ZTSVariationIndexes;
 
-  // mSmall[0]: the plain groups of the class (ZTSStyleClass::Plain). mSmall[1]: these bits.
   enum State : std::uint8_t {
     kLocked = 1,
     kRefused = 2,               // its parent would have closed a loop
@@ -353,11 +352,12 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
     kHasVariationIndex = 32,    // its stylesheet keeps an index over its children
     kIsIndexedValue = 64        // an index has members that hold it as a value
   };
-  [[nodiscard]] bool isPlain(std::uint8_t groups) const noexcept { return (mSmall[0] & groups) == groups; }
+  [[nodiscard]] bool isPlain(std::uint8_t groups) const noexcept { return (mSmall.mPlainGroups & groups) == groups; }
+  void setPlainGroups(std::uint8_t groups) noexcept { mSmall.mPlainGroups = groups; }  // ZTSStyleClass::Plain
   void setState(State state, bool on) noexcept {
-    mSmall[1] = static_cast<std::uint8_t>(on ? mSmall[1] | state : mSmall[1] & ~state);
+    mSmall.mState = static_cast<std::uint8_t>(on ? mSmall.mState | state : mSmall.mState & ~state);
   }
-  [[nodiscard]] bool hasState(std::uint8_t states) const noexcept { return (mSmall[1] & states) != 0; }
+  [[nodiscard]] bool hasState(std::uint8_t states) const noexcept { return (mSmall.mState & states) != 0; }
   /// What a search for a variation compares has changed: own entries, lock, identifier, stylesheet.
   void matchingChanged();
   void storeStylesheet(ZTSStylesheet* stylesheet);

@@ -27,6 +27,19 @@ TEST(StyleTest, StartsDetachedAndRefusesWhatItsClassDoesNotKnow) {
                           "initialize a style with an override of an unsupported property."));
 }
 
+/// A class of an application that looks for room for flags of its own.
+class Greedy : public TestStyle {
+ public:
+  template <class T>
+  static constexpr bool kReachesTheLock = requires(T& style) {
+    style.mSmall[1] = 1;
+  }
+  || requires(T& style) { style.mSmall.mState = 1; }
+  || requires(T& style) { style.mSmall = {}; };
+};
+
+TEST(StyleTest, KeepsItsLockOutOfReachOfDerivedClasses) { EXPECT_FALSE(Greedy::kReachesTheLock<Greedy>); }
+
 TEST(StyleTest, ChangesItsIdentityWhereItDiffers) {
   Scene scene;
   TestStyle& style = scene.style("a");

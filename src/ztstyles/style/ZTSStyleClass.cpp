@@ -31,6 +31,6 @@ Ref<ZTSStyle> ZTSStyleClass::makeStyle(const ZTSStyleFields& fields) const {
   return style;
 }
 
-void ZTSStyleClass::stamp(ZTSStyle& style) const noexcept { style.mSmall[0] = mPlainGroups; }
+void ZTSStyleClass::stamp(ZTSStyle& style) const noexcept { style.setPlainGroups(mPlainGroups); }
 
 }  // namespace zt
