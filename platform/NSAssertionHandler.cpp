@@ -5,21 +5,22 @@
 
 namespace zt {
 
-namespace {
-
-thread_local NSAssertionHandler* tCurrent = nullptr;
-
-}  // namespace
-
 std::string AssertionReport::text() const {
   return singleLine(format("%@:%d: %@ <%p>: %@", sourceFile, line, operation, object, description));
 }
 
 NSAssertionHandler::~NSAssertionHandler() = default;
 
-NSAssertionHandler& NSAssertionHandler::currentHandler() noexcept {
-  static NSAssertionHandler* standard = new NSAssertionHandler;  // outlives every static
-  return tCurrent != nullptr ? *tCurrent : *standard;
+template <>
+NSAssertionHandler*& ZTReplaceable<NSAssertionHandler>::replacement() noexcept {
+  thread_local NSAssertionHandler* current = nullptr;
+  return current;
+}
+
+template <>
+NSAssertionHandler& ZTReplaceable<NSAssertionHandler>::standard() noexcept {
+  static NSAssertionHandler* standard = new NSAssertionHandler;
+  return *standard;
 }
 
 void NSAssertionHandler::handleFailureInMethod(std::string_view operation, const void* object,
@@ -33,9 +34,5 @@ void NSAssertionHandler::handleFailure(AssertionReport report) {
 }
 
 void NSAssertionHandler::willRaise(const AssertionReport&) {}
-
-NSAssertionHandler::Scope::Scope(NSAssertionHandler& handler) noexcept : mPrevious(std::exchange(tCurrent, &handler)) {}
-
-NSAssertionHandler::Scope::~Scope() { tCurrent = mPrevious; }
 
 }  // namespace zt

@@ -2,6 +2,7 @@
 
 #include <platform/NSObject.h>
 #include <platform/ZTFormat.h>
+#include <platform/ZTReplaceable.h>
 
 #include <string>
 #include <string_view>
@@ -36,38 +37,29 @@ AssertionReport assertionReport(const NSObject* subject, std::string_view operat
           retainIfAlive(subject)};
 }
 
+class NSAssertionHandler;
+template <>
+ZT_EXPORT NSAssertionHandler*& ZTReplaceable<NSAssertionHandler>::replacement() noexcept;
+template <>
+ZT_EXPORT NSAssertionHandler& ZTReplaceable<NSAssertionHandler>::standard() noexcept;
+
 /// The handler for failures after which an operation must not go on: it raises
 /// `NSInternalInconsistencyException` with the description as the reason.
 ///
 /// Each thread has a current handler; a scope replaces it, so that a test or an application can see
 /// a failure before it is raised. It is raised in any case. Call it through `ZT_RAISE`.
-class ZT_EXPORT NSAssertionHandler {
+class ZT_EXPORT NSAssertionHandler : public ZTReplaceable<NSAssertionHandler> {
  public:
-  NSAssertionHandler() = default;
-  NSAssertionHandler(const NSAssertionHandler&) = delete;
-  NSAssertionHandler& operator=(const NSAssertionHandler&) = delete;
   virtual ~NSAssertionHandler();
 
   /// The handler of this thread.
-  static NSAssertionHandler& currentHandler() noexcept;
+  static NSAssertionHandler& currentHandler() noexcept { return current(); }
 
   /// Shows the failure to `willRaise`, then raises `NSInternalInconsistencyException`.
   [[noreturn]] void handleFailureInMethod(std::string_view operation, const void* object, std::string_view sourceFile,
                                           int line, std::string description);
   /// The same with the whole report.
   [[noreturn]] void handleFailure(AssertionReport report);
-
-  /// Makes a handler the current one of this thread while the scope lives. Scopes nest.
-  class ZT_EXPORT Scope {
-   public:
-    explicit Scope(NSAssertionHandler& handler) noexcept;
-    ~Scope();
-    Scope(const Scope&) = delete;
-    Scope& operator=(const Scope&) = delete;
-
-   private:
-    NSAssertionHandler* mPrevious;
-  };
 
  protected:
   /// Hook: called before the exception is raised. The base does nothing.

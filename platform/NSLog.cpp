@@ -1,7 +1,6 @@
 #include <platform/NSLog.h>
 
 #include <cstdio>
-#include <utility>
 
 namespace zt {
 
@@ -9,26 +8,29 @@ namespace {
 
 class ErrorStreamSink final : public NSLogSink {
  public:
-  void write(std::string_view message) override {
-    const std::string line = singleLine(message) + "\n";
-    std::fwrite(line.data(), 1, line.size(), stderr);  // in one call: lines of several threads do not mix
-  }
+  void write(std::string_view message) override { writeErrorLine(message); }
 };
-
-thread_local NSLogSink* tCurrent = nullptr;
 
 }  // namespace
 
-NSLogSink::~NSLogSink() = default;
-
-NSLogSink& NSLogSink::current() noexcept {
-  static NSLogSink* standard = new ErrorStreamSink;  // outlives every static
-  return tCurrent != nullptr ? *tCurrent : *standard;
+void writeErrorLine(std::string_view text) {
+  const std::string line = singleLine(text) + "\n";
+  std::fwrite(line.data(), 1, line.size(), stderr);  // in one call
 }
 
-NSLogSink::Scope::Scope(NSLogSink& sink) noexcept : mPrevious(std::exchange(tCurrent, &sink)) {}
+NSLogSink::~NSLogSink() = default;
 
-NSLogSink::Scope::~Scope() { tCurrent = mPrevious; }
+template <>
+NSLogSink*& ZTReplaceable<NSLogSink>::replacement() noexcept {
+  thread_local NSLogSink* current = nullptr;
+  return current;
+}
+
+template <>
+NSLogSink& ZTReplaceable<NSLogSink>::standard() noexcept {
+  static NSLogSink* standard = new ErrorStreamSink;
+  return *standard;
+}
 
 NSLogRecorder::~NSLogRecorder() = default;
 

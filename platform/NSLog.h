@@ -3,55 +3,42 @@
 /// `NSLog(format, arguments...)`: the platform's log, one line a call.
 
 #include <platform/ZTFormat.h>
+#include <platform/ZTReplaceable.h>
 
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace zt {
 
-/// Where the lines of the platform's log go. The standard one writes each line to the error stream.
-class ZT_EXPORT NSLogSink {
+/// Writes the text as one line to the error stream, safe on a terminal. Lines of several threads do not mix.
+ZT_EXPORT void writeErrorLine(std::string_view text);
+
+class NSLogSink;
+template <>
+ZT_EXPORT NSLogSink*& ZTReplaceable<NSLogSink>::replacement() noexcept;
+template <>
+ZT_EXPORT NSLogSink& ZTReplaceable<NSLogSink>::standard() noexcept;
+
+/// Where the lines of the platform's log go; `current()` is the sink of this thread. The standard one writes each line
+/// to the error stream.
+class ZT_EXPORT NSLogSink : public ZTReplaceable<NSLogSink> {
  public:
-  NSLogSink() = default;
-  NSLogSink(const NSLogSink&) = delete;
-  NSLogSink& operator=(const NSLogSink&) = delete;
   virtual ~NSLogSink();
 
   virtual void write(std::string_view message) = 0;
-
-  /// The sink of this thread.
-  static NSLogSink& current() noexcept;
-
-  /// Makes a sink the current one of this thread while the scope lives. Scopes nest.
-  class ZT_EXPORT Scope {
-   public:
-    explicit Scope(NSLogSink& sink) noexcept;
-    ~Scope();
-    Scope(const Scope&) = delete;
-    Scope& operator=(const Scope&) = delete;
-
-   private:
-    NSLogSink* mPrevious;
-  };
 };
 
 /// Collects the messages of this thread's platform log while it lives, instead of printing them.
-class ZT_EXPORT NSLogRecorder final : public NSLogSink {
+class ZT_EXPORT NSLogRecorder final : public ZTRecorderOf<NSLogSink, std::string> {
  public:
-  NSLogRecorder() : mScope(*this) {}
   ~NSLogRecorder() override;
 
-  void write(std::string_view message) override { mMessages.emplace_back(message); }
-  [[nodiscard]] const std::vector<std::string>& messages() const noexcept { return mMessages; }
+  void write(std::string_view message) override { keep(std::string(message)); }
+  [[nodiscard]] const std::vector<std::string>& messages() const noexcept { return kept(); }
 
   /// The messages so far; the record is empty afterwards.
-  std::vector<std::string> takeMessages() { return std::exchange(mMessages, {}); }
-
- private:
-  std::vector<std::string> mMessages;
-  Scope mScope;
+  std::vector<std::string> takeMessages() noexcept { return takeKept(); }
 };
 
 /// Writes one line to the current sink of this thread.

@@ -1,21 +1,22 @@
+#include <platform/NSLog.h>
 #include <support/ZTUAssertionHandler.h>
 
-#include <cstdio>
 #include <utility>
 
 namespace zt {
 
-namespace {
-
-thread_local ZTUAssertionHandler* tCurrent = nullptr;
-
-}  // namespace
-
 ZTUAssertionHandler::~ZTUAssertionHandler() = default;
 
-ZTUAssertionHandler& ZTUAssertionHandler::currentHandler() noexcept {
-  static ZTUAssertionHandler* standard = new ZTUAssertionHandler;  // outlives every static
-  return tCurrent != nullptr ? *tCurrent : *standard;
+template <>
+ZTUAssertionHandler*& ZTReplaceable<ZTUAssertionHandler>::replacement() noexcept {
+  thread_local ZTUAssertionHandler* current = nullptr;
+  return current;
+}
+
+template <>
+ZTUAssertionHandler& ZTReplaceable<ZTUAssertionHandler>::standard() noexcept {
+  static ZTUAssertionHandler* standard = new ZTUAssertionHandler;
+  return *standard;
 }
 
 void ZTUAssertionHandler::handleFailureInMethod(std::string_view operation, const void* object,
@@ -25,22 +26,14 @@ void ZTUAssertionHandler::handleFailureInMethod(std::string_view operation, cons
 
 void ZTUAssertionHandler::handleFailure(AssertionReport report) { record(std::move(report)); }
 
-void ZTUAssertionHandler::record(AssertionReport report) {
-  const std::string line = report.text() + "\n";
-  std::fwrite(line.data(), 1, line.size(), stderr);  // in one call: lines of several threads do not mix
-}
-
-ZTUAssertionHandler::Scope::Scope(ZTUAssertionHandler& handler) noexcept
-    : mPrevious(std::exchange(tCurrent, &handler)) {}
-
-ZTUAssertionHandler::Scope::~Scope() { tCurrent = mPrevious; }
+void ZTUAssertionHandler::record(AssertionReport report) { writeErrorLine(report.text()); }
 
 ZTUAssertionRecorder::~ZTUAssertionRecorder() = default;
 
 std::vector<std::string> ZTUAssertionRecorder::descriptions() const {
   std::vector<std::string> result;
-  result.reserve(mReports.size());
-  for (const AssertionReport& report : mReports) result.push_back(report.description);
+  result.reserve(kept().size());
+  for (const AssertionReport& report : kept()) result.push_back(report.description);
   return result;
 }
 

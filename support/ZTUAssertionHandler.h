@@ -1,6 +1,7 @@
 #pragma once
 
 #include <platform/NSAssertionHandler.h>
+#include <platform/ZTReplaceable.h>
 
 #include <string>
 #include <string_view>
@@ -9,20 +10,23 @@
 
 namespace zt {
 
+class ZTUAssertionHandler;
+template <>
+ZT_EXPORT ZTUAssertionHandler*& ZTReplaceable<ZTUAssertionHandler>::replacement() noexcept;
+template <>
+ZT_EXPORT ZTUAssertionHandler& ZTReplaceable<ZTUAssertionHandler>::standard() noexcept;
+
 /// The handler for programming errors after which an operation goes on or returns unchanged: it
 /// records the failure and returns to the caller. It never stops the program.
 ///
 /// Each thread has a current handler. The standard one prints one line to the error stream; a scope
 /// replaces it, which is how tests and tools read reports. Call it through `ZT_REPORT`.
-class ZT_EXPORT ZTUAssertionHandler {
+class ZT_EXPORT ZTUAssertionHandler : public ZTReplaceable<ZTUAssertionHandler> {
  public:
-  ZTUAssertionHandler() = default;
-  ZTUAssertionHandler(const ZTUAssertionHandler&) = delete;
-  ZTUAssertionHandler& operator=(const ZTUAssertionHandler&) = delete;
   virtual ~ZTUAssertionHandler();
 
   /// The handler of this thread.
-  static ZTUAssertionHandler& currentHandler() noexcept;
+  static ZTUAssertionHandler& currentHandler() noexcept { return current(); }
 
   /// Hands the failure to `record` and returns. An exception of `record` is passed on, so that an
   /// application may choose to stop at the first failure.
@@ -31,43 +35,26 @@ class ZT_EXPORT ZTUAssertionHandler {
   /// The same with the whole report.
   void handleFailure(AssertionReport report);
 
-  /// Makes a handler the current one of this thread while the scope lives. Scopes nest.
-  class ZT_EXPORT Scope {
-   public:
-    explicit Scope(ZTUAssertionHandler& handler) noexcept;
-    ~Scope();
-    Scope(const Scope&) = delete;
-    Scope& operator=(const Scope&) = delete;
-
-   private:
-    ZTUAssertionHandler* mPrevious;
-  };
-
  protected:
   /// Hook: what to do with a failure. The base prints its text.
   virtual void record(AssertionReport report);
 };
 
 /// Collects the failures that are reported on this thread while it lives, instead of printing them.
-class ZT_EXPORT ZTUAssertionRecorder final : public ZTUAssertionHandler {
+class ZT_EXPORT ZTUAssertionRecorder final : public ZTRecorderOf<ZTUAssertionHandler, AssertionReport> {
  public:
-  ZTUAssertionRecorder() : mScope(*this) {}
   ~ZTUAssertionRecorder() override;
 
-  [[nodiscard]] const std::vector<AssertionReport>& reports() const noexcept { return mReports; }
+  [[nodiscard]] const std::vector<AssertionReport>& reports() const noexcept { return kept(); }
 
   /// The descriptions alone, in order.
   [[nodiscard]] std::vector<std::string> descriptions() const;
 
   /// The reports so far; the record is empty afterwards.
-  std::vector<AssertionReport> takeReports() { return std::exchange(mReports, {}); }
+  std::vector<AssertionReport> takeReports() noexcept { return takeKept(); }
 
  protected:
-  void record(AssertionReport report) override { mReports.push_back(std::move(report)); }
-
- private:
-  std::vector<AssertionReport> mReports;
-  Scope mScope;
+  void record(AssertionReport report) override { keep(std::move(report)); }
 };
 
 }  // namespace zt

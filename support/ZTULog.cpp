@@ -1,7 +1,5 @@
+#include <platform/NSLog.h>
 #include <support/ZTULog.h>
-
-#include <cstdio>
-#include <utility>
 
 namespace zt {
 
@@ -9,13 +7,8 @@ namespace {
 
 class ErrorStreamSink final : public ZTULogSink {
  public:
-  void write(const ZTULogEntry& entry) override {
-    const std::string line = entry.text() + "\n";
-    std::fwrite(line.data(), 1, line.size(), stderr);  // in one call: lines of several threads do not mix
-  }
+  void write(const ZTULogEntry& entry) override { writeErrorLine(entry.text()); }
 };
-
-thread_local ZTULogSink* tCurrent = nullptr;
 
 }  // namespace
 
@@ -23,21 +16,24 @@ std::string ZTULogEntry::text() const { return singleLine(format("%d, %@, %@", l
 
 ZTULogSink::~ZTULogSink() = default;
 
-ZTULogSink& ZTULogSink::current() noexcept {
-  static ZTULogSink* standard = new ErrorStreamSink;  // outlives every static
-  return tCurrent != nullptr ? *tCurrent : *standard;
+template <>
+ZTULogSink*& ZTReplaceable<ZTULogSink>::replacement() noexcept {
+  thread_local ZTULogSink* current = nullptr;
+  return current;
 }
 
-ZTULogSink::Scope::Scope(ZTULogSink& sink) noexcept : mPrevious(std::exchange(tCurrent, &sink)) {}
-
-ZTULogSink::Scope::~Scope() { tCurrent = mPrevious; }
+template <>
+ZTULogSink& ZTReplaceable<ZTULogSink>::standard() noexcept {
+  static ZTULogSink* standard = new ErrorStreamSink;
+  return *standard;
+}
 
 ZTULogRecorder::~ZTULogRecorder() = default;
 
 std::vector<std::string> ZTULogRecorder::lines() const {
   std::vector<std::string> result;
-  result.reserve(mEntries.size());
-  for (const ZTULogEntry& entry : mEntries) result.push_back(entry.text());
+  result.reserve(kept().size());
+  for (const ZTULogEntry& entry : kept()) result.push_back(entry.text());
   return result;
 }
 

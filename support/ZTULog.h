@@ -4,10 +4,10 @@
 /// ...)` says which object the line is about.
 
 #include <platform/ZTFormat.h>
+#include <platform/ZTReplaceable.h>
 
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace zt {
@@ -27,50 +27,34 @@ struct ZTULogEntry {
   [[nodiscard]] ZT_EXPORT std::string text() const;
 };
 
-/// Where the entries of the levelled log go. The standard one writes each as a line to the error stream.
-class ZT_EXPORT ZTULogSink {
+class ZTULogSink;
+template <>
+ZT_EXPORT ZTULogSink*& ZTReplaceable<ZTULogSink>::replacement() noexcept;
+template <>
+ZT_EXPORT ZTULogSink& ZTReplaceable<ZTULogSink>::standard() noexcept;
+
+/// Where the entries of the levelled log go; `current()` is the sink of this thread. The standard one writes each as a
+/// line to the error stream.
+class ZT_EXPORT ZTULogSink : public ZTReplaceable<ZTULogSink> {
  public:
-  ZTULogSink() = default;
-  ZTULogSink(const ZTULogSink&) = delete;
-  ZTULogSink& operator=(const ZTULogSink&) = delete;
   virtual ~ZTULogSink();
 
   virtual void write(const ZTULogEntry& entry) = 0;
-
-  /// The sink of this thread.
-  static ZTULogSink& current() noexcept;
-
-  /// Makes a sink the current one of this thread while the scope lives. Scopes nest.
-  class ZT_EXPORT Scope {
-   public:
-    explicit Scope(ZTULogSink& sink) noexcept;
-    ~Scope();
-    Scope(const Scope&) = delete;
-    Scope& operator=(const Scope&) = delete;
-
-   private:
-    ZTULogSink* mPrevious;
-  };
 };
 
 /// Collects the entries of this thread's levelled log while it lives, instead of printing them.
-class ZT_EXPORT ZTULogRecorder final : public ZTULogSink {
+class ZT_EXPORT ZTULogRecorder final : public ZTRecorderOf<ZTULogSink, ZTULogEntry> {
  public:
-  ZTULogRecorder() : mScope(*this) {}
   ~ZTULogRecorder() override;
 
-  void write(const ZTULogEntry& entry) override { mEntries.push_back(entry); }
-  [[nodiscard]] const std::vector<ZTULogEntry>& entries() const noexcept { return mEntries; }
+  void write(const ZTULogEntry& entry) override { keep(entry); }
+  [[nodiscard]] const std::vector<ZTULogEntry>& entries() const noexcept { return kept(); }
 
   /// The entries as lines, in order.
   [[nodiscard]] std::vector<std::string> lines() const;
 
   /// The entries so far; the record is empty afterwards.
-  std::vector<ZTULogEntry> takeEntries() { return std::exchange(mEntries, {}); }
-
- private:
-  std::vector<ZTULogEntry> mEntries;
-  Scope mScope;
+  std::vector<ZTULogEntry> takeEntries() noexcept { return takeKept(); }
 };
 
 /// Writes one entry to the current sink of this thread, about an object or about none.
