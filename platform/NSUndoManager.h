@@ -124,6 +124,7 @@ class ZT_EXPORT NSUndoManager : public NSObject {
   /// When a group closes, the oldest ones are dropped until both budgets hold. What remains can be
   /// undone as before. 0 stands for no limit.
   /// @{
+
   void setLevelsOfUndo(std::size_t groups);
   [[nodiscard]] std::size_t levelsOfUndo() const noexcept { return mLevelsOfUndo; }
 
@@ -135,6 +136,7 @@ class ZT_EXPORT NSUndoManager : public NSObject {
 
   /// @name Looking inside
   /// @{
+
   [[nodiscard]] std::size_t undoGroupCount() const noexcept { return mUndo.groupCount(); }
   [[nodiscard]] std::size_t redoGroupCount() const noexcept { return mRedo.groupCount(); }
   [[nodiscard]] std::size_t undoBytes() const noexcept { return mUndo.bytes(); }

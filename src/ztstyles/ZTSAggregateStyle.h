@@ -51,9 +51,10 @@ class ZT_EXPORT ZTSAggregateStyle : public ZTSStyle {
   /// @}
 
   /// @name Mutation
-  /// Implemented in ZTSAggregateStyleMutation.cpp. As in `ZTSStyle`, with the observation of the affected
-  /// references ended before and begun after. A value of a referenced-style property that is neither a
-  /// style nor the null sentinel (nor none) raises `NSInternalInconsistencyException`.
+  /// Implemented in ZTSAggregateStyleMutation.cpp, the reading of an archive in ZTSStylePersistenceAdditions.cpp. As in
+  /// `ZTSStyle`, with the observation of the affected references ended before and begun after. A value of a
+  /// referenced-style property that is neither a style nor the null sentinel (nor none) raises
+  /// `NSInternalInconsistencyException`.
   /// @{
 
   void setValueForProperty(Ref<NSObject> value, PropertyKey key) override;

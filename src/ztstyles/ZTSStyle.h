@@ -41,6 +41,7 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// @name Making one, identity and links
   /// Implemented in ZTSStyle.cpp. The accessors answer their field.
   /// @{
+
   /// Initialises a bare style. False, after a report, if the map holds a key outside the class's
   /// registry; the style is then dropped by its maker. The parent is not resolved here.
   virtual bool initWithName(const ZTSStyleFields& fields);
@@ -87,6 +88,7 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// @name Document
   /// Implemented in ZTSStyle.cpp.
   /// @{
+
   /// The stylesheet's document and undo manager; none without a stylesheet.
   virtual NSDocument* document() const;
   virtual NSUndoManager* undoManager() const;
@@ -102,6 +104,7 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// Implemented in ZTSStyleCounting.cpp. A style counts the uses that its users report plus its children
   /// that are in use; only the steps between 0 and 1 reach the parent.
   /// @{
+
   virtual void incrementUsageCount();
   /// At 0 it is reported, and nothing changes.
   virtual void decrementUsageCount();
@@ -113,6 +116,7 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// @name Lookup
   /// Implemented in ZTSStyleLookup.cpp. Nothing here changes anything.
   /// @{
+
   /// The effective value of `key`: the own value, else the nearest ancestor's. None if nobody sets it, or if the
   /// nearest setter set it explicitly to no value. Cost: one mask test per ancestor, one search where the key is found.
   virtual Ref<NSObject> valueForProperty(PropertyKey key) const;
@@ -143,8 +147,10 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// @}
 
   /// @name Inspection
-  /// Implemented in ZTSStyleInspection.cpp. The scope is opaque and is ignored by this class.
+  /// Implemented in ZTSStyleInspection.cpp, the actions in ZTSStyleMutation.cpp. The scope is opaque and is ignored by
+  /// this class.
   /// @{
+
   virtual const PropertySet& inspectableProperties() const;
   [[nodiscard]] bool canInspectProperty(PropertyKey key) const { return inspectableProperties().contains(key); }
   /// None for a locked style.
@@ -166,11 +172,12 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// @}
 
   /// @name Mutation
-  /// Implemented in ZTSStyleMutation.cpp. Each operation registers its inverse, changes, and tells; none
-  /// asks whether the style is locked or whether the value differs. None as value is stored as the null
-  /// sentinel. An unacceptable value raises `NSInternalInconsistencyException` before anything changes,
+  /// Implemented in ZTSStyleMutation.cpp, what only stores in ZTSStyle.cpp. Each operation registers its inverse,
+  /// changes, and tells; none asks whether the style is locked or whether the value differs. None as value is stored
+  /// as the null sentinel. An unacceptable value raises `NSInternalInconsistencyException` before anything changes,
   /// but for the locked-style operations, which report it and go on.
   /// @{
+
   virtual void setValueForProperty(Ref<NSObject> value, PropertyKey key);
   virtual void setValueForPropertyWithScope(Ref<NSObject> value, PropertyKey key, NSObject* scope);
   virtual void setValuesForProperties(const PropertyMap& values);
@@ -192,6 +199,7 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// @name Telling
   /// Implemented in ZTSStylePropagation.cpp.
   /// @{
+
   /// Takes a change of this style or of its parent: drops what it hides, keeps the look of a locked style,
   /// tells children, then observers, then the notification centre.
   void stylePropertiesChanged(const ZTSStyleChangeInfo& change) override;
@@ -203,6 +211,7 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// @name Override maps
   /// Implemented in ZTSStyleOverrides.cpp.
   /// @{
+
   /// The smallest override map that gives the wanted values relative to this style's base: the entries of
   /// `overrides` always, those of `wanted` (and, with `canCollapse`, the own entries of an anonymous style)
   /// only where they differ from the base's values. Either map may be none. A new map, possibly empty.
@@ -225,6 +234,7 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// @name Copy, equality, descriptions
   /// Implemented in ZTSStyleComparison.cpp.
   /// @{
+
   /// A new detached style of the same class with the same name, identifiers, own values and lock.
   Ref<NSObject> copy() const override;
   /// Structural equality, names included.
@@ -248,6 +258,7 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// @name Validation
   /// Implemented in ZTSStyleValidation.cpp.
   /// @{
+
   /// Reports every broken invariant of the style's links; changes nothing.
   virtual void validate() const;
   /// Checks of the application's own, called last by `validate`. The base does nothing.
@@ -255,8 +266,10 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// @}
 
   /// @name Archive
-  /// Implemented in ZTSStylePersistenceAdditions.cpp.
+  /// Implemented in ZTSStylePersistenceAdditions.cpp, the copies in ZTSDowngradeStylesheet.cpp and
+  /// ZTSStyleComparison.cpp.
   /// @{
+
   void encodeWithXMLArchiver(ZTAXMLArchiver& archiver, _xmlNode* node, std::uint64_t version) override;
   bool initWithXMLUnarchiver(ZTAXMLUnarchiver& unarchiver, _xmlNode* node, std::uint64_t version) override;
   Ref<NSObject> initMoreWithXMLUnarchiver(ZTAXMLUnarchiver& unarchiver, _xmlNode* node) override;
@@ -304,6 +317,7 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// @name Private operations
   /// For construction, copying, the stylesheet and the archive: they store and do nothing else; indexes follow.
   /// @{
+
   void p_setName(StringRef name) { mName = std::move(name); }
   void p_setIdentifier(StringRef identifier);
   void p_setParentIdentifier(StringRef parentIdentifier);

@@ -177,7 +177,7 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   /// @}
 
   /// @name Variations
-  /// Implemented in ZTSStylesheetVariations.cpp, the search in ZTSVariationIndex.cpp.
+  /// Implemented in ZTSStylesheetVariations.cpp. The search stands in ZTSVariationIndex.cpp.
   /// @{
 
   /// A style with the same base as `style` and the wanted values: one that this stylesheet holds already
@@ -262,7 +262,7 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   /// @}
 
   /// @name Validation
-  /// Implemented in ZTSStylesheetValidation.cpp.
+  /// Implemented in ZTSStylesheetValidation.cpp, the check of the indexes in ZTSStylesheet.cpp.
   /// @{
 
   /// Reports every broken invariant of the registry, of each style (`ZTSStyle::validate`) and of what the styles
@@ -276,7 +276,7 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   /// @}
 
   /// @name Archive
-  /// Implemented in ZTSStylesheetPersistenceAdditions.cpp and ZTSStyleOrdering.cpp.
+  /// Implemented in ZTSStylesheetPersistenceAdditions.cpp, ZTSStyleOrdering.cpp and ZTSDowngradeStylesheet.cpp.
   /// @{
 
   /// Writes the styles that the host lets through, and the parent. Where the archiver saves on demand, leaves the
