@@ -322,10 +322,8 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   friend class ZTSAggregateStyle;
   friend class ZTSStyle;
   friend class ZTSStylesheetHost;
-  friend class ZTSOrphanIndex;
   friend class ZTSUnusedStyles;
   friend class ZTSVariationIndexes;
-  friend class ZTSStylesheetTestAccess;
 
   // Broadcasts, asked for where change communication is on: tell the observers of this stylesheet and of its
   // descendants, then the notification centre. The caller holds the stylesheet and the style.
@@ -343,6 +341,7 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   [[nodiscard]] bool isReferencedByDoomedStyleAlone(const ZTSStyle& referenced) const;
   class Copying;
   class RegistryIndex;
+  void validateRegistrationOf(const ZTSStyle& style, const RegistryIndex& registry) const;
 
   // Steps of adding and removing, see ZTSStylesheetRegistry.cpp.
   bool mayAdd(const ZTSStyle& style);

@@ -62,8 +62,14 @@ Log told(const ZTUAssertionRecorder& recorder, std::string_view unit, const Mode
   Log lines;
   for (const AssertionReport& report : recorder.reports()) {
     if (!report.sourceFile.ends_with(unit)) continue;
-    EXPECT_TRUE(report.operation == "validate" || report.description == "hook");
     std::string line = report.description;
+    if (line != "hook") {
+      EXPECT_EQ(report.operation, "validate") << line;
+      const auto* subject = dynamic_cast<const ZTSStyle*>(report.subject.get());
+      EXPECT_NE(subject, nullptr) << line;
+      if (subject != nullptr && !line.starts_with("--"))
+        EXPECT_TRUE(line.starts_with(subject->shortDescription())) << line;
+    }
     for (const auto& [name, style] : {std::pair{"p", &model.p}, {"c", &model.c}, {"a", &model.a}}) {
       const std::string text = style->shortDescription();
       for (auto at = line.find(text); at != std::string::npos; at = line.find(text))
@@ -239,6 +245,7 @@ TEST(StylesheetValidationTest, JudgesReferencesByWhereTheReferencedStyleLives) {
   EXPECT_THAT(recorder.descriptions(), ElementsAre("hook", "hook"));
   ASSERT_EQ(log.entries().size(), 1u);
   EXPECT_EQ(log.entries()[0].level, 10);
+  EXPECT_EQ(log.entries()[0].subject.get(), &above.p);
   EXPECT_EQ(
       log.entries()[0].message,
       above.p.shortDescription() + " -- Referenced style is contained in ancestor stylesheet of referencing style!");

@@ -22,60 +22,32 @@ const ZTSStyle* resolvedParent(const ZTSStyle& style) {
 
 void ZTSStyle::validate() const {
   const Ref<const ZTSStyle> self = retainIfAlive(this);
+  const auto broken = [this](FormatString<std::string> text) {
+    ZT_REPORT("validate", this, kSourceFile, text, shortDescription());
+  };
 
   if (const Ref<ZTSStyle> parent = mParent) {
-    if (parent == this) {
-      ZT_REPORT("validate", this, kSourceFile, "%@ -- Style is its own parent!", shortDescription());
-    }
-    if (!parent->isIdentified()) {
-      ZT_REPORT("validate", this, kSourceFile, "%@ -- Style has anonymous parent!", shortDescription());
-    }
-    if (!equalTexts(parent->identifier(), mParentIdentifier)) {
-      ZT_REPORT("validate", this, kSourceFile, "%@ -- Style's parent identifier does not match identifier of parent!",
-                shortDescription());
-    }
-    if (!parent->children().containsObject(this)) {
-      ZT_REPORT("validate", this, kSourceFile, "%@ -- Style is not the child of it's parent!", shortDescription());
-    }
-    if (mStylesheet == nullptr) {
-      ZT_REPORT("validate", this, kSourceFile, "%@ -- Parented style is not contained in a stylesheet!",
-                shortDescription());
-    }
-    if (resolvedParent(*this) != parent) {
-      ZT_REPORT("validate", this, kSourceFile, "%@ -- Style's parent is not reachable from style's stylesheet!",
-                shortDescription());
-    }
+    if (parent == this) broken("%@ -- Style is its own parent!");
+    if (!parent->isIdentified()) broken("%@ -- Style has anonymous parent!");
+    if (!equalTexts(parent->identifier(), mParentIdentifier))
+      broken("%@ -- Style's parent identifier does not match identifier of parent!");
+    if (!parent->children().containsObject(this)) broken("%@ -- Style is not the child of it's parent!");
+    if (mStylesheet == nullptr) broken("%@ -- Parented style is not contained in a stylesheet!");
+    if (resolvedParent(*this) != parent) broken("%@ -- Style's parent is not reachable from style's stylesheet!");
   }
 
   if (!mChildren.isEmpty()) {
-    if (!isIdentified()) {
-      ZT_REPORT("validate", this, kSourceFile, "%@ -- Anonymous style has children!", shortDescription());
-    }
-    if (mStylesheet == nullptr) {
-      ZT_REPORT("validate", this, kSourceFile, "%@ -- Parent style is not contained in a stylesheet!",
-                shortDescription());
-    }
+    if (!isIdentified()) broken("%@ -- Anonymous style has children!");
+    if (mStylesheet == nullptr) broken("%@ -- Parent style is not contained in a stylesheet!");
   }
 
   for (const Ref<ZTSStyle>& child : mChildren.retainedSnapshot()) {
-    if (child == this) {
-      ZT_REPORT("validate", this, kSourceFile, "%@ -- Style is its own child!", shortDescription());
-    }
-    if (!equalTexts(mIdentifier, child->parentIdentifier())) {
-      ZT_REPORT("validate", this, kSourceFile, "%@ -- Style's identifier does not match parent identifier of child!",
-                shortDescription());
-    }
-    if (child->parent() != this) {
-      ZT_REPORT("validate", this, kSourceFile, "%@ -- Style is not the parent of it's child!", shortDescription());
-    }
-    if (child->stylesheet() == nullptr) {
-      ZT_REPORT("validate", this, kSourceFile, "%@ -- Child style is not contained in a stylesheet!",
-                shortDescription());
-    }
-    if (resolvedParent(*child) != this) {
-      ZT_REPORT("validate", this, kSourceFile, "%@ -- Style not reachable from child's stylesheet!",
-                shortDescription());
-    }
+    if (child == this) broken("%@ -- Style is its own child!");
+    if (!equalTexts(mIdentifier, child->parentIdentifier()))
+      broken("%@ -- Style's identifier does not match parent identifier of child!");
+    if (child->parent() != this) broken("%@ -- Style is not the parent of it's child!");
+    if (child->stylesheet() == nullptr) broken("%@ -- Child style is not contained in a stylesheet!");
+    if (resolvedParent(*child) != this) broken("%@ -- Style not reachable from child's stylesheet!");
   }
 
   for (ZTSStyleObserver* observer : mObservers.allObjects()) {

@@ -151,47 +151,7 @@ void ZTSStylesheet::validate() const {
   ZTSStyleSet referenced;
 
   for (ZTSStyle* style : all) {
-    if (style->stylesheet() != this) {
-      ZT_REPORT("validate", this, kSourceFile, "%@ -- Style with incorrect stylesheet!", style->shortDescription());
-    }
-
-    const RegistryIndex::Holding holding = registry.holdingOf(*style);
-    if (!style->isIdentified()) {
-      if (!mAnonymousStyles.containsObject(style)) {
-        ZT_REPORT("validate", this, kSourceFile, "%@ -- Anonymous style missing from mAnonymousStyles!",
-                  style->shortDescription());
-      }
-      if (holding.keys != 0) {
-        ZT_REPORT("validate", this, kSourceFile, "%@ -- Anonymous style in mIdentifiedStyles!",
-                  style->shortDescription());
-      }
-    } else {
-      if (holding.keys == 0) {
-        ZT_REPORT("validate", this, kSourceFile, "%@ -- Identified style missing from mIdentifiedStyles.",
-                  style->shortDescription());
-      } else if (holding.keys > 1) {
-        ZT_REPORT("validate", this, kSourceFile, "%@ -- Style in mIdentifiedStyles more than once!",
-                  style->shortDescription());
-      } else if (!equalTexts(style->identifier(), holding.firstKey)) {
-        ZT_REPORT("validate", this, kSourceFile, "%@ -- Style identifier differs from key \"%@\" in mIdentifiedStyles!",
-                  style->shortDescription(), holding.firstKey);
-      }
-      if (mAnonymousStyles.containsObject(style)) {
-        ZT_REPORT("validate", this, kSourceFile, "%@ -- Identified style in mAnonymousStyles!",
-                  style->shortDescription());
-      }
-      registry.forEachNamesake(*style, [&](const ZTSStyle& other) {
-        if (equalTexts(other.identifier(), style->identifier())) {
-          ZT_REPORT("validate", this, kSourceFile, "%@ -- Style has same identifer as %@!", style->shortDescription(),
-                    other.shortDescription());
-        }
-        if (&other.classObject() == &style->classObject() && equalTexts(other.name(), style->name())) {
-          ZT_REPORT("validate", this, kSourceFile, "%@ -- Style has the same name as %@!", style->shortDescription(),
-                    other.shortDescription());
-        }
-      });
-    }
-
+    validateRegistrationOf(*style, registry);
     style->validate();
     if (const std::optional<ZTSStyleSet> references = style->referencedStyles()) referenced.unionSet(*references);
   }
@@ -199,16 +159,48 @@ void ZTSStylesheet::validate() const {
   for (ZTSStyle* style : referenced) {
     if (all.containsObject(style)) continue;
     if (isDescendantOfStylesheet(style->stylesheet())) {
-      ZTULog_Fn(kZTULogNotice, kSourceFile,
-                "%@ -- Referenced style is contained in ancestor stylesheet of referencing style!",
-                style->shortDescription());
+      ZTULog_About(style, kZTULogNotice, kSourceFile,
+                   "%@ -- Referenced style is contained in ancestor stylesheet of referencing style!",
+                   style->shortDescription());
     } else if (!isReferencedByDoomedStyleAlone(*style)) {
-      ZT_REPORT("validate", this, kSourceFile,
-                "%@ -- Referenced style not contained in stylesheet of referencing style!", style->shortDescription());
+      ZT_REPORT_ABOUT(style, "validate", this, kSourceFile,
+                      "%@ -- Referenced style not contained in stylesheet of referencing style!",
+                      style->shortDescription());
     }
   }
 
   appSpecificValidate();
+}
+
+/// Reports what is wrong about where the style is held, and about those that are held beside it.
+void ZTSStylesheet::validateRegistrationOf(const ZTSStyle& style, const RegistryIndex& registry) const {
+  const auto broken = [&]<class... More>(std::type_identity_t<FormatString<std::string, More...>> text,
+                                         const More&... more) {
+    ZT_REPORT_ABOUT(&style, "validate", this, kSourceFile, text, style.shortDescription(), more...);
+  };
+  if (style.stylesheet() != this) broken("%@ -- Style with incorrect stylesheet!");
+  const RegistryIndex::Holding holding = registry.holdingOf(style);
+  if (!style.isIdentified()) {
+    if (!mAnonymousStyles.containsObject(&style)) broken("%@ -- Anonymous style missing from mAnonymousStyles!");
+    if (holding.keys != 0) broken("%@ -- Anonymous style in mIdentifiedStyles!");
+    return;
+  }
+  if (holding.keys == 0) {
+    broken("%@ -- Identified style missing from mIdentifiedStyles.");
+  } else if (holding.keys > 1) {
+    broken("%@ -- Style in mIdentifiedStyles more than once!");
+  } else if (!equalTexts(style.identifier(), holding.firstKey)) {
+    broken("%@ -- Style identifier differs from key \"%@\" in mIdentifiedStyles!", holding.firstKey);
+  }
+  if (mAnonymousStyles.containsObject(&style)) broken("%@ -- Identified style in mAnonymousStyles!");
+  registry.forEachNamesake(style, [&](const ZTSStyle& other) {
+    if (equalTexts(other.identifier(), style.identifier())) {
+      broken("%@ -- Style has same identifer as %@!", other.shortDescription());
+    }
+    if (&other.classObject() == &style.classObject() && equalTexts(other.name(), style.name())) {
+      broken("%@ -- Style has the same name as %@!", other.shortDescription());
+    }
+  });
 }
 
 /// Whether the only observer of the style is an unused style that the host is about to let go.
