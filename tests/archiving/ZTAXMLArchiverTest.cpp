@@ -75,7 +75,9 @@ TEST(ZTAXMLArchiverTest, ReferencesLeadForwardInCirclesAndToWhatNobodyOwns) {
   Thing& readA = asThing(read[0]);
   Thing& readB = asThing(read[1]);
   EXPECT_EQ(readA.label + readB.label + asThing(readB.links[1]).label, "abhomeless");
-  EXPECT_TRUE(readA.links[0] == read[1] && readA.links[1] == read[0] && readB.links[0] == read[0]);
+  EXPECT_EQ(readA.links[0], read[1]);
+  EXPECT_EQ(readA.links[1], read[0]);
+  EXPECT_EQ(readB.links[0], read[0]);
   EXPECT_EQ(NSArray::from(readA.links[2].get())->objectAtIndex(0), readB.links[1].get());
   for (Thing* each : {a.get(), homeless.get(), &readA, &asThing(readB.links[1])}) each->links.clear();
 }

@@ -69,7 +69,8 @@ TEST(OdfStyleTest, AChainMayBeLongerThanCallsCanNest) {
   }
   const ZTSStyle& last = *document->stylesheet().styleWithIdentifier(parent);
   const Ref<PropertyMap> all = last.propertyMap();
-  ASSERT_TRUE(all && last.parent() != nullptr);
+  ASSERT_TRUE(all);
+  ASSERT_NE(last.parent(), nullptr);
   EXPECT_EQ(valueText(all->find(opacity), true), "30%");
   EXPECT_EQ(valueText(all->find(keys::transparency()), true), "70%");
   EXPECT_EQ(valueText(last.valueForProperty(opacity).get(), true), "30%");
@@ -96,8 +97,10 @@ TEST(OdfStyleTest, TakesOnlyWhatThePropertyIsFor) {
   };
   const Ref<NSObject> length = make<LengthValue>(*parseLength("1cm"));
   const Ref<NSObject> share = make<PercentageValue>(*parsePercentage("10%"));
-  EXPECT_TRUE(accepts("text.fo.font-size", length) && accepts("text.fo.font-size", share));
-  EXPECT_TRUE(accepts("paragraph.fo.padding", length) && accepts("paragraph.fo.padding", {}));
+  EXPECT_TRUE(accepts("text.fo.font-size", length));
+  EXPECT_TRUE(accepts("text.fo.font-size", share));
+  EXPECT_TRUE(accepts("paragraph.fo.padding", length));
+  EXPECT_TRUE(accepts("paragraph.fo.padding", {}));
   EXPECT_FALSE(accepts("paragraph.fo.padding", share));
   EXPECT_FALSE(accepts("text.fo.font-size", NSString::make("big")));
   EXPECT_TRUE(accepts("paragraph.fo.text-align", NSString::make("end")));
@@ -123,7 +126,8 @@ TEST(OdfStyleTest, ARegistryGrowsWhileOthersReadIt) {
     });
   }
   for (std::thread& thread : threads) thread.join();
-  EXPECT_TRUE(ruby.isValidProperty("ruby.x.new-0") && ruby.isValidProperty("ruby.x.new-99"));
+  EXPECT_TRUE(ruby.isValidProperty("ruby.x.new-0"));
+  EXPECT_TRUE(ruby.isValidProperty("ruby.x.new-99"));
   EXPECT_FALSE(before.contains("ruby.x.new-0"));
 }
 

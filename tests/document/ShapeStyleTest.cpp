@@ -24,13 +24,15 @@ TEST(ShapeStyleTest, StoresOpacityAndReadsTransparency) {
     const Ref<OdfStyle> glass =
         makeFamilyStyle(family, {.identifier = StringRef(identifier), .overridePropertyMap = map.get()});
     const Ref<OdfStyle> child = makeFamilyStyle(family, {.parentIdentifier = StringRef(identifier)});
-    ASSERT_TRUE(glass != nullptr && child != nullptr);
+    ASSERT_NE(glass, nullptr);
+    ASSERT_NE(child, nullptr);
     document->stylesheet().addStyle(glass);
     document->stylesheet().addStyle(child);
     EXPECT_EQ(text(Ref<NSObject>(glass->p_overrideValueForProperty(keys::opacity()))), "70%");
     EXPECT_EQ(glass->p_overrideValueForProperty(keys::transparency()), nullptr);
     EXPECT_EQ(text(child->valueForProperty(keys::transparency())), "30%");
-    EXPECT_TRUE(child->definesProperty(keys::transparency()) && !child->overridesProperty(keys::transparency()));
+    EXPECT_TRUE(child->definesProperty(keys::transparency()));
+    EXPECT_FALSE(child->overridesProperty(keys::transparency()));
     EXPECT_EQ(valueText(child->propertyMap()->find(keys::transparency())), "30%");
 
     NSUndoManager& undo = *document->undoManager();
@@ -53,8 +55,8 @@ TEST(ShapeStyleTest, StoresOpacityAndReadsTransparency) {
   }
   // Other families have neither the property nor the translation.
   const Ref<OdfStyle> paragraph = makeFamilyStyle(StyleFamily::paragraph, {});
-  EXPECT_FALSE(paragraph->isDerivedProperty(keys::transparency()) ||
-               paragraph->classObject().isKindOf(familyStyleClass(StyleFamily::graphic)));
+  EXPECT_FALSE(paragraph->isDerivedProperty(keys::transparency()));
+  EXPECT_FALSE(paragraph->classObject().isKindOf(familyStyleClass(StyleFamily::graphic)));
   EXPECT_NE(dynamic_cast<const ZTSStyleClass&>(paragraph->classObject()).plainGroups() & ZTSStyleClass::plainMatching,
             0);
 }

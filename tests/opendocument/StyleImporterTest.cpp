@@ -60,7 +60,8 @@ TEST(StyleImporterTest, NamedDefaultAndAutomaticStylesFindTheirPlaces) {
   EXPECT_EQ(&body->classObject(), &ParagraphStyle::styleClass());
   EXPECT_EQ(body->parent(), document->namedStyle("paragraph", "Standard"));
   EXPECT_EQ(body->parent()->parent(), document->rootStyle("paragraph"));
-  EXPECT_TRUE(automatic->isAnonymous() && !automatic->isNamed());
+  EXPECT_TRUE(automatic->isAnonymous());
+  EXPECT_FALSE(automatic->isNamed());
   EXPECT_EQ(automatic->parent(), body);
   EXPECT_EQ(value(automatic, "text.fo.font-size"), "12pt");
   EXPECT_EQ(automatic->usageCount(), 2u);

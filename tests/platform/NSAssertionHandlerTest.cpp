@@ -32,7 +32,8 @@ TEST(RaisingHandlerTest, RaisesTheDescriptionAndShowsTheWholeFailureFirst) {
     raise(nullptr, &line);
   }
   raise(nullptr, &line);  // the standard handler again
-  ASSERT_TRUE(outer.seen.size() == 1 && inner.seen.size() == 1);
+  ASSERT_EQ(outer.seen.size(), 1u);
+  ASSERT_EQ(inner.seen.size(), 1u);
   EXPECT_EQ(outer.seen[0].text(), format("src/unit:%d: cleanup: <%p>: cleanup -- unused <0x0>", line, &line));
 }
 

@@ -48,7 +48,8 @@ TEST_F(NotificationTest, HandsOverUserInformationAndKeepsTheObjectUntilItIsOver)
   Ref<Thing> dying = make<Thing>();
   const NotificationListener listener(NSNotificationName("TestChanged"), nullptr, [&](const NSNotification& told) {
     dying.reset();
-    EXPECT_TRUE(told.object->referenceCount() == 1 && told.userInfoForKey("oldParent") == nullptr);
+    EXPECT_EQ(told.object->referenceCount(), 1u);
+    EXPECT_EQ(told.userInfoForKey("oldParent"), nullptr);
     log.push_back(told.userInfoForKey("style")->description());
   });
   center.post(changed, dying.get(), NSDictionary::make("style", NSString::make("body")));
@@ -65,11 +66,15 @@ TEST_F(NotificationTest, UserInformationIsOnlyMadeIfSomebodyListens) {
   EXPECT_FALSE(isMadeFor(one.get()));
   {
     const NotificationListener listener(changed, one.get(), note("a"));
-    EXPECT_TRUE(isMadeFor(one.get()) && !isMadeFor(two.get()) && !Center::anyoneListens(removed, one.get()));
+    EXPECT_TRUE(isMadeFor(one.get()));
+    EXPECT_FALSE(isMadeFor(two.get()));
+    EXPECT_FALSE(Center::anyoneListens(removed, one.get()));
     const NotificationListener any(changed, nullptr, note("b"));
-    EXPECT_TRUE(isMadeFor(two.get()) && isMadeFor(nullptr));
+    EXPECT_TRUE(isMadeFor(two.get()));
+    EXPECT_TRUE(isMadeFor(nullptr));
   }
-  EXPECT_FALSE(isMadeFor(one.get()) || one->hasListeners());
+  EXPECT_FALSE(isMadeFor(one.get()));
+  EXPECT_FALSE(one->hasListeners());
 }
 
 TEST_F(NotificationTest, RemovingTakesAwayExactlyWhatIsNamed) {

@@ -99,7 +99,8 @@ TEST_F(UndoTest, WhileUndoingTheLevelIsOneAndTheStateCanBeAsked) {
   manager->undo();
   manager->redo();
   EXPECT_EQ(seen, (std::vector<std::string>{"1 undoing", "1 redoing"}));
-  EXPECT_TRUE(!manager->isUndoingOrRedoing() && manager->groupingLevel() == 0);
+  EXPECT_FALSE(manager->isUndoingOrRedoing());
+  EXPECT_EQ(manager->groupingLevel(), 0u);
 }
 
 TEST_F(UndoTest, WrongNestingIsRefusedAndChangesNothing) {
@@ -138,7 +139,8 @@ TEST_F(UndoTest, DisablingCountsAndLeavesNoTrace) {
   for (int times = 0; times < 2; ++times) manager->disableUndoRegistration();
   manager->enableUndoRegistration();
   set(1);
-  EXPECT_FALSE(manager->canUndo() || manager->isUndoRegistrationEnabled());
+  EXPECT_FALSE(manager->canUndo());
+  EXPECT_FALSE(manager->isUndoRegistrationEnabled());
   manager->enableUndoRegistration();
   set(2);
   EXPECT_TRUE(manager->canUndo());
@@ -151,8 +153,10 @@ TEST_F(UndoTest, AnActionThatThrowsLosesNothing) {
   cell->refuses = true;
   EXPECT_THROW(manager->undo(), NSGenericException);
   expectNumbers(2, 1);  // one action was performed, three remain
-  EXPECT_TRUE(!manager->isUndoing() && manager->groupingLevel() == 0);
-  EXPECT_TRUE(manager->undoActionNames()[0].size() == 3 && manager->redoActionNames()[0].size() == 1);
+  EXPECT_FALSE(manager->isUndoing());
+  EXPECT_EQ(manager->groupingLevel(), 0u);
+  EXPECT_EQ(manager->undoActionNames()[0].size(), 3u);
+  EXPECT_EQ(manager->redoActionNames()[0].size(), 1u);
   cell->refuses = false;
   manager->undo();
   expectNumbers(0, 0);
@@ -225,7 +229,9 @@ TEST_F(UndoTest, ClearingInTheMidstOfAnUndoEndsIt) {
   });
   manager->undo();
   expectNumbers(1, 0);
-  EXPECT_FALSE(manager->canUndo() || manager->canRedo() || manager->isUndoingOrRedoing());
+  EXPECT_FALSE(manager->canUndo());
+  EXPECT_FALSE(manager->canRedo());
+  EXPECT_FALSE(manager->isUndoingOrRedoing());
 }
 
 TEST_F(UndoTest, TheManagerMayDieOfWhatItReleases) {

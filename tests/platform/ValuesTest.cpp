@@ -52,7 +52,9 @@ TEST(ValueTest, EqualityAndHashAgree) {
       for (const auto& a : groups[left]) {
         for (const auto& b : groups[right]) {
           ASSERT_EQ(a->isEqual(b.get()), left == right) << a->description() << " and " << b->description();
-          ASSERT_TRUE(left != right || (a->hash() == b->hash() && a->stableHash() == b->stableHash()));
+          if (left != right) continue;
+          ASSERT_EQ(a->hash(), b->hash()) << a->description();
+          ASSERT_EQ(a->stableHash(), b->stableHash()) << a->description();
         }
         EXPECT_FALSE(a->isEqual(nullptr));
       }
@@ -72,9 +74,12 @@ TEST(ValueTest, ConvertsAndDescribes) {
 }
 
 TEST(StringTest, KeepsAbsentAndEmptyApart) {
-  EXPECT_TRUE(StringRef() != StringRef("") && StringRef() == StringRef(static_cast<const char*>(nullptr)));
-  EXPECT_TRUE(!equalTexts(StringRef(), StringRef()) && equalTexts("a", StringRef(std::string("a"))));
-  EXPECT_TRUE(StringRef().hash() == 0 && StringRef("").hash() != 0);
+  EXPECT_NE(StringRef(), StringRef(""));
+  EXPECT_EQ(StringRef(), StringRef(static_cast<const char*>(nullptr)));
+  EXPECT_FALSE(equalTexts(StringRef(), StringRef()));
+  EXPECT_TRUE(equalTexts("a", StringRef(std::string("a"))));
+  EXPECT_EQ(StringRef().hash(), 0u);
+  EXPECT_NE(StringRef("").hash(), 0u);
   EXPECT_EQ(StringRef(std::string_view("a\0b", 3)).view().size(), 3u);
 }
 
@@ -85,7 +90,8 @@ TEST(PropertyKeyTest, IsOneRecordForOneTextOnEveryThread) {
   for (std::thread& thread : threads) thread.join();
   for (PropertyKey key : seen) EXPECT_EQ(key, seen[0]);
   EXPECT_EQ(PropertyKey::withOrdinal(seen[0].ordinal()), seen[0]);
-  EXPECT_TRUE(!PropertyKey() && PropertyKey("") != PropertyKey());
+  EXPECT_FALSE(PropertyKey());
+  EXPECT_NE(PropertyKey(""), PropertyKey());
 }
 
 TEST(PropertySetTest, DoesSetAlgebra) {
@@ -93,15 +99,18 @@ TEST(PropertySetTest, DoesSetAlgebra) {
   for (int key = 0; key < 300; ++key) keys.emplace_back("set." + std::to_string(key));
   const Ref<PropertySet> few = PropertySet::with({keys[0], keys[299]});
   const Ref<PropertySet> all = PropertySet::with(keys);
-  EXPECT_TRUE(few->isSubsetOf(*all) && !all->isSubsetOf(*few));
+  EXPECT_TRUE(few->isSubsetOf(*all));
+  EXPECT_FALSE(all->isSubsetOf(*few));
   EXPECT_EQ(all->keys(), keys);
   const Ref<PropertySet> rest = all->copy();
   rest->subtract(*few);
   EXPECT_EQ(rest->count(), 298u);
   rest->intersect(*few);
-  EXPECT_TRUE(rest->isEmpty() && rest->isEqual(*PropertySet::make()));  // whatever room it has kept
+  EXPECT_TRUE(rest->isEmpty());
+  EXPECT_TRUE(rest->isEqual(*PropertySet::make()));  // whatever room it has kept
   rest->unite(*few);
-  EXPECT_TRUE(rest->isEqual(*few) && !rest->contains(PropertyKey()));
+  EXPECT_TRUE(rest->isEqual(*few));
+  EXPECT_FALSE(rest->contains(PropertyKey()));
 }
 
 TEST(PropertyMapTest, AgreesWithASlowModelInContentsAndOrder) {
@@ -141,9 +150,10 @@ TEST(PropertyMapTest, ComparesAndHashesWithoutRegardToOrder) {
   const auto number = [](int value) { return NSNumber::withInteger(value); };
   const Ref<PropertyMap> map = PropertyMap::with({{a, number(1)}, {b, number(2)}});
   const Ref<PropertyMap> turned = PropertyMap::with({{b, number(2)}, {a, number(1)}});
-  EXPECT_TRUE(map->isEqual(*turned) && map->hash() == turned->hash());
-  EXPECT_FALSE(map->isEqual(*PropertyMap::with({{a, number(2)}, {b, number(1)}})) ||
-               map->isEqual(*PropertyMap::with({{a, number(1)}})));
+  EXPECT_TRUE(map->isEqual(*turned));
+  EXPECT_EQ(map->hash(), turned->hash());
+  EXPECT_FALSE(map->isEqual(*PropertyMap::with({{a, number(2)}, {b, number(1)}})));
+  EXPECT_FALSE(map->isEqual(*PropertyMap::with({{a, number(1)}})));
   map->addEntriesFrom(*map);
   EXPECT_EQ(map->find(PropertyKey()), nullptr);
   EXPECT_THROW(map->set(PropertyKey(), number(1)), NSInvalidArgumentException);
@@ -163,7 +173,8 @@ TEST(ObjectTest, ReleasesLongChainsInALoop) {
   for (int link = 0; link < 1'000'000; ++link) chain = NSArray::withObjects({chain});
   chain.reset();
   EXPECT_TRUE(NSArray::arrayClass().isKindOf(NSObject::nsObjectClass()));
-  EXPECT_TRUE(ZTClass::named("NSArray") == &NSArray::arrayClass() && ZTClass::named("no such class") == nullptr);
+  EXPECT_EQ(ZTClass::named("NSArray"), &NSArray::arrayClass());
+  EXPECT_EQ(ZTClass::named("no such class"), nullptr);
 }
 
 }  // namespace

@@ -37,7 +37,8 @@ TEST(NestingTest, TheDeepestLevelWorksAndTheNextIsRefusedForEachKindApart) {
     EXPECT_EQ(refusal<16>(kDeepestNesting + 1),
               "nest: -- nested deeper than 10000 levels; a chain of styles or values is too long for it.");
   }
-  EXPECT_TRUE(NestingGuard::depth(Nesting::lookup) == 0 && NestingGuard::depth(Nesting::telling) == 1);
+  EXPECT_EQ(NestingGuard::depth(Nesting::lookup), 0);
+  EXPECT_EQ(NestingGuard::depth(Nesting::telling), 1);
 }
 
 TEST(NestingTest, LargeFramesAreRefusedBeforeTheStackOfTheirThreadEnds) {

@@ -27,9 +27,11 @@ TEST(IdentitySetTest, TellsEqualObjectsApartAndHoldsOnlyIfItSaysSo) {
   ZTUMutablePointerSet<NSObject> set;
   for (NSObject* each : std::initializer_list<NSObject*>{one.get(), one.get(), equal.get(), nullptr})
     set.addObject(each);
-  EXPECT_TRUE(set.count() == 2 && equal->referenceCount() == 1);
+  EXPECT_EQ(set.count(), 2u);
+  EXPECT_EQ(equal->referenceCount(), 1u);
   set.removeObject(one.get());
-  EXPECT_TRUE(set.containsObject(equal.get()) && set.anyObject() == equal.get());
+  EXPECT_TRUE(set.containsObject(equal.get()));
+  EXPECT_EQ(set.anyObject(), equal.get());
 
   ZTUMutableRetainedPointerSet<NSObject> holding;
   holding.addObject(equal.get());
@@ -51,7 +53,10 @@ TEST(IdentitySetTest, AgreesWithASlowModelInContentsAndOrder) {
     EXPECT_EQ(adds ? set.addObject(number) : set.removeObject(number), adds != isMember);
     if (!adds) std::erase(model, number);
     if (adds && !isMember) model.push_back(number);
-    ASSERT_TRUE(set.count() == model.size() && (step % 101 != 0 || set.allObjects() == model));
+    ASSERT_EQ(set.count(), model.size());
+    if (step % 101 == 0) {
+      ASSERT_EQ(set.allObjects(), model);
+    }
   }
 }
 
@@ -84,7 +89,8 @@ void agreeWithASlowModel() {
       ASSERT_EQ(table.remove(number), isMember);
       std::erase(model, number);
     }
-    ASSERT_TRUE(table.count() == model.size() && std::equal(table.begin(), table.end(), model.begin(), model.end()));
+    ASSERT_EQ(table.count(), model.size());
+    ASSERT_TRUE(std::equal(table.begin(), table.end(), model.begin(), model.end()));
   }
 }
 
@@ -109,7 +115,8 @@ TEST(IdentitySetTest, DoesSetAlgebraByIdentity) {
   set.unionSet(setOf({4, 0}));
   EXPECT_EQ(set.allObjects(), setOf({0, 2, 4}).allObjects());
   EXPECT_EQ(snapshot.count(), 4u);
-  EXPECT_TRUE(setOf({2, 0}).isSubsetOfSet(set) && setOf({4, 2, 0}).isEqualToSet(set));
+  EXPECT_TRUE(setOf({2, 0}).isSubsetOfSet(set));
+  EXPECT_TRUE(setOf({4, 2, 0}).isEqualToSet(set));
   EXPECT_FALSE(setOf({4, 2}).isEqualToSet(set));
   set.setSet(set);
   EXPECT_EQ(set.count(), 3u);
@@ -163,7 +170,8 @@ TEST(CountedPointerSetTest, KeepsAMemberWhileItsCountIsAboveZero) {
   set.removeObject(n[3].get());
   EXPECT_TRUE(set.containsObject(n[3].get()));
   for (int times = 0; times < 2; ++times) set.removeObject(n[3].get());
-  EXPECT_TRUE(!set.containsObject(n[3].get()) && set.count() == 39);
+  EXPECT_FALSE(set.containsObject(n[3].get()));
+  EXPECT_EQ(set.count(), 39u);
 }
 
 TEST(PointerKeyDictionaryTest, FindsByIdentityAndHoldsBoth) {
@@ -179,7 +187,8 @@ TEST(PointerKeyDictionaryTest, FindsByIdentityAndHoldsBoth) {
   EXPECT_EQ(key->referenceCount(), 1u);
 
   const auto pair = ZTUPair::pairWithFirstSecond(key, {});
-  EXPECT_TRUE(pair->isEqual(ZTUPair::pairWithFirstSecond(equalKey, {}).get()) && pair->second() == nullptr);
+  EXPECT_TRUE(pair->isEqual(ZTUPair::pairWithFirstSecond(equalKey, {}).get()));
+  EXPECT_EQ(pair->second(), nullptr);
 }
 
 }  // namespace

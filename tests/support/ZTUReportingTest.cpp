@@ -19,7 +19,8 @@ TEST(ReturningHandlerTest, RecordsOrPrintsTheFailureOfItsThreadAndReturns) {
   testing::internal::CaptureStderr();
   std::thread([] { ZT_REPORT("setName:", nullptr, "src/unit", "two\nlines"); }).join();
   const std::string printed = testing::internal::GetCapturedStderr();
-  EXPECT_TRUE(printed.starts_with("src/unit:") && printed.ends_with(": setName: <0x0>: two\\nlines\n")) << printed;
+  EXPECT_TRUE(printed.starts_with("src/unit:")) << printed;
+  EXPECT_TRUE(printed.ends_with(": setName: <0x0>: two\\nlines\n")) << printed;
   EXPECT_EQ(recorder.descriptions(), std::vector<std::string>{"Attempted to add self (0x0) as own observer."});
   EXPECT_EQ(recorder.takeReports()[0].text(),
             format("src/unit:%d: addObserver: <%p>: Attempted to add self (0x0) as own observer.", line, &object));
@@ -83,7 +84,8 @@ TEST(DynamicCastTest, AnswersTheObjectOfTheClassAndNoneForEverythingElse) {
   const Ref<NSObject> both = make<Both>();
   const NSObject* constant = both.get();
   EXPECT_EQ(ZTUDynamicCast<NSString>(text).get(), text.get());
-  EXPECT_TRUE(ZTUDynamicCast<NSDictionary>(text) == nullptr && ZTUDynamicCast<NSString>(Ref<NSObject>()) == nullptr);
+  EXPECT_EQ(ZTUDynamicCast<NSDictionary>(text), nullptr);
+  EXPECT_EQ(ZTUDynamicCast<NSString>(Ref<NSObject>()), nullptr);
   EXPECT_EQ(ZTUDynamicCast<Interface>(static_cast<NSObject*>(nullptr)), nullptr);
   EXPECT_EQ(ZTUDynamicCast<Interface>(both.get()), static_cast<Both*>(both.get()));
   EXPECT_EQ(ZTUDynamicCast<Both>(constant), constant);
