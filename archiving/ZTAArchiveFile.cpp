@@ -8,10 +8,7 @@
 #include <zlib.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
-#include <climits>
-#include <cstdlib>
 #include <memory>
 #include <system_error>
 #include <utility>
@@ -35,24 +32,6 @@ struct OpenFile {
     if (descriptor >= 0) ::close(descriptor);
   }
 };
-
-/// The file that the path leads to through symbolic links; the path itself where there is none yet.
-std::string resolved(const std::string& path) {
-  std::unique_ptr<char, void (*)(void*)> real(::realpath(path.c_str(), nullptr), std::free);
-  return real != nullptr ? std::string(real.get()) : path;
-}
-
-/// Temporary files of one process differ by these.
-unsigned nextNumber() {
-  static std::atomic<unsigned> last = 0;
-  return ++last;
-}
-
-std::string folderOf(const std::string& path) {
-  const std::size_t slash = path.rfind('/');
-  if (slash == std::string::npos) return ".";
-  return slash == 0 ? "/" : path.substr(0, slash);
-}
 
 }  // namespace
 
@@ -125,52 +104,6 @@ std::string ztaBeginning(std::string_view bytes, std::size_t count) noexcept {
   text.resize(count - stream.avail_out);
   inflateEnd(&stream);
   return text;
-}
-
-ZTAAtomicFile::ZTAAtomicFile(const std::string& path) : mPath(resolved(path)) {
-  struct stat old = {};
-  const bool replaces = ::stat(mPath.c_str(), &old) == 0;
-  if (replaces && !S_ISREG(old.st_mode)) raiseFor(path, "this is no regular file and is not replaced");
-  const std::string prefix = folderOf(mPath) + "/.ztstyles-" + std::to_string(::getpid()) + '-';
-  // A new file gets the permissions that the process gives new files; one that replaces another is closed to
-  // others until it has those of the old one.
-  do {
-    mTemporary = prefix + std::to_string(nextNumber());
-    mFile = ::open(mTemporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, replaces ? 0600 : 0666);
-  } while (mFile < 0 && errno == EEXIST);  // left by a process that had our number and was killed
-  if (mFile < 0) raiseFor(path, format("the file cannot be written: %s", textOf(errno)));
-  if (replaces && ::fchmod(mFile, old.st_mode & 07777) != 0) {
-    const int code = errno;
-    ::close(mFile);
-    ::unlink(mTemporary.c_str());
-    raiseFor(path, format("the file cannot be written: %s", textOf(code)));
-  }
-}
-
-ZTAAtomicFile::~ZTAAtomicFile() {
-  if (mFile >= 0) ::close(mFile);
-  if (!mTemporary.empty()) ::unlink(mTemporary.c_str());
-}
-
-void ZTAAtomicFile::fail(const char* what, int code) const { raiseFor(mPath, format("%s: %s", what, textOf(code))); }
-
-void ZTAAtomicFile::write(std::string_view bytes) {
-  while (!bytes.empty()) {
-    const ssize_t written = ::write(mFile, bytes.data(), bytes.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) fail("the file cannot be written", errno);
-    bytes.remove_prefix(static_cast<std::size_t>(written));
-  }
-}
-
-void ZTAAtomicFile::commit() {
-  if (::fsync(mFile) != 0) fail("the file cannot be written", errno);
-  if (::close(std::exchange(mFile, -1)) != 0) fail("the file cannot be written", errno);
-  if (::rename(mTemporary.c_str(), mPath.c_str()) != 0) fail("the file cannot be replaced", errno);
-  mTemporary.clear();
-  // So that the new name outlives a power cut. Where a folder cannot be flushed, the file is as safe as it gets.
-  const OpenFile folder(::open(folderOf(mPath).c_str(), O_RDONLY | O_CLOEXEC | O_DIRECTORY));
-  if (folder.descriptor >= 0) ::fsync(folder.descriptor);
 }
 
 }  // namespace zt

@@ -6,8 +6,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
+
+struct stat;
 
 namespace zt {
 
@@ -33,9 +36,15 @@ ZT_EXPORT std::string ztaUnpack(std::string bytes, const std::string& fileName, 
 /// The first bytes of the text, as far as they can be had without an error.
 ZT_EXPORT std::string ztaBeginning(std::string_view bytes, std::size_t count) noexcept;
 
-/// Replaces a file in one step. What is written goes to a temporary file in the same folder, which is
-/// flushed to the disk and renamed: whatever happens, the path names the old file or the whole new one. The
-/// new file has the permissions of the old one; a symbolic link stays and its target is replaced.
+/// Replaces a file in one step. What is written goes to a file without a name in the same folder (where the file system
+/// has no such files, to one with a temporary name), which is flushed to the disk and takes the place at the end:
+/// whatever happens, the path names the old file or the whole new one, and a signal leaves nothing behind. Temporary
+/// files that dead processes left in the folder are removed.
+///
+/// The new file has the owner, the group, the permissions and the extended attributes of the old one; a symbolic link
+/// stays and its target is replaced, or made where there is none. What cannot be kept is refused before anything is
+/// written: a file with further names (hard links), one that is read-only, one whose owner or attributes cannot be
+/// given to the new file.
 class ZT_EXPORT ZTAAtomicFile {
  public:
   /// Makes the temporary file. This and the other operations raise `ZTAArchiveException`.
@@ -49,10 +58,19 @@ class ZT_EXPORT ZTAAtomicFile {
   void commit();
 
  private:
+  struct Signals;  // held back while a file with a temporary name is there
+
   [[noreturn]] void fail(const char* what, int code) const;
+  void open(bool replaces);
+  void takeOver(const struct stat& old);
+  void takeOverAttributes();
+  void giveName();
+  std::string temporaryName() const;
+  void discard() noexcept;
 
   std::string mPath;
-  std::string mTemporary;
+  std::string mTemporary;  // empty while the file has no name
+  std::unique_ptr<Signals> mSignals;
   int mFile = -1;
 };
 
