@@ -151,6 +151,8 @@ void repair(XmlText& prepared, const XmlPart& part, std::vector<Finding>& findin
 
 }  // namespace
 
+std::string declaredXmlEncoding(std::string_view text) { return declaredEncoding(text); }
+
 XmlText prepareXmlText(const XmlPart& part, std::vector<Finding>& findings) {
   XmlText prepared;
   const std::string_view bytes = part.bytes;

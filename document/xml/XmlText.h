@@ -22,6 +22,9 @@ struct XmlText {
 /// refused with `ReadError`. `part` must outlive the answer.
 XmlText prepareXmlText(const XmlPart& part, std::vector<Finding>& findings);
 
+/// The encoding that the XML declaration at the start of a text names, in lower case; empty if it names none.
+std::string declaredXmlEncoding(std::string_view text);
+
 /// Throws `ReadError` for what the parser must not get to see. A tag with more attributes than the
 /// limit: the parser compares each one with all others, so that a tag of millions would take hours.
 /// A document type with declarations: entities that grow or that point outside. Linear.
