@@ -10,6 +10,7 @@
 #include <platform/NSNumber.h>
 #include <platform/NSString.h>
 #include <platform/ZTFormat.h>
+#include <platform/ZTUtf8.h>
 
 #include <array>
 #include <charconv>
@@ -119,10 +120,7 @@ Ref<NSObject> readPlatformValue(ZTAXMLUnarchiver& unarchiver, _xmlNode* node, st
 
 std::string shortened(std::string_view text) {
   constexpr std::size_t kQuoted = 60;
-  if (text.size() <= kQuoted) return std::string(text);
-  std::size_t end = kQuoted;
-  while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xc0) == 0x80) --end;  // never inside a character
-  return std::string(text.substr(0, end)) + "...";
+  return std::string(utf8Beginning(text, kQuoted)) + (text.size() <= kQuoted ? "" : "...");
 }
 
 }  // namespace zt

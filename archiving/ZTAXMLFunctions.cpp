@@ -5,6 +5,7 @@
 #include <archiving/ZTAXMLNodesInternal.h>
 #include <platform/ZTClass.h>
 #include <platform/ZTFormat.h>
+#include <platform/ZTUtf8.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -22,40 +23,25 @@ xmlChar gPrefix[] = "zt";
 
 thread_local bool tDiffable = false;
 
-/// The UTF-8 character at `at` if XML can hold it; a length of 0 if not.
-struct Character {
-  std::size_t length = 0;
-  unsigned code = 0;
-};
-Character goodCharacter(const unsigned char* at, std::size_t left) noexcept {
-  const unsigned char first = at[0];
-  const auto follows = [&](std::size_t index) { return index < left && (at[index] & 0xc0) == 0x80; };
-  if (first < 0x80) return {std::size_t{first >= 0x20 || first == '\t' || first == '\n' || first == '\r'}, first};
-  if (first < 0xc2 || !follows(1)) return {};
-  if (first < 0xe0) return {2, (first & 0x1fu) << 6 | (at[1] & 0x3fu)};
-  if (first < 0xf0) {
-    if (!follows(2)) return {};
-    const unsigned code = (first & 0x0fu) << 12 | (at[1] & 0x3fu) << 6 | (at[2] & 0x3fu);
-    const bool isGood = code >= 0x800 && (code < 0xd800 || code > 0xdfff) && code < 0xfffe;
-    return {isGood ? std::size_t{3} : 0, code};
-  }
-  if (first > 0xf4 || !follows(2) || !follows(3)) return {};
-  const unsigned code = (first & 0x07u) << 18 | (at[1] & 0x3fu) << 12 | (at[2] & 0x3fu) << 6 | (at[3] & 0x3fu);
-  return {code >= 0x10000 && code <= 0x10ffff ? std::size_t{4} : 0, code};
+/// The length of the character if it is one that XML can hold (XML 1.0, production 2), else 0.
+std::size_t goodLength(const Utf8Character& character) noexcept {
+  const std::uint32_t code = character.code;
+  const bool isGood = code >= 0x20 ? code != 0xfffe && code != 0xffff : code == '\t' || code == '\n' || code == '\r';
+  return isGood ? character.length : 0;
 }
 
 /// Whether a name may begin with the character, as the fifth edition of XML 1.0 has it, which the parser reads.
-/// (libxml2's own check of names keeps to the fourth.)
-bool beginsName(unsigned code) noexcept {
+/// (`xmlValidateNCName` keeps to the fourth: below U+20000 it refuses 85,022 characters that the parser reads.)
+bool beginsName(std::uint32_t code) noexcept {
   if (code < 0x80) return (code >= 'a' && code <= 'z') || (code >= 'A' && code <= 'Z') || code == '_';
-  constexpr std::pair<unsigned, unsigned> kRanges[] = {
+  constexpr std::pair<std::uint32_t, std::uint32_t> kRanges[] = {
       {0xc0, 0xd6},     {0xd8, 0xf6},     {0xf8, 0x2ff},    {0x370, 0x37d},   {0x37f, 0x1fff},  {0x200c, 0x200d},
       {0x2070, 0x218f}, {0x2c00, 0x2fef}, {0x3001, 0xd7ff}, {0xf900, 0xfdcf}, {0xfdf0, 0xfffd}, {0x10000, 0xeffff}};
   return std::any_of(std::begin(kRanges), std::end(kRanges),
                      [code](const auto& range) { return code >= range.first && code <= range.second; });
 }
 
-bool continuesName(unsigned code) noexcept {
+bool continuesName(std::uint32_t code) noexcept {
   return (code >= '0' && code <= '9') || code == '-' || code == '.' || beginsName(code) || code == 0xb7 ||
          (code >= 0x300 && code <= 0x36f) || code == 0x203f || code == 0x2040;
 }
@@ -68,16 +54,16 @@ namespace xml {
 
 std::string_view whyNotText(std::string_view text) noexcept {
   if (text.size() > kLongestText) return "it is longer than 9,999,999 bytes";
-  const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
   for (std::size_t at = 0; at < text.size();) {
-    if (bytes[at] >= 0x20 && bytes[at] < 0x80) {  // nearly all
+    const auto byte = static_cast<unsigned char>(text[at]);
+    if (byte >= 0x20 && byte < 0x80) {  // nearly all
       ++at;
       continue;
     }
-    const std::size_t length = goodCharacter(bytes + at, text.size() - at).length;
+    const std::size_t length = goodLength(utf8CharacterAt(text, at));
     if (length == 0) {
-      return bytes[at] < 0x20 ? "XML cannot hold a control character in it"
-                              : "it is no UTF-8, or holds a character that XML cannot hold";
+      return byte < 0x20 ? "XML cannot hold a control character in it"
+                         : "it is no UTF-8, or holds a character that XML cannot hold";
     }
     at += length;
   }
@@ -87,10 +73,9 @@ std::string_view whyNotText(std::string_view text) noexcept {
 void raise(std::string message) { throw ZTAArchiveException(ZTAError::withMessage(std::move(message))); }
 
 void checkName(std::string_view name) {
-  const auto* bytes = reinterpret_cast<const unsigned char*>(name.data());
   bool isName = !name.empty();
   for (std::size_t at = 0; isName && at < name.size();) {
-    const Character character = goodCharacter(bytes + at, name.size() - at);
+    const Utf8Character character = utf8CharacterAt(name, at);
     isName = character.length != 0 && (at == 0 ? beginsName(character.code) : continuesName(character.code));
     at += character.length;
   }
