@@ -10,9 +10,20 @@
 #include <limits>
 #include <memory>
 #include <new>
+#include <type_traits>
 #include <utility>
 
 namespace zt {
+
+/// Whether objects of these types may be moved by copying their bits and forgetting the originals: nothing refers back
+/// into one, and what they own does not ask where they stand. True for what is trivially copied, for references and,
+/// said there, for types whose author has looked.
+template <class... Types>
+inline constexpr bool kMoveByBits = (kMoveByBits<Types> && ...);
+template <class T>
+inline constexpr bool kMoveByBits<T> = std::is_trivially_copyable_v<T>;
+template <class T>
+inline constexpr bool kMoveByBits<Ref<T>> = sizeof(Ref<T>) == sizeof(T*);  // a pointer and nothing else
 
 /// The table under every identity set and dictionary of the library: entries in insertion order, add,
 /// remove and find in constant time at any size, one null pointer while empty.
@@ -25,9 +36,12 @@ namespace zt {
 ///
 /// `Policy` says what the key of an entry is, how keys and entries are hashed and compared, and what a hole looks
 /// like, which owns nothing. `hashOf(entry)` must not be dearer than a look at the entry: growing asks it of every
-/// entry. Growing also moves entries by copying their bits: nothing may refer back into one.
+/// entry. Growing also moves entries by copying their bits, without a call: `kMovesByBits` says that they bear it, for
+/// the members of the entry one by one (`kMoveByBits`).
 template <class Entry, class Policy>
 class OrderedTable {
+  static_assert(Policy::kMovesByBits, "growing copies the bits of the entries");
+
  public:
   using Key = typename Policy::Key;
   using Slot = std::uint32_t;
@@ -108,12 +122,10 @@ class OrderedTable {
     Slot place = 0;
     const Slot slot = search(key, hashFor(key), place);
     if (slot == kNoSlot) return Policy::hole();
-    if (mBlock->hasTable()) removeFromTable(place);
+    if (mBlock->hasTable()) freeCell(place);
     Entry taken = std::exchange(mBlock->entries()[slot], Policy::hole());
     --mBlock->live;
-    while (mBlock->used != 0 && Policy::isHole(mBlock->entries()[mBlock->used - 1])) {
-      std::destroy_at(&mBlock->entries()[--mBlock->used]);
-    }
+    giveBackHolesAtEnd();
     if (mBlock->live == 0) destroy(std::exchange(mBlock, nullptr));
     return taken;
   }
@@ -273,25 +285,36 @@ class OrderedTable {
   }
   static Cell distanceBits(Slot distance) noexcept { return std::min(distance, kFar) << kDistanceShift; }
 
-  /// How far the cell at this place stands from its home.
-  [[nodiscard]] Slot distanceAt(Slot place) const noexcept {
+  /// How many places the cell stands behind its home. What the cell itself tells ends at `kFar`.
+  [[nodiscard]] Slot distanceFromHome(Slot place) const noexcept {
     const Slot distance = mBlock->table()[place] >> kDistanceShift;
     if (distance < kFar) return distance;
     return (place - hash32(Policy::hashOf(mBlock->entries()[slotIn(mBlock->table()[place])]))) & mBlock->mask();
   }
 
-  /// Linear probing without tombstones: cells behind the gap that may stand nearer to home move up.
-  void removeFromTable(Slot gap) noexcept {
+  /// Frees a cell. A search begins at the home of what it wants and gives up at the first free cell, so between a cell
+  /// and its home all cells must be taken. Freeing one in the middle of a run would break that for those behind it.
+  /// Therefore the gap wanders: each cell further on in the run that may fill it (its home is no nearer than the gap)
+  /// does so and leaves the gap where it stood. At the end of the run nothing is left behind the gap that could miss
+  /// it, and it becomes the free cell. Cells that may not fill it have their home behind the gap and miss nothing.
+  void freeCell(Slot gap) noexcept {
     Cell* table = mBlock->table();
     const Slot mask = mBlock->mask();
     for (Slot next = (gap + 1) & mask; table[next] != 0; next = (next + 1) & mask) {
-      const Slot distance = distanceAt(next);
-      const Slot step = (next - gap) & mask;
-      if (distance < step) continue;
-      table[gap] = (table[next] & kHashBits) | distanceBits(distance - step);
+      const Slot distance = distanceFromHome(next);
+      const Slot nearer = (next - gap) & mask;
+      if (distance < nearer) continue;
+      table[gap] = (table[next] & kHashBits) | distanceBits(distance - nearer);
       gap = next;
     }
     table[gap] = 0;
+  }
+
+  /// Slots at the end are used again, so that walks over a set that has shrunk stay short.
+  void giveBackHolesAtEnd() noexcept {
+    while (mBlock->used != 0 && Policy::isHole(mBlock->entries()[mBlock->used - 1])) {
+      std::destroy_at(&mBlock->entries()[--mBlock->used]);
+    }
   }
 
   /// The block is full: closes the holes where they are a quarter of it or more, else doubles it.
@@ -342,6 +365,7 @@ std::size_t hashOfAddress(const void* address) noexcept {
 template <class T>
 struct PointerPolicy {
   using Key = const void*;
+  static constexpr bool kMovesByBits = kMoveByBits<T*>;
   static const void* keyOf(T* entry) noexcept { return entry; }
   static bool isHole(T* entry) noexcept { return entry == nullptr; }
   static T* hole() noexcept { return nullptr; }
@@ -354,6 +378,7 @@ struct PointerPolicy {
 template <class T>
 struct RefPolicy {
   using Key = const void*;
+  static constexpr bool kMovesByBits = kMoveByBits<Ref<T>>;
   static const void* keyOf(const Ref<T>& entry) noexcept { return entry.get(); }
   static bool isHole(const Ref<T>& entry) noexcept { return entry == nullptr; }
   static Ref<T> hole() noexcept { return {}; }

@@ -49,6 +49,7 @@ class ZTUCountedPointerSet {
   };
   struct Policy {
     using Key = const void*;
+    static constexpr bool kMovesByBits = kMoveByBits<Counted>;
     static const void* keyOf(const Counted& entry) noexcept { return entry.object; }
     static bool isHole(const Counted& entry) noexcept { return entry.object == nullptr; }
     static Counted hole() noexcept { return {nullptr, 0}; }

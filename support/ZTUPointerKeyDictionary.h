@@ -47,6 +47,7 @@ class ZTUPointerKeyDictionaryOf final : public NSObject {
   };
   struct Policy {
     using Key = const void*;
+    static constexpr bool kMovesByBits = kMoveByBits<Ref<K>, Ref<V>>;
     static const void* keyOf(const Entry& entry) noexcept { return entry.key.get(); }
     static bool isHole(const Entry& entry) noexcept { return entry.key == nullptr; }
     static Entry hole() noexcept { return {}; }

@@ -5,6 +5,9 @@
 
 namespace zt {
 
+template <>
+inline constexpr bool kMoveByBits<StringRef> = sizeof(StringRef) == sizeof(NSString*);  // a reference and nothing else
+
 /// A stylesheet's identified styles: from the text of an identifier to the style registered under it, in
 /// the order of registration. Holds the styles. The key is normally the style's own identifier; it is kept
 /// apart so that validation can tell.
@@ -17,6 +20,7 @@ class ZTSStyleDictionary {
   };
   struct Policy {
     using Key = StringRef;
+    static constexpr bool kMovesByBits = kMoveByBits<StringRef, Ref<ZTSStyle>, std::size_t>;
     static const StringRef& keyOf(const Entry& entry) noexcept { return entry.key; }
     static bool isHole(const Entry& entry) noexcept { return entry.style == nullptr; }
     static Entry hole() noexcept { return {}; }

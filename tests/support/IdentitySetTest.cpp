@@ -60,10 +60,14 @@ TEST(IdentitySetTest, AgreesWithASlowModelInContentsAndOrder) {
   }
 }
 
+// A short text lies in the object itself, which holds its own address.
+static_assert(kMoveByBits<int, Ref<NSNumber>> && !kMoveByBits<Ref<NSNumber>, std::string>);
+
 /// Numbers whose hashes leave as few different bits as `kMask` has.
 template <std::uint32_t kMask>
 struct CrowdedPolicy {
   using Key = int;
+  static constexpr bool kMovesByBits = kMoveByBits<int>;
   static int keyOf(int entry) { return entry; }
   static bool isHole(int entry) { return entry == 0; }
   static int hole() { return 0; }
