@@ -2,6 +2,13 @@
 // any length, so references are not followed by recursion: before an object is read, the objects that its
 // element refers to are made, worked off from a stack. One that is on the stack already is part of a circle
 // and is handed out bare; should it turn out to be another object, whoever was handed it is told.
+//
+// Each object takes three steps, each a function here:
+// 1. `allocate`: its class is found and a bare object made, or there is none to be had.
+// 2. `open`: its entry, if it has one, says from now on that it is being made, and what it refers to is noted.
+// 3. `read`: it reads its element, and its entry gets what came of it.
+// Between 2 and 3 `readWithNeeds` works off the stack. Values are read at once and have no bare object: their entry
+// only says meanwhile that they are being made, since a list may lead back to itself.
 
 #include <archiving/ZTAValueCodingInternal.h>
 #include <archiving/ZTAXMLUnarchiverStateInternal.h>
@@ -95,20 +102,18 @@ Ref<NSObject> ZTAXMLUnarchiver::objectFor(_xmlNode* node, const ZTClass* wanted)
         report(node, format("refers to '%s', which is itself a reference", shortened(to)));
         return {};
       }
-      return entry->progress == Entry::Progress::unmade ? made(entry->node, wanted, entry) : handOut(*entry, node);
+      return entry->isUnmade() ? made(entry->node, wanted, entry) : handOut(*entry, node);
     }
   }
   Entry* entry = entryOf(node);
-  if (entry != nullptr && entry->progress != Entry::Progress::unmade) return handOut(*entry, node);
+  if (entry != nullptr && !entry->isUnmade()) return handOut(*entry, node);
   return made(node, wanted, entry);
 }
 
 Ref<NSObject> ZTAXMLUnarchiver::handOut(Entry& entry, const _xmlNode* node) {
-  if (entry.progress == Entry::Progress::making && !mState->making.empty()) {
-    entry.holders.emplace_back(mState->making.back());
-  }
-  if (!entry.object) report(node, "refers to an object that could not be read");
-  return entry.object;
+  if (entry.isBeingMade() && !mState->making.empty()) entry.addHolder(*mState->making.back());
+  if (!entry.object()) report(node, "refers to an object that could not be read");
+  return entry.object();
 }
 
 Ref<NSObject> ZTAXMLUnarchiver::made(_xmlNode* node, const ZTClass* wanted, Entry* entry) {
@@ -123,16 +128,18 @@ Ref<NSObject> ZTAXMLUnarchiver::made(_xmlNode* node, const ZTClass* wanted, Entr
     const bool isPlatformValue = isPlatformValueName(kind);
     const ZTAValueCoder* coder = isPlatformValue ? nullptr : mState->registry->coderNamed(kind);
     if (!isPlatformValue && coder == nullptr) continue;
-    if (entry != nullptr) entry->progress = Entry::Progress::making;  // a list may lead back to itself
+    if (entry != nullptr) entry->beginMaking({});
     Ref<NSObject> value = isPlatformValue ? readPlatformValue(*this, node, kind) : coder->decodeValue(*this, node);
-    if (entry != nullptr) {
-      entry->object = value;
-      entry->progress = Entry::Progress::made;
-    }
+    if (entry != nullptr) entry->endMaking(value);
     return value;
   }
   Frame frame{node, entry};
-  return begin(frame, wanted) ? build(std::move(frame)) : Ref<NSObject>();
+  if (allocate(frame, wanted)) {
+    open(frame);
+    return readWithNeeds(std::move(frame));
+  }
+  if (entry != nullptr) entry->endMaking({});
+  return {};
 }
 
 const ZTClass* ZTAXMLUnarchiver::classFor(const _xmlNode* node, const ZTClass* wanted) {
@@ -158,34 +165,33 @@ const ZTClass* ZTAXMLUnarchiver::classFor(const _xmlNode* node, const ZTClass* w
   return found;
 }
 
-/// Makes the frame's bare object. False where none can be made.
-bool ZTAXMLUnarchiver::begin(Frame& frame, const ZTClass* wanted) {
+/// Makes the frame's bare object. False, with a finding, where none can be made.
+bool ZTAXMLUnarchiver::allocate(Frame& frame, const ZTClass* wanted) {
   const ZTClass* objectClass = classFor(frame.node, wanted);
-  if (objectClass != nullptr) {
-    frame.object = objectClass->allocate();
-    frame.coding = dynamic_cast<ZTAXMLCoding*>(frame.object.get());
-    if (frame.coding == nullptr) {
-      report(frame.node, format("objects of the class '%@' cannot be read", objectClass->name()));
-      frame.object.reset();
-    }
-  }
-  if (frame.entry != nullptr) {
-    frame.entry->progress = frame.coding != nullptr ? Entry::Progress::making : Entry::Progress::made;
-    frame.entry->object = frame.object;
-  }
-  if (frame.coding == nullptr) return false;
-  if (mState->tree.hasReferences() && mState->tree.contains(frame.node) && frame.coding->archivesByReference()) {
-    forEachElementBelow(frame.node, [&](const xmlNode* node) {
-      const std::string_view to = xml::attribute(node, xml::kTo);
-      if (!xml::isPresent(to)) return;
-      auto found = mState->ids.find(to);  // one that is missing is told when it is read
-      if (found != mState->ids.end()) frame.needs.push_back(&mState->entries[found->second]);
-    });
+  if (objectClass == nullptr) return false;
+  frame.object = objectClass->allocate();
+  frame.coding = dynamic_cast<ZTAXMLCoding*>(frame.object.get());
+  if (frame.coding == nullptr) {
+    report(frame.node, format("objects of the class '%@' cannot be read", objectClass->name()));
+    return false;
   }
   return true;
 }
 
-Ref<NSObject> ZTAXMLUnarchiver::build(Frame first) {
+void ZTAXMLUnarchiver::open(Frame& frame) {
+  if (frame.entry != nullptr) frame.entry->beginMaking(frame.object);
+  if (!mState->tree.hasReferences() || !mState->tree.contains(frame.node) || !frame.coding->archivesByReference())
+    return;
+  forEachElementBelow(frame.node, [&](const xmlNode* node) {
+    const std::string_view to = xml::attribute(node, xml::kTo);
+    if (!xml::isPresent(to)) return;
+    auto found = mState->ids.find(to);  // one that is missing is told when it is read
+    if (found != mState->ids.end()) frame.needs.push_back(&mState->entries[found->second]);
+  });
+}
+
+/// Reads the object after those that it refers to, and them after theirs.
+Ref<NSObject> ZTAXMLUnarchiver::readWithNeeds(Frame first) {
   const auto namesClass = [this](const xmlNode* node) {
     return xml::isPresent(xml::attribute(node, xml::kClass)) ||
            mState->registry->classNamed(xml::view(node->name)) != nullptr;
@@ -198,25 +204,24 @@ Ref<NSObject> ZTAXMLUnarchiver::build(Frame first) {
     if (frame.nextNeed < frame.needs.size()) {
       Entry& need = *frame.needs[frame.nextNeed++];
       // Only what refers itself can lead on; values and owners are made where they are met.
-      if (need.progress != Entry::Progress::unmade || !namesClass(need.node)) continue;
+      if (!need.isUnmade() || !namesClass(need.node)) continue;
       Frame next{need.node, &need};
-      if (!begin(next, nullptr)) continue;
-      if (next.coding->archivesByReference()) {
+      if (!allocate(next, nullptr)) {
+        need.endMaking({});
+      } else if (next.coding->archivesByReference()) {
+        open(next);
         waiting.push_back(std::move(next));
-      } else {
-        need.progress = Entry::Progress::unmade;
-        need.object.reset();
       }
       continue;
     }
-    Frame done = std::move(waiting.back());
+    Frame ready = std::move(waiting.back());
     waiting.pop_back();
-    last = finish(done);
+    last = read(ready);
   }
   return last;
 }
 
-Ref<NSObject> ZTAXMLUnarchiver::finish(Frame& frame) {
+Ref<NSObject> ZTAXMLUnarchiver::read(Frame& frame) {
   Ref<NSObject> kept;
   {
     const MakingScope scope(*mState, frame.object.get());
@@ -234,11 +239,7 @@ Ref<NSObject> ZTAXMLUnarchiver::finish(Frame& frame) {
     }
   }
   std::vector<Ref<NSObject>> holders;
-  if (frame.entry != nullptr) {
-    frame.entry->progress = Entry::Progress::made;
-    frame.entry->object = kept;
-    holders = std::exchange(frame.entry->holders, {});
-  }
+  if (frame.entry != nullptr) holders = frame.entry->endMaking(kept);
   if (kept != frame.object) {
     for (const Ref<NSObject>& holder : holders) {
       if (auto* coding = dynamic_cast<ZTAXMLCoding*>(holder.get()))

@@ -30,9 +30,9 @@ ZTAXMLUnarchiver::~ZTAXMLUnarchiver() {
   // Objects that refer to one another in circles have an element that is referred to.
   std::vector<Ref<NSObject>> referrers;
   for (const Entry& entry : mState->entries) {
-    const auto* coding =
-        entry.object && !entry.object->isPlainValue() ? dynamic_cast<const ZTAXMLCoding*>(entry.object.get()) : nullptr;
-    if (coding != nullptr && coding->archivesByReference()) referrers.push_back(entry.object);
+    const Ref<NSObject>& object = entry.object();
+    const auto* coding = object && !object->isPlainValue() ? dynamic_cast<const ZTAXMLCoding*>(object.get()) : nullptr;
+    if (coding != nullptr && coding->archivesByReference()) referrers.push_back(object);
   }
   mState.reset();
   xml::releaseReferrers(std::move(referrers));
@@ -118,7 +118,7 @@ void ZTAXMLUnarchiver::collectEntries() {
       report(node, format("the id '%s' has been given before; the first element keeps it", shortened(id)));
       continue;
     }
-    state.entries.push_back(Entry{node});
+    state.entries.emplace_back(node);
     node->_private = reinterpret_cast<void*>(state.entries.size());  // NOLINT(performance-no-int-to-ptr)
   }
 }

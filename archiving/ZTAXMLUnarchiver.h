@@ -102,7 +102,7 @@ class ZT_EXPORT ZTAXMLUnarchiver : public NSObject {
 
  private:
   struct State;
-  struct Entry;
+  class Entry;
   struct Frame;
   struct MakingScope;
   struct NestingScope;
@@ -115,9 +115,10 @@ class ZT_EXPORT ZTAXMLUnarchiver : public NSObject {
   Ref<NSObject> handOut(Entry& entry, const _xmlNode* node);
   Ref<NSObject> made(_xmlNode* node, const ZTClass* wanted, Entry* entry);
   const ZTClass* classFor(const _xmlNode* node, const ZTClass* wanted);
-  bool begin(Frame& frame, const ZTClass* wanted);
-  Ref<NSObject> build(Frame first);
-  Ref<NSObject> finish(Frame& frame);
+  bool allocate(Frame& frame, const ZTClass* wanted);
+  void open(Frame& frame);
+  Ref<NSObject> readWithNeeds(Frame first);
+  Ref<NSObject> read(Frame& frame);
   Ref<ZTAError> errorAt(const _xmlNode* node, std::string message) const;
 
   std::unique_ptr<State> mState;

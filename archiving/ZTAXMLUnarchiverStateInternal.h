@@ -12,23 +12,47 @@
 
 namespace zt {
 
-/// An element that can be referred to, and what has been made of it.
-struct ZTAXMLUnarchiver::Entry {
+/// An element that can be referred to, and what has been made of it: nothing yet; then, while it is being read, a bare
+/// object (none for a value); then what came of it, for good.
+class ZTAXMLUnarchiver::Entry {
+ public:
+  explicit Entry(xmlNode* element) noexcept : node(element) {}
+
+  xmlNode* const node;
+
+  [[nodiscard]] bool isUnmade() const noexcept { return mProgress == Progress::unmade; }
+  [[nodiscard]] bool isBeingMade() const noexcept { return mProgress == Progress::making; }
+  /// The bare object while it is being made, then the one that was made. Either may be none.
+  [[nodiscard]] const Ref<NSObject>& object() const noexcept { return mObject; }
+
+  void beginMaking(Ref<NSObject> bare) noexcept {
+    mProgress = Progress::making;
+    mObject = std::move(bare);
+  }
+  /// Somebody was handed the bare object and must learn if another comes of it.
+  void addHolder(NSObject& holder) { mHolders.emplace_back(&holder); }
+  /// Answers those who were handed the bare object.
+  std::vector<Ref<NSObject>> endMaking(Ref<NSObject> made) noexcept {
+    mProgress = Progress::made;
+    mObject = std::move(made);
+    return std::exchange(mHolders, {});
+  }
+
+ private:
   enum class Progress : std::uint8_t { unmade, making, made };
 
-  xmlNode* node;
-  Progress progress = Progress::unmade;
-  Ref<NSObject> object = {};                ///< bare while it is being made; may be none when it is made
-  std::vector<Ref<NSObject>> holders = {};  ///< who was handed the bare object
+  Progress mProgress = Progress::unmade;
+  Ref<NSObject> mObject;
+  std::vector<Ref<NSObject>> mHolders;
 };
 
 /// An object that is about to be read, and what must have been made before.
 struct ZTAXMLUnarchiver::Frame {
   xmlNode* node;
-  Entry* entry = nullptr;
-  Ref<NSObject> object = {};
-  ZTAXMLCoding* coding = nullptr;
-  std::vector<Entry*> needs = {};
+  Entry* entry = nullptr;          ///< none where nothing can refer to the element
+  Ref<NSObject> object = {};       ///< bare
+  ZTAXMLCoding* coding = nullptr;  ///< the same object
+  std::vector<Entry*> needs = {};  ///< only for an object that archives by reference
   std::size_t nextNeed = 0;
 };
 
