@@ -14,6 +14,10 @@
 
 #include <array>
 #include <charconv>
+#include <clocale>
+#include <cmath>
+#include <cstdlib>
+#include <string>
 #include <utility>
 
 namespace zt {
@@ -46,6 +50,17 @@ bool readNumber(std::string_view text, T& number) {
   const auto [end, code] = std::from_chars(text.data(), text.data() + text.size(), number);
   return code == std::errc() && end == text.data() + text.size();
 }
+
+#if !defined(__cpp_lib_to_chars)  // libc++ reads no reals with from_chars
+bool readNumber(std::string_view text, double& number) {
+  static const locale_t locale = ::newlocale(LC_ALL_MASK, "C", nullptr);
+  const std::string terminated(text);
+  if (text.empty() || text.find_first_of(" \t\n\v\f\r+xX(") < text.find_first_of("eE")) return false;
+  char* end = nullptr;
+  number = ::strtod_l(terminated.c_str(), &end, locale);
+  return end == terminated.c_str() + text.size() && (std::isfinite(number) || text.find_first_of("nN") < text.size());
+}
+#endif
 
 Ref<NSObject> colorFrom(std::string_view text) {
   std::uint32_t components = 0;

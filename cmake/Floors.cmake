@@ -53,6 +53,7 @@ function(zt_add_floor name)
     target_link_libraries(zt_${name} PUBLIC zt_${used})
   endforeach()
   target_link_libraries(zt_${name} PUBLIC ${floor_PUBLIC_LIBRARIES} PRIVATE ${floor_LIBRARIES} zt_build_flags)
+  target_compile_definitions(zt_${name} PRIVATE ZT_BUILDS_LIBRARY)
   # One set of objects serves the shared library and the programs that link the floors directly.
   set_target_properties(zt_${name} PROPERTIES
     POSITION_INDEPENDENT_CODE ON

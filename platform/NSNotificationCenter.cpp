@@ -51,7 +51,7 @@ namespace {
 // runs no code of others.
 class Guard {
  public:
-  explicit Guard(std::mutex& lock) : mLock(__libc_single_threaded ? nullptr : &lock) {
+  explicit Guard(std::mutex& lock) : mLock(isSingleThreaded() ? nullptr : &lock) {
     if (mLock != nullptr) mLock->lock();
   }
   ~Guard() {

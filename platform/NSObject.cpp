@@ -22,7 +22,7 @@ struct Disposal {
 };
 
 // As for NestingGuard: a few bytes, and no call per access.
-__attribute__((tls_model("initial-exec"))) constinit thread_local Disposal* tDisposal = nullptr;
+[[gnu::tls_model("initial-exec")]] constinit thread_local Disposal* tDisposal = nullptr;
 
 }  // namespace
 

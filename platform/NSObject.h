@@ -3,6 +3,7 @@
 #include <platform/Ref.h>
 #include <platform/ZTExport.h>
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -59,7 +60,9 @@ class ZT_EXPORT NSObject {
   [[nodiscard]] std::uint32_t referenceCount() const noexcept { return mCount; }
 
   /// Whether a listener of the notification centre names this object; kept by the centre alone.
-  [[nodiscard]] bool hasListeners() const noexcept { return __atomic_load_n(&mHasListeners, __ATOMIC_ACQUIRE); }
+  [[nodiscard]] bool hasListeners() const noexcept {
+    return std::atomic_ref(mHasListeners).load(std::memory_order_acquire);
+  }
 
  protected:
   /// Private type tags: what the values' own `isEqual` asks instead of a dynamic cast, and how the style model tells
@@ -91,7 +94,9 @@ class ZT_EXPORT NSObject {
   friend void intrusive_ptr_add_ref(const NSObject* object) noexcept;
   friend void intrusive_ptr_release(const NSObject* object) noexcept;
 
-  void setHasListeners(bool has) const noexcept { __atomic_store_n(&mHasListeners, has, __ATOMIC_RELEASE); }
+  void setHasListeners(bool has) const noexcept {
+    std::atomic_ref(mHasListeners).store(has, std::memory_order_release);
+  }
   static void dispose(const NSObject* object) noexcept;
 
   mutable std::uint32_t mCount = 0;

@@ -2,13 +2,27 @@
 /// @file
 /// `Ref<T>`: a counted reference. Copying shares ownership, an empty one stands for "none".
 
-#include <sys/single_threaded.h>
 #include <boost/smart_ptr/intrusive_ptr.hpp>
 
+#include <atomic>
 #include <cstdint>
 #include <utility>
 
+#if __has_include(<sys/single_threaded.h>)
+#include <sys/single_threaded.h>
+#endif
+
 namespace zt {
+
+/// Whether the process has one thread and remains so while the caller starts none. A C library that does not tell
+/// answers no, and everything takes the way for several.
+inline bool isSingleThreaded() noexcept {
+#if __has_include(<sys/single_threaded.h>)
+  return __libc_single_threaded;
+#else
+  return false;
+#endif
+}
 
 template <class T>
 using Ref = boost::intrusive_ptr<T>;
@@ -18,26 +32,27 @@ using Ref = boost::intrusive_ptr<T>;
 namespace counting {
 
 inline void increment(std::uint32_t& count) noexcept {
-  if (__libc_single_threaded) {
+  if (isSingleThreaded()) {
     ++count;
   } else {
-    __atomic_fetch_add(&count, 1u, __ATOMIC_RELAXED);
+    std::atomic_ref(count).fetch_add(1, std::memory_order_relaxed);
   }
 }
 
 /// Whether this was the last reference.
 inline bool decrement(std::uint32_t& count) noexcept {
-  if (__libc_single_threaded) return --count == 0;
-  return __atomic_fetch_sub(&count, 1u, __ATOMIC_ACQ_REL) == 1;
+  if (isSingleThreaded()) return --count == 0;
+  return std::atomic_ref(count).fetch_sub(1, std::memory_order_acq_rel) == 1;
 }
 
 /// Takes a reference unless the last one is gone already. For walks over sets that do not own
 /// their members: an object whose destruction has begun must not be revived.
 inline bool incrementUnlessZero(std::uint32_t& count) noexcept {
-  if (__libc_single_threaded) return count != 0 && ++count != 0;
-  std::uint32_t seen = __atomic_load_n(&count, __ATOMIC_RELAXED);
+  if (isSingleThreaded()) return count != 0 && ++count != 0;
+  const std::atomic_ref shared(count);
+  std::uint32_t seen = shared.load(std::memory_order_relaxed);
   while (seen != 0) {
-    if (__atomic_compare_exchange_n(&count, &seen, seen + 1, true, __ATOMIC_ACQ_REL, __ATOMIC_RELAXED)) return true;
+    if (shared.compare_exchange_weak(seen, seen + 1, std::memory_order_acq_rel, std::memory_order_relaxed)) return true;
   }
   return false;
 }

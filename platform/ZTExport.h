@@ -7,7 +7,11 @@
 /// links in the tests (they use the floors directly) and fails in the tool and in a consumer (they use the library).
 /// Templates and inline functions need no mark.
 
-#if defined(__GNUC__)
+#if defined(_WIN32) && defined(ZT_BUILDS_LIBRARY)
+#define ZT_EXPORT __declspec(dllexport)
+#elif defined(_WIN32)
+#define ZT_EXPORT __declspec(dllimport)
+#elif defined(__GNUC__)
 #define ZT_EXPORT __attribute__((visibility("default")))
 #else
 #define ZT_EXPORT

@@ -29,7 +29,7 @@ class ZT_EXPORT NestingGuard {
   /// `operation` is the keyword name, for the text of the exception.
   explicit NestingGuard(const char* operation, Nesting kind = Nesting::other)
       : mCount(&tState.counts[static_cast<std::uint8_t>(kind)]) {
-    const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+    const auto here = placeOnStack();
     if (*mCount >= kDeepestNesting || here < tState.stackLimit) checkSlowly(operation, *mCount, here);
     ++*mCount;
   }
@@ -44,6 +44,15 @@ class ZT_EXPORT NestingGuard {
   }
 
  private:
+  static std::uintptr_t placeOnStack() noexcept {
+#if defined(__GNUC__)
+    return reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+#else
+    const volatile char here = 0;
+    return reinterpret_cast<std::uintptr_t>(&here);
+#endif
+  }
+
   struct State {
     std::uintptr_t stackLimit;  // the lowest good address; at first beyond all, so that it is looked up
     std::uintptr_t stackEnd;
@@ -51,7 +60,7 @@ class ZT_EXPORT NestingGuard {
   };
 
   // Few bytes, so that this model holds for a library that is loaded late, too; and no call per access.
-  __attribute__((tls_model("initial-exec"))) static thread_local constinit State tState;
+  [[gnu::tls_model("initial-exec")]] static thread_local constinit State tState;
 
   static void checkSlowly(const char* operation, std::uint32_t count, std::uintptr_t here);
 
