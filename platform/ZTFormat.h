@@ -1,7 +1,8 @@
 #pragma once
 /// @file
 /// `format(text, arguments...)`: the formatter of every report, log line and description. The compiler checks number
-/// and kinds of the arguments. The locale plays no part.
+/// and kinds of the arguments. The locale plays no part. Where <format> is included too it is `zt::format`: the standard's
+/// would be found for an argument of the standard's.
 ///
 /// - `%@` takes an object or a reference to one, a text, or anything with `std::string describe(const T&)` beside it,
 ///   and prints its description; `(null)` for none and for an absent text.
