@@ -82,7 +82,20 @@ struct NSNotificationCenter::NameRecord final : NSNotificationName::Record {
 struct NSNotificationCenter::Registry {
   using TargetList = TargetListOf<Registration>;
   using OwnerList = OwnerListOf<Registration>;
-  using Removed = std::vector<Ref<Registration>>;
+  /// Registrations that have left all other lists, released after the lock. The list is made of the registrations
+  /// themselves: listeners leave in their destructors, which must not need memory.
+  struct Removed {
+    OwnerList list;
+    Removed() = default;
+    Removed(const Removed&) = delete;
+    Removed& operator=(const Removed&) = delete;
+    ~Removed() {
+      while (!list.empty()) {
+        const Ref<Registration> first(&list.front(), false);
+        list.pop_front();
+      }
+    }
+  };
 
   std::mutex lock;
   std::map<std::string, NameRecord, std::less<>> names;  // nodes stay where they are
@@ -169,9 +182,8 @@ void NSNotificationCenter::removeMatching(const void* owner, const Matches& matc
       ++each;
       continue;
     }
-    removed.emplace_back();  // first what may run out of memory, then what must not be half done
     each = owned.erase(each);
-    removed.back() = mRegistry->unlinkFromTarget(registration);
+    removed.list.push_back(*mRegistry->unlinkFromTarget(registration).detach());
   }
   if (owned.empty()) mRegistry->byOwner.erase(found);
 }

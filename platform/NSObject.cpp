@@ -5,6 +5,7 @@
 #include <platform/ZTFormat.h>
 
 #include <functional>
+#include <new>
 #include <vector>
 
 namespace zt {
@@ -16,9 +17,41 @@ namespace {
 // and the outermost destruction works them off.
 constexpr int kNestedDestructions = 64;
 
-struct Disposal {
+//
+// Destruction must not fail for want of memory. A chain has one object waiting at a time, so the room on the stack
+// does for it; only objects that let go of many at once, that deep, need more. Where no more is to be had, they are
+// destroyed on the spot, deeper than the bound.
+class Disposal {
+ public:
   int depth = 0;
-  std::vector<const NSObject*> waiting;
+
+  bool wait(const NSObject* object) noexcept {
+    if (mCount < kRoom) {
+      mFirst[mCount++] = object;
+      return true;
+    }
+    try {
+      mMore.push_back(object);
+      return true;
+    } catch (const std::bad_alloc&) {
+      return false;
+    }
+  }
+  /// The one that came last; none if none waits.
+  const NSObject* next() noexcept {
+    if (!mMore.empty()) {
+      const NSObject* last = mMore.back();
+      mMore.pop_back();
+      return last;
+    }
+    return mCount != 0 ? mFirst[--mCount] : nullptr;
+  }
+
+ private:
+  static constexpr std::size_t kRoom = 64;
+  std::size_t mCount = 0;
+  const NSObject* mFirst[kRoom];  // left as it is: most destructions need none of it
+  std::vector<const NSObject*> mMore;
 };
 
 // As for NestingGuard: a few bytes, and no call per access.
@@ -31,11 +64,9 @@ NSObject::~NSObject() {
 }
 
 void NSObject::dispose(const NSObject* object) noexcept {
+  object->mCount = counting::kDying;
   if (tDisposal != nullptr) {
-    if (tDisposal->depth >= kNestedDestructions) {
-      tDisposal->waiting.push_back(object);
-      return;
-    }
+    if (tDisposal->depth >= kNestedDestructions && tDisposal->wait(object)) return;
     ++tDisposal->depth;
     delete object;
     --tDisposal->depth;
@@ -44,11 +75,7 @@ void NSObject::dispose(const NSObject* object) noexcept {
   Disposal disposal;
   tDisposal = &disposal;
   delete object;
-  while (!disposal.waiting.empty()) {
-    const NSObject* next = disposal.waiting.back();
-    disposal.waiting.pop_back();
-    delete next;
-  }
+  while (const NSObject* next = disposal.next()) delete next;
   tDisposal = nullptr;
 }
 

@@ -18,7 +18,8 @@ class ZTSStyle;
 ///
 /// An object is made with `make<T>(...)` or by its class object, is held by `Ref`, and is destroyed
 /// when its last `Ref` goes. Destruction never nests deeper than a fixed bound: a chain of a million
-/// objects that own one another is released in a loop.
+/// objects that own one another is released in a loop. An object is destroyed once, even if its destruction runs code
+/// that takes a reference to it and gives that back.
 class ZT_EXPORT NSObject {
  public:
   NSObject(const NSObject&) = delete;
@@ -56,8 +57,8 @@ class ZT_EXPORT NSObject {
   /// colour, list, the null sentinel): such a value holds no state that can change and is no style.
   [[nodiscard]] bool isPlainValue() const noexcept { return mTag >= Tag::null; }
 
-  /// The number of references, for tests and for finding groups that only hold one another.
-  [[nodiscard]] std::uint32_t referenceCount() const noexcept { return mCount; }
+  /// The number of references, for tests and for finding groups that only hold one another; 0 once the object dies.
+  [[nodiscard]] std::uint32_t referenceCount() const noexcept { return counting::isAlive(mCount) ? mCount : 0; }
 
   /// Whether a listener of the notification centre names this object; kept by the centre alone.
   [[nodiscard]] bool hasListeners() const noexcept {
@@ -131,7 +132,7 @@ inline void intrusive_ptr_release(const NSObject* object) noexcept {
 /// A reference to a member of a set that does not own it; none if its destruction has begun.
 template <class T>
 Ref<T> retainIfAlive(T* object) noexcept {
-  if (object == nullptr || !counting::incrementUnlessZero(static_cast<const NSObject*>(object)->mCount)) return {};
+  if (object == nullptr || !counting::incrementIfAlive(static_cast<const NSObject*>(object)->mCount)) return {};
   return Ref<T>(object, false);
 }
 

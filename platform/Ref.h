@@ -45,13 +45,18 @@ inline bool decrement(std::uint32_t& count) noexcept {
   return std::atomic_ref(count).fetch_sub(1, std::memory_order_acq_rel) == 1;
 }
 
+/// What the count of an object is set to when its destruction begins. References that are taken and given back
+/// meanwhile, by whatever the destruction calls, count up and down from here and never reach zero a second time.
+inline constexpr std::uint32_t kDying = std::uint32_t{1} << 31;
+inline bool isAlive(std::uint32_t count) noexcept { return static_cast<std::int32_t>(count) > 0; }
+
 /// Takes a reference unless the last one is gone already. For walks over sets that do not own
 /// their members: an object whose destruction has begun must not be revived.
-inline bool incrementUnlessZero(std::uint32_t& count) noexcept {
-  if (isSingleThreaded()) return count != 0 && ++count != 0;
+inline bool incrementIfAlive(std::uint32_t& count) noexcept {
+  if (isSingleThreaded()) return isAlive(count) && ++count != 0;
   const std::atomic_ref shared(count);
   std::uint32_t seen = shared.load(std::memory_order_relaxed);
-  while (seen != 0) {
+  while (isAlive(seen)) {
     if (shared.compare_exchange_weak(seen, seen + 1, std::memory_order_acq_rel, std::memory_order_relaxed)) return true;
   }
   return false;

@@ -2,6 +2,7 @@
 
 #include <platform/NSException.h>
 #include <platform/NSNotificationCenter.h>
+#include <tests/AllocationFailures.h>
 
 #include <atomic>
 #include <optional>
@@ -145,6 +146,19 @@ TEST_F(NotificationTest, AnExceptionReachesThePosterAndLeavesTheCentreWhole) {
     EXPECT_THROW(center.post(removed, nullptr), NSInternalInconsistencyException) << "instead of overflowing";
   }
   EXPECT_EQ(takeLog(), Log{});
+}
+
+TEST_F(NotificationTest, ListenersLeaveWithoutMemory) {
+  const NSNotificationName name("leaving");
+  int told = 0;
+  std::optional<NotificationListener> first(std::in_place, name, nullptr, [&](const NSNotification&) { ++told; });
+  const NotificationListener second(name, nullptr, [&](const NSNotification&) { told += 10; });
+  {
+    const test::FailingAllocations none;
+    first.reset();
+  }
+  NSNotificationCenter::defaultCenter().post(name, nullptr);
+  EXPECT_EQ(told, 10);
 }
 
 TEST_F(NotificationTest, ThreadsMayListenAndPostAtOnce) {
