@@ -9,6 +9,8 @@
 #include <platform/ZTFormat.h>
 #include <platform/ZTHash.h>
 
+#include <boost/container/small_vector.hpp>
+
 #include <bit>
 #include <charconv>
 #include <cmath>
@@ -148,35 +150,100 @@ const ZTClass& NSArray::arrayClass() {
 }
 const ZTClass& NSArray::classObject() const { return arrayClass(); }
 
+// Lists may nest as deep as a file or a program likes. What follows walks them with a stack of its own; only elements
+// that are no lists are called.
+
 bool NSArray::isEqual(const NSObject* other) const {
-  if (this == other) return true;
-  const NSArray* array = from(other);
-  if (array == nullptr || array->count() != count()) return false;
-  for (std::size_t index = 0; index < mObjects.size(); ++index) {
-    if (!sameOrEqual(mObjects[index].get(), array->mObjects[index].get())) return false;
+  struct Level {
+    const NSArray* left;
+    const NSArray* right;
+    std::size_t next = 0;
+  };
+  boost::container::small_vector<Level, 8> open;
+  // Whether the two may still be equal; lists whose elements have yet to be compared are opened.
+  const auto compare = [&open](const NSArray* left, const NSArray* right) {
+    if (right == nullptr || left->count() != right->count()) return false;
+    if (left != right) open.push_back({left, right});
+    return true;
+  };
+  if (!compare(this, from(other))) return false;
+  while (!open.empty()) {
+    Level& level = open.back();
+    if (level.next == level.left->count()) {
+      open.pop_back();
+      continue;
+    }
+    const NSObject* left = level.left->mObjects[level.next].get();
+    const NSObject* right = level.right->mObjects[level.next++].get();
+    const NSArray* list = from(left);
+    if (list != nullptr ? !compare(list, from(right)) : !sameOrEqual(left, right)) return false;
   }
   return true;
 }
 
+namespace {
+
+template <class HashOf>
+std::size_t hashOfList(const NSArray& list, HashOf hashOf) {
+  struct Level {
+    const NSArray* list;
+    std::size_t all;
+    std::size_t next = 0;
+  };
+  const auto opened = [](const NSArray* each) { return Level{each, each->count() + 0xa77a}; };
+  boost::container::small_vector<Level, 8> open{opened(&list)};
+  while (true) {
+    Level& level = open.back();
+    if (level.next == level.list->count()) {
+      const std::size_t all = level.all;
+      open.pop_back();
+      if (open.empty()) return all;
+      open.back().all = combineHashes(open.back().all, all);
+      continue;
+    }
+    const NSObject* each = level.list->objects()[level.next++].get();
+    if (const NSArray* inner = NSArray::from(each)) {
+      open.push_back(opened(inner));
+    } else {
+      level.all = combineHashes(level.all, hashOf(*each));
+    }
+  }
+}
+
+}  // namespace
+
 std::size_t NSArray::hash() const {
-  std::size_t all = mObjects.size() + 0xa77a;
-  for (const Ref<NSObject>& each : mObjects) all = combineHashes(all, each->hash());
-  return all;
+  return hashOfList(*this, [](const NSObject& each) { return each.hash(); });
 }
 
 std::size_t NSArray::stableHash() const {
-  std::size_t all = mObjects.size() + 0xa77a;
-  for (const Ref<NSObject>& each : mObjects) all = combineHashes(all, each->stableHash());
-  return all;
+  return hashOfList(*this, [](const NSObject& each) { return each.stableHash(); });
 }
 
 std::string NSArray::description() const {
+  struct Level {
+    const NSArray* list;
+    std::size_t next = 0;
+  };
+  boost::container::small_vector<Level, 8> open{Level{this}};
   std::string text = "(";
-  for (const Ref<NSObject>& each : mObjects) {
-    if (text.size() > 1) text += ", ";
-    text += each->description();
+  while (!open.empty()) {
+    Level& level = open.back();
+    if (level.next == level.list->count()) {
+      open.pop_back();
+      text += ')';
+      continue;
+    }
+    if (level.next != 0) text += ", ";
+    const NSObject* each = level.list->mObjects[level.next++].get();
+    if (const NSArray* inner = from(each)) {
+      text += '(';
+      open.push_back({inner});
+    } else {
+      text += each->description();
+    }
   }
-  return text + ")";
+  return text;
 }
 
 Ref<NSObject> NSArray::copy() const { return itself(this); }

@@ -9,6 +9,7 @@
 #include <platform/NSValue.h>
 #include <platform/PropertyMap.h>
 #include <platform/ZTClass.h>
+#include <tests/AllocationFailures.h>
 
 #include <gtest/gtest.h>
 
@@ -71,6 +72,22 @@ TEST(ValueTest, ConvertsAndDescribes) {
   EXPECT_EQ(NSColor::withComponents(255, 0, 16)->description(), "#ff0010");
   EXPECT_EQ(NSColor::withComponents(255, 0, 16, 1)->description(), "#ff001001");
   EXPECT_EQ(NSArray::withObjects({{}, NSNumber::withInteger(2)})->description(), "(<null>, 2)");
+}
+
+TEST(ArrayTest, NestsAsDeepAsALongChain) {
+  const auto nested = [](int innermost) {
+    Ref<NSArray> list = NSArray::withObjects({NSNumber::withInteger(innermost)});
+    for (int level = 0; level < 100'000; ++level) list = NSArray::withObjects({list, NSNumber::withInteger(level)});
+    return list;
+  };
+  const Ref<NSArray> one = nested(1), same = nested(1), other = nested(2);
+  EXPECT_TRUE(one->isEqual(same.get()));
+  EXPECT_FALSE(one->isEqual(other.get()));
+  EXPECT_EQ(one->hash(), same->hash());
+  EXPECT_NE(one->hash(), other->hash());
+  EXPECT_EQ(one->stableHash(), same->stableHash());
+  const std::string text = one->description();
+  EXPECT_EQ(text.substr(99'998, 17), "(((1), 0), 1), 2)");
 }
 
 TEST(StringTest, KeepsAbsentAndEmptyApart) {
@@ -175,6 +192,23 @@ TEST(ObjectTest, ReleasesLongChainsInALoop) {
   EXPECT_TRUE(NSArray::arrayClass().isKindOf(NSObject::nsObjectClass()));
   EXPECT_EQ(ZTClass::named("NSArray"), &NSArray::arrayClass());
   EXPECT_EQ(ZTClass::named("no such class"), nullptr);
+}
+
+TEST(ObjectTest, ReleasesTreesWithoutMemory) {
+  // Each list lets go of many, far deeper than destructions nest.
+  Ref<NSObject> tree = NSString::make("leaf");
+  for (int level = 0; level < 2'000; ++level) {
+    std::vector<Ref<NSObject>> children{tree};
+    for (int child = 0; child < 3; ++child)
+      children.push_back(NSArray::withObjects({NSArray::withObjects({NSString::make("leaf")})}));
+    tree = NSArray::withObjects(std::move(children));
+  }
+  const std::int64_t before = test::liveAllocations();
+  {
+    const test::FailingAllocations none;
+    tree.reset();
+  }
+  EXPECT_LT(test::liveAllocations(), before - 2'000 * 10);
 }
 
 }  // namespace
