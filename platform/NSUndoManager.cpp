@@ -126,6 +126,7 @@ void NSUndoManager::perform(UndoStack& from, UndoStack& to, bool& isPerforming) 
     UndoStack& to;
     bool& isPerforming;
     ~Finish() {
+      manager.mClosingLevel = 0;
       isPerforming = false;
       manager.mGroupingLevel = 0;
       from.closeGroup();
@@ -146,6 +147,8 @@ void NSUndoManager::perform(UndoStack& from, UndoStack& to, bool& isPerforming) 
         throw;
       }
     }
+    mClosingLevel = mGroupingLevel;
+    NSNotificationCenter::defaultCenter().post(NSUndoManagerWillCloseUndoGroupNotification, this);
   }
   keepBudgets(to);
 }

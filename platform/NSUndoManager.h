@@ -12,7 +12,8 @@
 namespace zt {
 
 /// Posted before an undo group closes, the outermost or an inner one, with the manager as object.
-/// `groupingLevel` still counts the group; what is registered now belongs to it.
+/// `groupingLevel` still counts the group; what is registered now belongs to it. The group of an undo or a redo posts
+/// it too, when its actions have been performed: `isUndoingOrRedoing` still says so.
 ZT_EXPORT extern const NSNotificationName NSUndoManagerWillCloseUndoGroupNotification;
 
 /// Records how to take changes back. Whoever changes something registers the inverse; registrations
@@ -104,7 +105,7 @@ class ZT_EXPORT NSUndoManager : public NSObject {
   /// `NSInternalInconsistencyException` with more groups open, during an undo or a redo, and while
   /// a group is closing.
   ///
-  /// If an action throws, the exception goes on to the caller and nothing is lost: the manager is no
+  /// If an action throws, nothing is posted, the exception goes on to the caller and nothing is lost: the manager is no
   /// longer undoing, the action and those that were not performed remain the newest group to undo,
   /// and the inverses registered so far are the newest group to redo.
   void undo();

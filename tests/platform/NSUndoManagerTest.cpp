@@ -63,11 +63,13 @@ TEST_F(UndoTest, AnEmptyGroupIsNoRegistration) {
 
 TEST_F(UndoTest, TellsOfGroupsThatCloseAndTakesWhatIsRegisteredThen) {
   std::vector<std::size_t> levels;
+  std::vector<int> whileUndoing;
   const NotificationListener listener(NSUndoManagerWillCloseUndoGroupNotification, manager.get(),
                                       [&](const NSNotification& told) {
                                         EXPECT_EQ(told.object, manager.get());
                                         levels.push_back(manager->groupingLevel());
-                                        if (manager->groupingLevel() == 1) other->setNumber(7);
+                                        if (manager->isUndoing()) whileUndoing.push_back(cell->number);
+                                        if (manager->groupingLevel() == 1 && !manager->isUndoing()) other->setNumber(7);
                                       });
   cell->setNumber(1);  // a group of its own, which closes silently
   manager->performInGroup([&] { set(2); });
@@ -75,13 +77,46 @@ TEST_F(UndoTest, TellsOfGroupsThatCloseAndTakesWhatIsRegisteredThen) {
   EXPECT_EQ(manager->undoActionNames(), (Names{{"setNumber:"}, {"setNumber:", "setNumber:", "setNumber:"}}));
   manager->undo();
   expectNumbers(1, 0);
-  EXPECT_EQ(levels.size(), 2u);  // the group of an undo closes silently, too
+  EXPECT_EQ(levels, (std::vector<std::size_t>{2, 1, 1}));
   manager->beginUndoGrouping();
   cell->setNumber(5);
   manager->undo();  // closes the open group first
-  EXPECT_EQ(levels.size(), 3u);
+  EXPECT_EQ(levels.size(), 5u);
+  EXPECT_EQ(whileUndoing, (std::vector<int>{1, 1}));  // when all has been taken back
   expectNumbers(1, 0);
   EXPECT_EQ(manager->groupingLevel(), 0u);
+}
+
+TEST_F(UndoTest, AListenerThatThrowsAtTheEndOfAnUndoLeavesWhatCanBeRedone) {
+  set(2);
+  {
+    const NotificationListener listener(NSUndoManagerWillCloseUndoGroupNotification, manager.get(),
+                                        [](const NSNotification&) { throw NSGenericException("no"); });
+    EXPECT_THROW(manager->undo(), NSGenericException);
+  }
+  expectNumbers(0, 0);
+  EXPECT_FALSE(manager->isUndoingOrRedoing());
+  EXPECT_FALSE(manager->canUndo());
+  manager->redo();
+  expectNumbers(2, -2);
+}
+
+struct CountedManager final : NSUndoManager {
+  explicit CountedManager(int& deaths) : died(deaths) {}
+  ~CountedManager() override { ++died; }
+  int& died;
+};
+
+TEST(UndoManagerDeathTest, DestroysAManagerOnceThatIsReferredToWhileItDies) {
+  int deaths = 0;
+  Ref<CountedManager> dying = make<CountedManager>(deaths);
+  const Ref<Cell> cell = make<Cell>(*dying);
+  Ref<Cell> released = make<Cell>(*dying);
+  // As an operation does that disables registration for its time.
+  released->whenReleased = [&, manager = dying.get()] { const Ref<NSUndoManager> held(manager); };
+  dying->registerUndo("setNumber:", std::exchange(released, nullptr), [](Cell&) {});
+  dying.reset();
+  EXPECT_EQ(deaths, 1);
 }
 
 TEST_F(UndoTest, WhileUndoingTheLevelIsOneAndTheStateCanBeAsked) {
