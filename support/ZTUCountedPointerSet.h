@@ -42,7 +42,60 @@ class ZTUCountedPointerSet {
     return all;
   }
 
+  /// @name Algebra and comparison
+  /// By identity, with a set of either kind. In a set that does not count each member counts once.
+  /// @{
+
+  /// Adds the members of the other set that are none of this one, with their counts there.
+  template <class Set>
+  void unionSet(const Set& other) {
+    for (T* object : other.allObjects()) {
+      if (!containsObject(object)) mTable.insert(Counted{object, countIn(other, object)});
+    }
+  }
+  /// Removes the members that the other set has, whatever their counts.
+  template <class Set>
+  void minusSet(const Set& other) {
+    for (T* object : other.allObjects()) mTable.remove(object);
+  }
+  /// Keeps the members that the other set has, with their counts here.
+  template <class Set>
+  void intersectSet(const Set& other) {
+    for (T* object : allObjects()) {
+      if (!other.containsObject(object)) mTable.remove(object);
+    }
+  }
+  /// Takes over the members of the other set, in its order, with their counts there.
+  template <class Set>
+  void setSet(const Set& other) {
+    ZTUCountedPointerSet taken;
+    taken.unionSet(other);
+    std::swap(mTable, taken.mTable);
+  }
+  /// Whether the other set has all members of this one. The counts play no part, nor below.
+  template <class Set>
+  [[nodiscard]] bool isSubsetOfSet(const Set& other) const noexcept {
+    for (const Counted& entry : mTable) {
+      if (!other.containsObject(entry.object)) return false;
+    }
+    return true;
+  }
+  template <class Set>
+  [[nodiscard]] bool isEqualToSet(const Set& other) const noexcept {
+    return count() == other.count() && isSubsetOfSet(other);
+  }
+  /// @}
+
  private:
+  template <class Set>
+  static std::size_t countIn(const Set& set, const T* object) noexcept {
+    if constexpr (requires { set.countForObject(object); }) {
+      return set.countForObject(object);
+    } else {
+      return 1;
+    }
+  }
+
   struct Counted {
     T* object;
     std::size_t count;

@@ -4,6 +4,7 @@
 #include <platform/NSDocument.h>
 #include <platform/PropertyMap.h>
 #include <support/ZTUCountedPointerSet.h>
+#include <support/ZTUDocumentObject.h>
 #include <support/ZTUMutablePointerSet.h>
 #include <support/ZTUMutableRetainedPointerSet.h>
 #include <ztstyles/ZTSStyleClass.h>
@@ -399,6 +400,8 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   std::uint32_t mOrphanCount = 0;
   ZTUCountedPointerSet<ZTSStyleObserver> mObservers;
 };
+
+static_assert(ZTUCountedDocumentObject<ZTSStyle>);
 
 /// The object as a style, or none. Cost: one comparison.
 inline const ZTSStyle* asStyle(const NSObject* object) noexcept {

@@ -178,6 +178,40 @@ TEST(CountedPointerSetTest, KeepsAMemberWhileItsCountIsAboveZero) {
   EXPECT_EQ(set.count(), 39u);
 }
 
+TEST(CountedPointerSetTest, DoesSetAlgebraAndComparesByIdentity) {
+  const auto n = numbers(5);
+  using Counts = std::vector<std::size_t>;
+  const auto setOf = [&](std::initializer_list<int> members) {
+    ZTUCountedPointerSet<NSNumber> set;
+    for (const int member : members) set.addObject(n[static_cast<std::size_t>(member)].get());
+    return set;
+  };
+  const auto countsIn = [&](const ZTUCountedPointerSet<NSNumber>& set) {
+    Counts counts;
+    for (const auto& number : n) counts.push_back(set.countForObject(number.get()));
+    return counts;
+  };
+  ZTUMutablePointerSet<NSNumber> plain;
+  for (const int member : {1, 4}) plain.addObject(n[static_cast<std::size_t>(member)].get());
+  auto set = setOf({0, 1, 1});
+  set.unionSet(setOf({1, 2, 2, 2}));
+  set.unionSet(plain);
+  EXPECT_EQ(countsIn(set), (Counts{1, 2, 3, 0, 1}));
+  EXPECT_TRUE(setOf({2, 1}).isSubsetOfSet(set));
+  EXPECT_FALSE(setOf({3}).isSubsetOfSet(set));
+  EXPECT_FALSE(set.isSubsetOfSet(plain));
+  EXPECT_TRUE(setOf({4, 4, 1}).isEqualToSet(plain));
+  set.minusSet(setOf({0, 2}));
+  EXPECT_EQ(countsIn(set), (Counts{0, 2, 0, 0, 1}));
+  set.intersectSet(setOf({1, 3}));
+  EXPECT_EQ(countsIn(set), (Counts{0, 2, 0, 0, 0}));
+  set.minusSet(set);
+  EXPECT_TRUE(set.isEmpty());
+  set.setSet(setOf({3, 2, 3}));
+  EXPECT_EQ(countsIn(set), (Counts{0, 0, 1, 2, 0}));
+  EXPECT_EQ(set.anyObject(), n[3].get());
+}
+
 TEST(PointerKeyDictionaryTest, FindsByIdentityAndHoldsBoth) {
   const Ref<NSNumber> key = NSNumber::withInteger(1), equalKey = NSNumber::withInteger(1);
   const auto dictionary = make<ZTUPointerKeyDictionary>();
