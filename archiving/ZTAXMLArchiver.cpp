@@ -46,7 +46,14 @@ struct ZTAXMLArchiver::State {
   std::shared_ptr<ZTAXMLArchiver*> self;
   Ref<ZTAErrorHandler> errorHandler;
   bool refersOnly = false;  // the object that is being written refers to others and owns none
+  bool isWhole = false;     // the root object has been written to its end
+  /// Filled by the destructor, which must not need memory: there is room for all substitutes and all that is owed.
+  std::vector<Ref<NSObject>> referrers;
 
+  void makeRoomForReferrer() {
+    const std::size_t most = substitutes.count() + owed.size() + 1;
+    if (referrers.capacity() < most) referrers.reserve(2 * most);
+  }
   Written& writtenOf(NSObject& object) {
     Written*& place = places[&object];
     if (place == nullptr) place = &written.emplace_back(Written{Ref<NSObject>(&object)});
@@ -95,14 +102,10 @@ ZTAXMLArchiver::ZTAXMLArchiver(std::uint64_t version, std::uint64_t currentVersi
 
 ZTAXMLArchiver::~ZTAXMLArchiver() {
   *mState->self = nullptr;
-  std::vector<Ref<NSObject>> referrers;
-  const auto note = [&](const Ref<NSObject>& object) {
-    const auto* coding = object->isPlainValue() ? nullptr : dynamic_cast<const ZTAXMLCoding*>(object.get());
-    if (coding != nullptr && coding->archivesByReference()) referrers.push_back(object);
-  };
+  std::vector<Ref<NSObject>> referrers = std::move(mState->referrers);
   // The substitutes alone: the objects themselves live elsewhere.
-  for (const Ref<NSObject>& substitute : mState->substitutes.allValues()) note(substitute);
-  for (const Ref<NSObject>& object : mState->owed) note(object);
+  mState->substitutes.forEachValue([&](const Ref<NSObject>& each) { xml::addReferrer(referrers, each); });
+  for (const Ref<NSObject>& each : mState->owed) xml::addReferrer(referrers, each);
   mState.reset();
   xml::releaseReferrers(std::move(referrers));
 }
@@ -114,6 +117,7 @@ std::uint64_t ZTAXMLArchiver::version() const noexcept { return mState->version;
 
 _xmlDoc* ZTAXMLArchiver::document() const {
   if (mState->archive->children == nullptr) xml::raise("the archive has no root object yet");
+  if (!mState->isWhole) xml::raise("the archive is incomplete: its root object has not been written to the end");
   return mState->document.get();
 }
 
@@ -131,6 +135,7 @@ void ZTAXMLArchiver::setMetadataForKey(Ref<NSObject> entry, std::string_view key
 }
 
 void ZTAXMLArchiver::setEncoderForObject(Ref<NSObject> substitute, Ref<NSObject> object) {
+  mState->makeRoomForReferrer();
   mState->substitutes.setObjectForKey(std::move(substitute), std::move(object));
 }
 
@@ -159,6 +164,7 @@ void ZTAXMLArchiver::encodeRootObject(NSObject& root) {
   }
   encodeObject(&root, mState->archive, CorvaleNamespace);
   writeOwed();
+  mState->isWhole = true;
 }
 
 void ZTAXMLArchiver::encodeObject(NSObject* object, _xmlNode* parent, _xmlNs& xmlNamespace) {
@@ -213,7 +219,11 @@ void ZTAXMLArchiver::writeReference(Written& written, _xmlNode* parent, const ch
       xml::setAttribute(written.node, CorvaleNamespace, xml::kId, std::to_string(written.id));
     }
   }
-  if (written.node == nullptr && !std::exchange(written.isOwed, true)) mState->owed.push_back(written.object);
+  if (written.node == nullptr && !written.isOwed) {
+    mState->makeRoomForReferrer();
+    mState->owed.push_back(written.object);
+    written.isOwed = true;
+  }
   xmlNode* node = xml::newChild(parent, name != nullptr ? name : xml::kReference);
   xml::setAttribute(node, CorvaleNamespace, xml::kTo, std::to_string(written.id));
 }

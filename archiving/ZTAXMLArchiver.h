@@ -47,7 +47,8 @@ class ZT_EXPORT ZTAXMLArchiver : public NSObject {
   /// Builds the archive's tree. Once for each archiver. Raises `ZTAArchiveException` where something
   /// cannot be written; exceptions of the objects pass through.
   void encodeRootObject(NSObject& root);
-  /// The archive as text, or compressed. Needs a root object.
+  /// The archive as text, or compressed. Raises `ZTAArchiveException` without a root object that has been written to
+  /// its end: what a failed encoding leaves would read like a good archive that holds less.
   [[nodiscard]] std::string bytes(ZTACompression compression = ZTACompression::none) const;
   /// Replaces the file: a failure, and a crash at any moment, leave the old file or the new one whole.
   /// Raises `ZTAArchiveException`.

@@ -120,6 +120,15 @@ void checkDepthBelow(const xmlNode* parent) {
   if (depth > kDeepest) raise(format("elements would nest deeper than %d levels", kDeepest));
 }
 
+void addReferrer(std::vector<Ref<NSObject>>& referrers, const Ref<NSObject>& object) noexcept {
+  const auto* coding = object && !object->isPlainValue() ? dynamic_cast<const ZTAXMLCoding*>(object.get()) : nullptr;
+  try {
+    if (coding != nullptr && coding->archivesByReference()) referrers.push_back(object);
+  } catch (...) {
+    // An object that does not answer is released like any other.
+  }
+}
+
 void releaseReferrers(std::vector<Ref<NSObject>>&& objects) noexcept {
   const auto* first = objects.empty() ? nullptr : dynamic_cast<const ZTAXMLCoding*>(objects.front().get());
   if (first == nullptr) return;

@@ -85,6 +85,9 @@ void setAttribute(xmlNode* node, xmlNs& ns, const char* name, std::string_view v
 /// Raises where what is written below this element could not be read again for its depth.
 void checkDepthBelow(const xmlNode* parent);
 
+/// Adds the object if it archives by reference. Allocates nothing where there is room.
+void addReferrer(std::vector<Ref<NSObject>>& referrers, const Ref<NSObject>& object) noexcept;
+
 /// Lets go of the objects that archive by reference, as `ZTAXMLCoding::releaseArchivedObjects` says. To be
 /// called when nothing else of an archiver holds them.
 void releaseReferrers(std::vector<Ref<NSObject>>&& objects) noexcept;

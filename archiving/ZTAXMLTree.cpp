@@ -20,7 +20,7 @@ void* ZTAXMLTree::take(std::size_t bytes) {
   if (bytes > mLeft) {
     // Blocks grow with the tree, so that a small archive costs little and a large one few blocks.
     const std::size_t block = std::max(bytes, std::clamp(mTaken, std::size_t{1} << 15, std::size_t{1} << 20));
-    mBlocks.emplace_back(new char[block]);
+    mBlocks.push_back(std::make_unique_for_overwrite<char[]>(block));
     mFree = mBlocks.back().get();
     mLeft = block;
     mTaken += block;
@@ -67,6 +67,7 @@ class ZTAXMLTreeBuilder {
     installHandlers();
     makeDocument();
     xmlParseDocument(mParser);
+    if (mIsOutOfMemory) throw std::bad_alloc();
     if (mFailure.empty() && (mParser->wellFormed == 0 || mTree.mDocument->children == nullptr))
       mFailure = "this is no XML";
     if (!mFailure.empty()) fail(mFailure);
@@ -92,14 +93,16 @@ class ZTAXMLTreeBuilder {
 
   template <class Step>
   void guarded(Step step) noexcept {
-    if (!mFailure.empty()) return;
+    if (!mFailure.empty() || mIsOutOfMemory) return;
     try {
       step();
       if (mTree.mTaken > mLimits.treeBytes) {
         stop(format("the archive's tree is larger than the %d bytes that are used", mLimits.treeBytes));
       }
     } catch (...) {
-      stop("there is not enough memory for the archive");
+      // There may be none left to say so: it is said when the parser has given back its own.
+      mIsOutOfMemory = true;
+      xmlStopParser(mParser);
     }
   }
 
@@ -269,6 +272,7 @@ class ZTAXMLTreeBuilder {
   std::unordered_map<const xmlChar*, xmlNs*> mRecords;
   const xmlChar* mLastUri = nullptr;
   xmlNs* mLastRecord = nullptr;
+  bool mIsOutOfMemory = false;
   std::string mFailure;
   std::size_t mFailedLine = 0;
 };

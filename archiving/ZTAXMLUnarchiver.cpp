@@ -28,12 +28,8 @@ ZTAXMLUnarchiver::ZTAXMLUnarchiver(std::string bytes, ZTAUnarchiverOptions optio
 ZTAXMLUnarchiver::~ZTAXMLUnarchiver() {
   if (!mState) return;  // nothing has been parsed
   // Objects that refer to one another in circles have an element that is referred to.
-  std::vector<Ref<NSObject>> referrers;
-  for (const Entry& entry : mState->entries) {
-    const Ref<NSObject>& object = entry.object();
-    const auto* coding = object && !object->isPlainValue() ? dynamic_cast<const ZTAXMLCoding*>(object.get()) : nullptr;
-    if (coding != nullptr && coding->archivesByReference()) referrers.push_back(object);
-  }
+  std::vector<Ref<NSObject>> referrers = std::move(mState->referrers);
+  for (const Entry& entry : mState->entries) xml::addReferrer(referrers, entry.object());
   mState.reset();
   xml::releaseReferrers(std::move(referrers));
 }
@@ -112,6 +108,7 @@ void ZTAXMLUnarchiver::checkArchive() {
 void ZTAXMLUnarchiver::collectEntries() {
   State& state = *mState;
   state.entries.reserve(state.tree.identified().size());  // entries stay where they are
+  state.referrers.reserve(state.tree.identified().size());
   for (xmlNode* node : state.tree.identified()) {
     const std::string_view id = xml::attribute(node, xml::kId);
     if (!state.ids.try_emplace(id, static_cast<std::uint32_t>(state.entries.size())).second) {

@@ -89,8 +89,9 @@ struct ZTAXMLUnarchiver::State {
   std::size_t findingCount = 0;
   Ref<ZTAErrorHandler> errorHandler;
   int nesting = 0;
-  std::vector<NSObject*> making;      // the objects that are being read, innermost last; held by their frames
-  std::vector<Ref<NSObject>> owners;  // the objects that own what they archive, in the order in which they were read
+  std::vector<NSObject*> making;         // the objects that are being read, innermost last; held by their frames
+  std::vector<Ref<NSObject>> owners;     // the objects that own what they archive, in the order in which they were read
+  std::vector<Ref<NSObject>> referrers;  // filled by the destructor, which must not need memory; room for all entries
 };
 
 }  // namespace zt

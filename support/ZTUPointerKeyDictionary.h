@@ -40,6 +40,12 @@ class ZTUPointerKeyDictionaryOf final : public NSObject {
     return values;
   }
 
+  /// Calls with each value, in the order of their keys. The dictionary must not change meanwhile.
+  template <class Visit>
+  void forEachValue(Visit visit) const {
+    for (const Entry& entry : mTable) visit(entry.value);
+  }
+
  private:
   struct Entry {
     Ref<K> key;

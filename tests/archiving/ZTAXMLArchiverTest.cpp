@@ -4,6 +4,7 @@
 #include <platform/NSNull.h>
 #include <platform/NSNumber.h>
 #include <platform/NSValue.h>
+#include <tests/AllocationFailures.h>
 #include <tests/archiving/Things.h>
 
 #include <bit>
@@ -126,6 +127,50 @@ TEST(ZTAXMLArchiverTest, WhatCannotBeWrittenIsRefusedAndNamesTheObject) {
   EXPECT_EQ(node->children, nullptr);
   xmlFreeNode(node);
   EXPECT_NE(errorOf([] { ztaxmlRegisterClassNamePair(Box::boxClass(), "string"); }), "");
+}
+
+TEST(ZTAXMLArchiverTest, AnArchiveThatWasNotWrittenToItsEndHasNoBytes) {
+  auto archiver = make<ZTAXMLArchiver>();
+  auto bad = thing(std::string("zero\0", 5));
+  EXPECT_THROW(archiver->encodeRootObject(*box("root", {thing("good"), bad})), ZTAArchiveException);
+  EXPECT_THROW(static_cast<void>(archiver->bytes()), ZTAArchiveException);
+  EXPECT_THROW(archiver->writeToFile("/nowhere/at-all"), ZTAArchiveException);
+}
+
+TEST(ZTAXMLArchiverTest, LetsGoOfWhatItHoldsWithoutMemory) {
+  // Nobody else holds the substitutes, the homeless and what was read.
+  auto root = box("root", {thing("a", {thing("homeless")}), thing("b")});
+  auto archiver = make<ZTAXMLArchiver>();
+  for (int index = 0; index < 20; ++index) archiver->setEncoderForObject(thing("instead"), thing("unused"));
+  archiver->encodeRootObject(*root);
+  auto unarchiver = ZTAXMLUnarchiver::unarchiverForBytes(archiver->bytes());
+  Ref<NSObject> read = unarchiver->unarchiveRootObject();
+  const zt::test::FailingAllocations none;
+  archiver.reset();
+  unarchiver.reset();
+}
+
+TEST(ZTAXMLUnarchiverMemoryTest, ReadingThatRunsOutOfMemoryLeaksNothing) {
+  std::vector<Ref<NSObject>> links;
+  for (int index = 0; index < 150; ++index) links.push_back(thing("a label that is longer than a short text"));
+  const std::string bytes = archived(*box("root", links));
+  const auto read = [&] { return ZTAXMLUnarchiver::unarchiverForBytes(bytes)->unarchiveRootObject(); };
+  read();  // what is made once and kept
+  std::uint64_t good = 0;
+  for (bool failed = true; failed; good += good < 40 ? 1 : 97) {
+    const std::int64_t before = zt::test::liveAllocations();
+    {
+      const zt::test::FailingAllocations later(good);
+      try {
+        read();
+      } catch (const std::bad_alloc&) {
+      } catch (const ZTAArchiveException&) {
+      }
+      failed = later.hasFailed();
+    }
+    EXPECT_EQ(zt::test::liveAllocations(), before) << "after " << good << " allocations";
+  }
+  EXPECT_GT(good, 100u);
 }
 
 TEST(ZTAXMLArchiverTest, BooleansReadAsTheyWereWrittenAndScopesEnd) {
