@@ -67,8 +67,9 @@ Log told(const ZTUAssertionRecorder& recorder, std::string_view unit, const Mode
       EXPECT_EQ(report.operation, "validate") << line;
       const auto* subject = dynamic_cast<const ZTSStyle*>(report.subject.get());
       EXPECT_NE(subject, nullptr) << line;
-      if (subject != nullptr && !line.starts_with("--"))
+      if (subject != nullptr && !line.starts_with("--")) {
         EXPECT_TRUE(line.starts_with(subject->shortDescription())) << line;
+      }
     }
     for (const auto& [name, style] : {std::pair{"p", &model.p}, {"c", &model.c}, {"a", &model.a}}) {
       const std::string text = style->shortDescription();
