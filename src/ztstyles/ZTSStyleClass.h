@@ -4,8 +4,6 @@
 #include <platform/PropertySet.h>
 #include <platform/ZTClass.h>
 
-#include <type_traits>
-
 namespace zt {
 
 class PropertyMap;
@@ -85,10 +83,5 @@ class ZT_EXPORT ZTSStyleClass : public ZTClass {
   std::uint8_t mPlainGroups = 0;
   bool mIsPlainVarying = false;
 };
-
-/// Whether two pointers to member functions belong to one declaration: false as soon as a class between
-/// redeclares the operation.
-template <class Mine, class Theirs>
-inline constexpr bool kSameOperation = std::is_same_v<Mine, Theirs>;
 
 }  // namespace zt

@@ -2,7 +2,59 @@
 
 #include <ztstyles/ZTSDerivingStyle.h>
 
+#include <type_traits>
+
 namespace zt {
+
+/// The operations that shortcuts may pass by, each as the type of its address in a class. That type names the class
+/// which declared the operation last, so that two classes have the same one where none between them redeclares it.
+/// There is none where a class overloads or hides the operation.
+namespace operations {
+// clang-format off: one line each
+template <class T>
+using ValueForProperty = decltype(&T::valueForProperty);
+template <class T>
+using DefaultValue = decltype(&T::defaultValueForNilStyleProperty);
+template <class T>
+using DefinesProperty = decltype(&T::definesProperty);
+template <class T>
+using FlattenedMap = decltype(&T::propertyMap);
+template <class T>
+using OwnMap = decltype(&T::overridePropertyMap);
+template <class T>
+using MinimalMap = decltype(&T::overridePropertyMapWithPropertyMap);
+template <class T>
+using Changed = decltype(&T::stylePropertiesChanged);
+template <class T>
+using Inspectable = decltype(&T::inspectableProperties);
+template <class T>
+using UndoManager = decltype(&T::undoManager);
+template <class T>
+using Use = decltype(&T::incrementUsageCount);
+template <class T>
+using Disuse = decltype(&T::decrementUsageCount);
+template <class T>
+using Orphan = decltype(&T::incrementOrphanCount);
+template <class T>
+using Adopt = decltype(&T::decrementOrphanCount);
+template <class T>
+using References = decltype(&T::referencedStyles);
+template <class T>
+using AllReferences = decltype(&T::recursivelyReferencedStyles);
+template <class T>
+using OverridesOthers = decltype(&T::overridesAnyNonReferencedStylePropertyIgnoringStyles);
+template <class T>
+using IsSource = decltype(&T::isSourceProperty);
+template <class T>
+using IsDerived = decltype(&T::isDerivedProperty);
+template <class T>
+using Resolve = decltype(&T::updateParent);
+template <class T>
+using Equal = decltype(&T::isEqual);
+template <class T>
+using EqualCompareNames = decltype(&T::isEqualCompareNames);
+// clang-format on
+}  // namespace operations
 
 /// The class object of one style class, with what the compiler knows about it:
 ///
@@ -50,138 +102,46 @@ class ZTSStyleClassOf : public ZTSStyleClass {
   // one, which adds nothing; its class object is T's.
   struct Bare final : T {};
 
-  /// A deriving style without source and derived properties shows its own map as it is stored.
-  static constexpr bool derivesNothing() {
-    if constexpr (requires {
-                    &T::isSourceProperty;
-                    &T::isDerivedProperty;
-                  }) {
-      return kSameOperation<decltype(&T::isSourceProperty), decltype(&ZTSDerivingStyle::isSourceProperty)> &&
-             kSameOperation<decltype(&T::isDerivedProperty), decltype(&ZTSDerivingStyle::isDerivedProperty)>;
+  template <class Library, template <class> class Operation>
+  static constexpr bool leaves() {
+    if constexpr (requires { typename Operation<T>; }) {
+      return std::is_same_v<Operation<T>, Operation<Library>>;
     } else {
       return false;
     }
   }
-  static constexpr bool showsOwnMap() {
-    if constexpr (requires { &T::overridePropertyMap; }) {
-      return kSameOperation<decltype(&T::overridePropertyMap), decltype(&ZTSStyle::overridePropertyMap)> ||
-             (derivesNothing() &&
-              kSameOperation<decltype(&T::overridePropertyMap), decltype(&ZTSDerivingStyle::overridePropertyMap)>);
-    } else {
-      return false;
-    }
-  }
-  static constexpr bool variesPlainly() {
-    if constexpr (requires { &T::overridePropertyMapWithPropertyMap; }) {
-      using Operation = decltype(&T::overridePropertyMapWithPropertyMap);
-      return kSameOperation<Operation, decltype(&ZTSStyle::overridePropertyMapWithPropertyMap)> ||
-             (derivesNothing() &&
-              kSameOperation<Operation, decltype(&ZTSDerivingStyle::overridePropertyMapWithPropertyMap)>);
-    } else {
-      return false;
-    }
-  }
+  /// Whether the class has each operation as the library's class has it.
+  template <class Library, template <class> class... Operations>
+  static constexpr bool kLeaves = (leaves<Library, Operations>() && ...);
+
   static constexpr std::uint8_t groups() {
+    using namespace operations;
+    using Plain = ZTSStyle;
+    using Aggregate = ZTSAggregateStyle;
+    using Deriving = ZTSDerivingStyle;
+    // An aggregate whose default-value hook is the library's answers what a plain style answers, and a deriving style
+    // without source and derived properties shows its own map as it is stored.
+    constexpr bool looksUp = kLeaves<Plain, ValueForProperty> || kLeaves<Aggregate, ValueForProperty, DefaultValue>;
+    constexpr bool showsOwn = kLeaves<Plain, OwnMap> || kLeaves<Deriving, OwnMap, IsSource, IsDerived>;
+    constexpr bool reads = looksUp && kLeaves<Plain, DefinesProperty, FlattenedMap>;
+    constexpr bool counts = kLeaves<Plain, Use, Disuse, Orphan, Adopt>;
+    // A class with the bit libraryReading is an aggregate unless it is plain.
+    constexpr bool refersToNone = reads && kLeaves<Plain, ValueForProperty, References, AllReferences>;
+    constexpr bool refers = kLeaves<Aggregate, ValueForProperty, References, AllReferences, OverridesOthers>;
     std::uint8_t all = 0;
-    if constexpr (requires {
-                    &T::valueForProperty;
-                    &T::definesProperty;
-                    &T::propertyMap;
-                  }) {
-      constexpr bool values = kSameOperation<decltype(&T::valueForProperty), decltype(&ZTSStyle::valueForProperty)> ||
-                              readsLikePlainAggregate();
-      if (values && kSameOperation<decltype(&T::definesProperty), decltype(&ZTSStyle::definesProperty)> &&
-          kSameOperation<decltype(&T::propertyMap), decltype(&ZTSStyle::propertyMap)>) {
-        all |= plainReading;
-      }
-    }
-    if constexpr (requires {
-                    &T::stylePropertiesChanged;
-                    &T::inspectableProperties;
-                    &T::undoManager;
-                  }) {
-      if (kSameOperation<decltype(&T::stylePropertiesChanged), decltype(&ZTSStyle::stylePropertiesChanged)> &&
-          kSameOperation<decltype(&T::inspectableProperties), decltype(&ZTSStyle::inspectableProperties)> &&
-          showsOwnMap() && kSameOperation<decltype(&T::undoManager), decltype(&ZTSStyle::undoManager)>) {
-        all |= plainTelling;
-      }
-    }
-    if constexpr (requires {
-                    &T::incrementUsageCount;
-                    &T::decrementUsageCount;
-                    &T::incrementOrphanCount;
-                    &T::decrementOrphanCount;
-                  }) {
-      if (kSameOperation<decltype(&T::incrementUsageCount), decltype(&ZTSStyle::incrementUsageCount)> &&
-          kSameOperation<decltype(&T::decrementUsageCount), decltype(&ZTSStyle::decrementUsageCount)> &&
-          kSameOperation<decltype(&T::incrementOrphanCount), decltype(&ZTSStyle::incrementOrphanCount)> &&
-          kSameOperation<decltype(&T::decrementOrphanCount), decltype(&ZTSStyle::decrementOrphanCount)>) {
-        all |= plainCounting | libraryCounting;
-      }
-      if (kSameOperation<decltype(&T::incrementUsageCount), decltype(&ZTSAggregateStyle::incrementUsageCount)> &&
-          kSameOperation<decltype(&T::decrementUsageCount), decltype(&ZTSAggregateStyle::decrementUsageCount)> &&
-          kSameOperation<decltype(&T::incrementOrphanCount), decltype(&ZTSAggregateStyle::incrementOrphanCount)> &&
-          kSameOperation<decltype(&T::decrementOrphanCount), decltype(&ZTSAggregateStyle::decrementOrphanCount)>) {
-        all |= libraryCounting;
-      }
-    }
-    if constexpr (requires {
-                    &T::valueForProperty;
-                    &T::referencedStyles;
-                    &T::recursivelyReferencedStyles;
-                  }) {
-      // A class with the bit is an aggregate unless it is plain.
-      if (((all & plainReading) != 0 &&
-           kSameOperation<decltype(&T::valueForProperty), decltype(&ZTSStyle::valueForProperty)> &&
-           kSameOperation<decltype(&T::referencedStyles), decltype(&ZTSStyle::referencedStyles)> &&
-           kSameOperation<decltype(&T::recursivelyReferencedStyles),
-                          decltype(&ZTSStyle::recursivelyReferencedStyles)>) ||
-          refersLikeAggregate()) {
-        all |= libraryReading;
-      }
-    }
-    if (showsOwnMap()) all |= plainMatching;
-    if constexpr (requires { &T::updateParent; }) {
-      if (kSameOperation<decltype(&T::updateParent), decltype(&ZTSStyle::updateParent)>) all |= plainResolving;
-    }
-    if constexpr (requires {
-                    &T::isEqual;
-                    &T::isEqualCompareNames;
-                  }) {
-      if (kSameOperation<decltype(&T::isEqual), decltype(&ZTSStyle::isEqual)> &&
-          kSameOperation<decltype(&T::isEqualCompareNames), decltype(&ZTSStyle::isEqualCompareNames)>) {
-        all |= plainComparing;
-      }
-    }
+    if (reads) all |= plainReading;
+    if (showsOwn && kLeaves<Plain, Changed, Inspectable, UndoManager>) all |= plainTelling;
+    if (counts) all |= plainCounting;
+    if (showsOwn) all |= plainMatching;
+    if (kLeaves<Plain, Resolve>) all |= plainResolving;
+    if (kLeaves<Plain, Equal, EqualCompareNames>) all |= plainComparing;
+    if (counts || kLeaves<Aggregate, Use, Disuse, Orphan, Adopt>) all |= libraryCounting;
+    if (refersToNone || refers) all |= libraryReading;
     return all;
   }
-
-  static constexpr bool refersLikeAggregate() {
-    using Aggregate = ZTSAggregateStyle;
-    if constexpr (requires { &T::overridesAnyNonReferencedStylePropertyIgnoringStyles; }) {
-      return kSameOperation<decltype(&T::valueForProperty), decltype(&Aggregate::valueForProperty)> &&
-             kSameOperation<decltype(&T::referencedStyles), decltype(&Aggregate::referencedStyles)> &&
-             kSameOperation<decltype(&T::recursivelyReferencedStyles),
-                            decltype(&Aggregate::recursivelyReferencedStyles)> &&
-             kSameOperation<decltype(&T::overridesAnyNonReferencedStylePropertyIgnoringStyles),
-                            decltype(&Aggregate::overridesAnyNonReferencedStylePropertyIgnoringStyles)>;
-    } else {
-      return false;
-    }
-  }
-
-  /// An aggregate whose default-value hook is the library's answers what a plain style answers.
-  static constexpr bool readsLikePlainAggregate() {
-    if constexpr (requires {
-                    &T::valueForProperty;
-                    &T::defaultValueForNilStyleProperty;
-                  }) {
-      return kSameOperation<decltype(&T::valueForProperty), decltype(&ZTSAggregateStyle::valueForProperty)> &&
-             kSameOperation<decltype(&T::defaultValueForNilStyleProperty),
-                            decltype(&ZTSAggregateStyle::defaultValueForNilStyleProperty)>;
-    } else {
-      return false;
-    }
+  static constexpr bool variesPlainly() {
+    using namespace operations;
+    return kLeaves<ZTSStyle, MinimalMap> || kLeaves<ZTSDerivingStyle, MinimalMap, IsSource, IsDerived>;
   }
 };
 
