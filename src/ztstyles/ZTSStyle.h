@@ -27,8 +27,8 @@ using ZTSStyleSet = ZTUMutableRetainedPointerSet<ZTSStyle>;
 /// style. A style is made detached, without stylesheet and parent. A stylesheet adopts it by setting its
 /// link, whereupon the style finds its parent by identifier, and drops it by clearing the link.
 ///
-/// An application derives its style classes from this one (or from `ZTSAggregateStyle`), gives each a
-/// class object with its property registry, and overrides what differs. Every call between the
+/// An application derives its style classes from this one (or from `ZTSAggregateStyle`) by way of `ZTSStyleOf`, which
+/// gives each a class object with its property registry, and overrides what differs. Every call between the
 /// operations below that are virtual goes through dynamic dispatch, also of a style on itself.
 ///
 /// A style is used from one thread at a time; only equality takes a lock of its own.
@@ -412,6 +412,14 @@ inline const ZTSStyle* asStyle(const NSObject* object) noexcept {
 }
 inline ZTSStyle* asStyle(NSObject* object) noexcept {
   return const_cast<ZTSStyle*>(asStyle(static_cast<const NSObject*>(object)));
+}
+
+/// Makes a style of a C++ class; none where its initialiser refuses. None, after a report that names the class, where
+/// it has no `styleClass()` or no `classObject()` of its own.
+template <class T>
+requires requires { T::styleClass(); }
+Ref<T> make(const ZTSStyleFields& fields = {}) {
+  return boost::static_pointer_cast<T>(T::styleClass().makeStyleOfType(typeid(T), fields));
 }
 
 }  // namespace zt

@@ -19,8 +19,7 @@ struct ZTSStyleFields {
 };
 
 /// The class object of a style class: its property registry, its notification name, how its styles are
-/// made and archived, and which operations it leaves alone. An application class derives from
-/// `ZTSStyleClassOf<Its Style>` and overrides what differs.
+/// made and archived, and which operations it leaves alone. `ZTSStyleOf` makes one for an application's style class.
 class ZT_EXPORT ZTSStyleClass : public ZTClass {
  public:
   using ZTClass::ZTClass;
@@ -49,9 +48,15 @@ class ZT_EXPORT ZTSStyleClass : public ZTClass {
 
   /// A bare style of the class, before its initialiser has run; none where the class cannot be made from outside.
   virtual Ref<ZTSStyle> allocateStyle() const;
+  /// The same for an archive; none, after a report, where `makeStyle` would refuse the class.
   Ref<NSObject> allocate() const final;
-  /// A new style, initialised through its virtual `initWithName`; none where that refuses.
+  /// A new style, initialised through its virtual `initWithName`; none where that refuses. None, after a report that
+  /// names the class, if the C++ class forgot to override `classObject()`: its styles would be taken for styles of the
+  /// class that they inherit it from.
   Ref<ZTSStyle> makeStyle(const ZTSStyleFields& fields = {}) const;
+  /// The same for a caller who will take the style for one of that C++ type; none, after a report that names the type,
+  /// where the class is that of another one.
+  Ref<ZTSStyle> makeStyleOfType(const std::type_info& type, const ZTSStyleFields& fields) const;
 
   /// Groups of operations; a set bit says that the class, and every class between it and the library's
   /// own, leaves the whole group alone, so that a shortcut past the calls cannot be noticed.
@@ -80,6 +85,8 @@ class ZT_EXPORT ZTSStyleClass : public ZTClass {
   void stamp(ZTSStyle& style) const noexcept;
 
  private:
+  [[nodiscard]] bool isClassOf(const ZTSStyle& made) const;
+
   std::uint8_t mPlainGroups = 0;
   bool mIsPlainVarying = false;
 };

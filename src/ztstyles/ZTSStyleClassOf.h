@@ -56,22 +56,9 @@ using EqualCompareNames = decltype(&T::isEqualCompareNames);
 // clang-format on
 }  // namespace operations
 
-/// The class object of one style class, with what the compiler knows about it:
-///
-///     class HeadingStyle : public ZTSAggregateStyle {
-///      public:
-///       static const ZTSStyleClass& styleClass();
-///       const ZTSStyleClass& classObject() const override { return styleClass(); }
-///       bool validateValueForProperty(NSObject* value, PropertyKey key) const override;
-///     };
-///     const ZTSStyleClass& HeadingStyle::styleClass() {
-///       static const auto* object = new ZTSStyleClassOf<HeadingStyle>(
-///           "HeadingStyle", ZTSAggregateStyle::styleClass(), PropertySet::with({"size", "weight"}));
-///       return *object;
-///     }
-///
-/// A class whose notification name, key prefix or registry is decided otherwise derives from this template and
-/// overrides what differs.
+/// The class object of one style class, with what the compiler knows about it. `ZTSStyleOf` makes one for a style
+/// class; a class whose notification name, key prefix or registry is decided otherwise derives from this template
+/// and overrides what differs.
 ///
 /// The style class needs a default constructor that this template may call. A class object is immortal:
 /// make it with `new` and keep the pointer.
@@ -144,12 +131,5 @@ class ZTSStyleClassOf : public ZTSStyleClass {
     return kLeaves<ZTSStyle, MinimalMap> || kLeaves<ZTSDerivingStyle, MinimalMap, IsSource, IsDerived>;
   }
 };
-
-/// Makes a style of a C++ class; none where its initialiser refuses.
-template <class T>
-requires requires { T::styleClass(); }
-Ref<T> make(const ZTSStyleFields& fields = {}) {
-  return boost::static_pointer_cast<T>(T::styleClass().makeStyle(fields));
-}
 
 }  // namespace zt
