@@ -9,12 +9,9 @@ namespace {
 inline PropertyKey reference() { return keys()[0]; }
 
 /// An aggregate with one referenced-style property.
-struct Link : ZTSAggregateStyle {
-  static const ZTSStyleClass& styleClass() {
-    static const auto* object = new ClassOf<Link>("Link", ZTSAggregateStyle::styleClass());
-    return *object;
-  }
-  const ZTSStyleClass& classObject() const override { return styleClass(); }
+struct Link : ZTSStyleOf<Link, ZTSAggregateStyle> {
+  static constexpr const char* kClassName = "Link";
+  static Ref<const PropertySet> classKeys() { return PropertySet::with(keys()); }
   bool validateValueForProperty(NSObject*, PropertyKey) const override { return true; }
   const std::vector<PropertyKey>& referencedStyleProperties() const override {
     static const std::vector<PropertyKey> all{reference()};

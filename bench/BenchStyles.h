@@ -5,7 +5,7 @@
 #include <platform/NSNull.h>
 #include <platform/NSNumber.h>
 #include <platform/NSUndoManager.h>
-#include <ztstyles/ZTSStyleClassOf.h>
+#include <ztstyles/ZTSStyleOf.h>
 #include <ztstyles/ZTSStylesheet.h>
 
 #include <boost/unordered/unordered_flat_map.hpp>
@@ -26,28 +26,12 @@ inline const std::vector<PropertyKey>& keys() {
   return all;
 }
 
-inline const PropertySet& registry() {
-  static const Ref<PropertySet> all = PropertySet::with(keys());
-  return *all;
-}
-
 /// Leaves everything alone.
-struct PlainStyle : ZTSStyle {
-  static const ZTSStyleClass& styleClass();
-  const ZTSStyleClass& classObject() const override { return styleClass(); }
+struct PlainStyle : ZTSStyleOf<PlainStyle> {
+  static constexpr const char* kClassName = "PlainStyle";
+  static Ref<const PropertySet> classKeys() { return PropertySet::with(keys()); }
   bool validateValueForProperty(NSObject*, PropertyKey) const override { return true; }
 };
-
-template <class T>
-struct ClassOf : ZTSStyleClassOf<T> {
-  using ZTSStyleClassOf<T>::ZTSStyleClassOf;
-  const PropertySet& properties() const override { return registry(); }
-};
-
-inline const ZTSStyleClass& PlainStyle::styleClass() {
-  static const auto* object = new ClassOf<PlainStyle>("PlainStyle", ZTSStyle::styleClass());
-  return *object;
-}
 
 struct Host : ZTSStylesheetHost {
   NSUndoManager* undoManager() const override { return undo.get(); }

@@ -26,16 +26,12 @@ namespace zt::bench {
 namespace {
 
 /// Handles changes itself, by what it inherits.
-struct OverridingStyle : ZTSStyle {
-  static const ZTSStyleClass& styleClass();
-  const ZTSStyleClass& classObject() const override { return styleClass(); }
+struct OverridingStyle : ZTSStyleOf<OverridingStyle> {
+  static constexpr const char* kClassName = "OverridingStyle";
+  static Ref<const PropertySet> classKeys() { return PropertySet::with(keys()); }
   bool validateValueForProperty(NSObject*, PropertyKey) const override { return true; }
   void stylePropertiesChanged(const ZTSStyleChangeInfo& change) override { ZTSStyle::stylePropertiesChanged(change); }
 };
-const ZTSStyleClass& OverridingStyle::styleClass() {
-  static const auto* object = new ClassOf<OverridingStyle>("OverridingStyle", ZTSStyle::styleClass());
-  return *object;
-}
 
 /// A root and so many styles that inherit from it, each with three own values; nothing is undoable but on request.
 struct Family {

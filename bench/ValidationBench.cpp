@@ -11,12 +11,8 @@ namespace zt::bench {
 namespace {
 
 /// Compares in a way of its own, as far as the library can know.
-struct ComparingStyle : PlainStyle {
-  static const ZTSStyleClass& styleClass() {
-    static const auto* object = new ClassOf<ComparingStyle>("ComparingStyle", PlainStyle::styleClass());
-    return *object;
-  }
-  const ZTSStyleClass& classObject() const override { return styleClass(); }
+struct ComparingStyle : ZTSStyleOf<ComparingStyle, PlainStyle> {
+  static constexpr const char* kClassName = "ComparingStyle";
   bool isEqual(const NSObject* other) const override { return PlainStyle::isEqual(other); }
 };
 

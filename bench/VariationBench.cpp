@@ -27,19 +27,15 @@ namespace zt::bench {
 namespace {
 
 /// Refers to a style with its last key.
-struct AggregateStyle : ZTSAggregateStyle {
-  static const ZTSStyleClass& styleClass();
-  const ZTSStyleClass& classObject() const override { return styleClass(); }
+struct AggregateStyle : ZTSStyleOf<AggregateStyle, ZTSAggregateStyle> {
+  static constexpr const char* kClassName = "AggregateStyle";
+  static Ref<const PropertySet> classKeys() { return PropertySet::with(keys()); }
   bool validateValueForProperty(NSObject*, PropertyKey) const override { return true; }
   const std::vector<PropertyKey>& referencedStyleProperties() const override {
     static const std::vector<PropertyKey> all{keys()[159]};
     return all;
   }
 };
-const ZTSStyleClass& AggregateStyle::styleClass() {
-  static const auto* object = new ClassOf<AggregateStyle>("AggregateStyle", ZTSAggregateStyle::styleClass());
-  return *object;
-}
 
 enum Values : std::int64_t { atRandom, dense };
 

@@ -2,7 +2,7 @@
 
 #include <platform/NSNumber.h>
 #include <platform/PropertyMap.h>
-#include <ztstyles/ZTSStyleClassOf.h>
+#include <ztstyles/ZTSStyleOf.h>
 #include <ztstyles/ZTSStylesheet.h>
 
 #include <iostream>
@@ -11,14 +11,10 @@ using namespace zt;
 
 const PropertyKey kSize("size"), kBold("bold");
 
-class TextStyle : public ZTSStyle {
+class TextStyle : public ZTSStyleOf<TextStyle> {
  public:
-  static const ZTSStyleClass& styleClass() {
-    static const auto* object =
-        new ZTSStyleClassOf<TextStyle>("TextStyle", ZTSStyle::styleClass(), PropertySet::with({kSize, kBold}));
-    return *object;
-  }
-  const ZTSStyleClass& classObject() const override { return styleClass(); }
+  static constexpr const char* kClassName = "TextStyle";
+  static Ref<const PropertySet> classKeys() { return PropertySet::with({kSize, kBold}); }
   bool validateValueForProperty(NSObject* value, PropertyKey) const override {
     return NSNumber::from(value) != nullptr;
   }

@@ -3,8 +3,8 @@
 #include <platform/NSNumber.h>
 #include <platform/PropertyMap.h>
 #include <ztstyles/ZTSStyleChangeInfo.h>
-#include <ztstyles/ZTSStyleClassOf.h>
 #include <ztstyles/ZTSStyleObserver.h>
+#include <ztstyles/ZTSStyleOf.h>
 #include <ztstyles/ZTSStylesheet.h>
 
 #include <iostream>
@@ -13,14 +13,10 @@ using namespace zt;
 
 const PropertyKey kSize("size");
 
-class TextStyle : public ZTSStyle {
+class TextStyle : public ZTSStyleOf<TextStyle> {
  public:
-  static const ZTSStyleClass& styleClass() {
-    static const auto* object =
-        new ZTSStyleClassOf<TextStyle>("TextStyle", ZTSStyle::styleClass(), PropertySet::with({kSize}));
-    return *object;
-  }
-  const ZTSStyleClass& classObject() const override { return styleClass(); }
+  static constexpr const char* kClassName = "TextStyle";
+  static Ref<const PropertySet> classKeys() { return PropertySet::with({kSize}); }
   bool validateValueForProperty(NSObject*, PropertyKey) const override { return true; }
 };
 

@@ -3,7 +3,7 @@
 #include <platform/NSNumber.h>
 #include <platform/NSUndoManager.h>
 #include <platform/PropertyMap.h>
-#include <ztstyles/ZTSStyleClassOf.h>
+#include <ztstyles/ZTSStyleOf.h>
 #include <ztstyles/ZTSStylesheet.h>
 
 #include <iostream>
@@ -12,14 +12,10 @@ using namespace zt;
 
 const PropertyKey kBold("bold");
 
-class TextStyle : public ZTSStyle {
+class TextStyle : public ZTSStyleOf<TextStyle> {
  public:
-  static const ZTSStyleClass& styleClass() {
-    static const auto* object =
-        new ZTSStyleClassOf<TextStyle>("TextStyle", ZTSStyle::styleClass(), PropertySet::with({kBold}));
-    return *object;
-  }
-  const ZTSStyleClass& classObject() const override { return styleClass(); }
+  static constexpr const char* kClassName = "TextStyle";
+  static Ref<const PropertySet> classKeys() { return PropertySet::with({kBold}); }
   bool validateValueForProperty(NSObject*, PropertyKey) const override { return true; }
 };
 

@@ -142,7 +142,8 @@ struct Model {
 };
 
 /// Overrides the handling of changes: called for each, where the others are worked off in a loop or skipped.
-struct Overriding : StyleOf<Overriding> {
+struct Overriding : ZTSStyleOf<Overriding, TestStyle> {
+  static constexpr const char* kClassName = "Overriding";
   void stylePropertiesChanged(const ZTSStyleChangeInfo& change) override { TestStyle::stylePropertiesChanged(change); }
 };
 

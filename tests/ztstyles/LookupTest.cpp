@@ -47,7 +47,8 @@ TEST(LookupTest, AnswersAnInspector) {
 }
 
 /// Overrides every reading operation and calls the inherited one.
-struct Reader : StyleOf<Reader> {
+struct Reader : ZTSStyleOf<Reader, TestStyle> {
+  static constexpr const char* kClassName = "Reader";
   Ref<NSObject> valueForProperty(PropertyKey key) const override {
     Ref<NSObject> value = ZTSStyle::valueForProperty(key);
     return value ? value : Ref<NSObject>(NSNumber::withInteger(42));

@@ -162,7 +162,8 @@ TEST(MutationTest, RefusesWhatTheClassDoesNotAccept) {
 }
 
 /// Asked before every change, and told none for the sentinel where several are set.
-struct Asking : StyleOf<Asking> {
+struct Asking : ZTSStyleOf<Asking, TestStyle> {
+  static constexpr const char* kClassName = "Asking";
   bool validateValueForProperty(NSObject* value, PropertyKey) const override {
     asked.push_back(value != nullptr ? value->description() : "none");
     return true;

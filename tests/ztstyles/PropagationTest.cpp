@@ -176,7 +176,8 @@ TEST(PropagationTest, RecordsThatAreKeptStayAsTheyAre) {
 
 /// A class that overrides one operation and counts its calls.
 template <class Self>
-struct Counting : StyleOf<Self> {
+struct Counting : ZTSStyleOf<Self, TestStyle> {
+  static constexpr const char* kClassName = "Counting";
   static inline int calls = 0;
 };
 struct Telling : Counting<Telling> {
@@ -199,16 +200,12 @@ struct Keeping : Counting<Keeping> {
     ++calls, TestStyle::lockedStyleSetValuesForProperties(values, flags);
   }
 };
-struct Naming : TestStyle {
-  struct Class : TestClassOf<Naming> {
-    using TestClassOf<Naming>::TestClassOf;
+struct Naming : ZTSStyleOf<Naming, TestStyle> {
+  static constexpr const char* kClassName = "Naming";
+  struct Class : ZTSStyleClassOf<Naming> {
+    using ZTSStyleClassOf::ZTSStyleClassOf;
     NSNotificationName stylePropertiesChangedNotificationName() const override { return NSNotificationName("OwnName"); }
   };
-  static const ZTSStyleClass& styleClass() {
-    static const auto* object = new Class("Naming", TestStyle::styleClass());
-    return *object;
-  }
-  const ZTSStyleClass& classObject() const override { return styleClass(); }
 };
 
 template <class T>

@@ -14,14 +14,9 @@ namespace {
 
 /// Overrides what the library may otherwise skip, and adds nothing: the virtual paths.
 template <class Base>
-class Overriding : public Base {
+class Overriding : public ZTSStyleOf<Overriding<Base>, Base> {
  public:
-  static const ZTSStyleClass& styleClass() {
-    static const auto* object =
-        new TestClassOf<Overriding>("Overriding" + Base::styleClass().name().text(), Base::styleClass());
-    return *object;
-  }
-  const ZTSStyleClass& classObject() const override { return styleClass(); }
+  static inline const std::string kClassName = std::string("Overriding") + Base::kClassName;
   Ref<NSObject> valueForProperty(PropertyKey key) const override { return Base::valueForProperty(key); }
   bool definesProperty(PropertyKey key) const override { return Base::definesProperty(key); }
   Ref<PropertyMap> propertyMap() const override { return Base::propertyMap(); }
@@ -36,8 +31,8 @@ class Overriding : public Base {
 };
 
 /// Refers to aggregates as well as to plain styles. Families never refer upward, so that no counts run in a circle.
-struct TopAggregate : StyleOf<TopAggregate, TestAggregate> {
-  static constexpr const char* kName = "TopAggregate";
+struct TopAggregate : ZTSStyleOf<TopAggregate, TestAggregate> {
+  static constexpr const char* kClassName = "TopAggregate";
 };
 
 class RandomHost : public TestHost {

@@ -8,7 +8,7 @@
 #include <support/ZTUAssertionHandler.h>
 #include <support/ZTULog.h>
 #include <ztstyles/ZTSStyleChangeInfo.h>
-#include <ztstyles/ZTSStyleClassOf.h>
+#include <ztstyles/ZTSStyleOf.h>
 #include <ztstyles/ZTSStylesheet.h>
 
 #include <gmock/gmock.h>
@@ -54,40 +54,19 @@ inline bool acceptsValue(const NSObject* value) {
   return number == nullptr || number->isBool() || number->realValue() >= 0;
 }
 
-class TestStyle;
+inline Ref<const PropertySet> sceneKeys() { return PropertySet::with({size, weight, colour, list, label}); }
 
-/// The class object of a test's own style class, with the scene's registry.
-template <class T>
-class TestClassOf : public ZTSStyleClassOf<T> {
+class TestStyle : public ZTSStyleOf<TestStyle> {
  public:
-  using ZTSStyleClassOf<T>::ZTSStyleClassOf;
-  const PropertySet& properties() const override {
-    static const Ref<PropertySet> keys = PropertySet::with({size, weight, colour, list, label});
-    return *keys;
-  }
-};
-
-/// The base of a test's own style class, `struct Loose : StyleOf<Loose>`: gives it a class object, under the name in
-/// `kName`, where it has one.
-template <class Self, class Base = TestStyle>
-struct StyleOf : Base {
-  static constexpr const char* kName = "StyleOf";
-  static const ZTSStyleClass& styleClass() {
-    static const auto* object = new TestClassOf<Self>(Self::kName, Base::styleClass());
-    return *object;
-  }
-  const ZTSStyleClass& classObject() const override { return styleClass(); }
-};
-
-class TestStyle : public StyleOf<TestStyle, ZTSStyle> {
- public:
-  static constexpr const char* kName = "TestStyle";
+  static constexpr const char* kClassName = "TestStyle";
+  static Ref<const PropertySet> classKeys() { return sceneKeys(); }
   bool validateValueForProperty(NSObject* value, PropertyKey) const override { return acceptsValue(value); }
 };
 
-class TestAggregate : public StyleOf<TestAggregate, ZTSAggregateStyle> {
+class TestAggregate : public ZTSStyleOf<TestAggregate, ZTSAggregateStyle> {
  public:
-  static constexpr const char* kName = "TestAggregate";
+  static constexpr const char* kClassName = "TestAggregate";
+  static Ref<const PropertySet> classKeys() { return sceneKeys(); }
   bool validateValueForProperty(NSObject* value, PropertyKey) const override { return acceptsValue(value); }
   const std::vector<PropertyKey>& referencedStyleProperties() const override {
     static const std::vector<PropertyKey> keys{list, label};

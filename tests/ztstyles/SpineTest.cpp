@@ -98,7 +98,8 @@ TEST(StyleTest, RefusesToCloseALoopAndTriesAgainWhenItOpens) {
   EXPECT_TRUE(scene.sheet->indexesAreRight());
 }
 
-struct Hooked : StyleOf<Hooked> {
+struct Hooked : ZTSStyleOf<Hooked, TestStyle> {
+  static constexpr const char* kClassName = "Hooked";
   void willBeAddedToDocument(NSDocument*, NSObject*) override { note("will add "); }
   void wasAddedToDocument(NSDocument*, NSObject*) override { note("was added "); }
   void willBeRemovedFromDocument(NSDocument*) override { note("will remove "); }
@@ -158,7 +159,8 @@ TEST(StylesheetTest, ReportsWhatItCannotAddOrRemove) {
   EXPECT_FALSE(scene.host.undo->canUndo());
 }
 
-struct Thrower : StyleOf<Thrower> {
+struct Thrower : ZTSStyleOf<Thrower, TestStyle> {
+  static constexpr const char* kClassName = "Thrower";
   void updateParent() override {
     if (throwing) throw NSGenericException("no");
     ZTSStyle::updateParent();

@@ -124,10 +124,12 @@ TEST(StylesheetEqualityTest, ComparesHostsStylesAndParents) {
   EXPECT_FALSE(ends[0]->isEqual(ends[1].get()));
 }
 
+struct Loose : ZTSStyleOf<Loose, TestStyle> {
+  static constexpr const char* kClassName = "Loose";
+  bool isEqual(const NSObject* other) const override { return asStyle(other) != nullptr; }
+};
+
 TEST(StylesheetEqualityTest, AsksAClassThatComparesInAWayOfItsOwn) {
-  struct Loose : StyleOf<Loose> {
-    bool isEqual(const NSObject* other) const override { return asStyle(other) != nullptr; }
-  };
   const Ref<ZTSStylesheet> sheets[] = {ZTSStylesheet::withHost(), ZTSStylesheet::withHost()};
   for (int index : {0, 1}) {
     const Ref<PropertyMap> values = mapOf({{size, index}});

@@ -85,7 +85,8 @@ struct Tracking : Base, ZTYTrackable {
   NSObject* currentChangeTrackingSession() const override { return session.get(); }
   Ref<NSObject> session = NSNumber::withInteger(1);
 };
-struct Hooked : StyleOf<Hooked> {
+struct Hooked : ZTSStyleOf<Hooked, TestStyle> {
+  static constexpr const char* kClassName = "Hooked";
   void willBeAddedToDocument(NSDocument* document, NSObject* context) override { note("will add", document, context); }
   void wasAddedToDocument(NSDocument* document, NSObject* context) override { note("was added", document, context); }
   void willBeRemovedFromDocument(NSDocument* document) override { note("will remove", document, document); }

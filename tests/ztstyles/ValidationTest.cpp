@@ -17,7 +17,8 @@ class OpenSheet : public ZTSStylesheet {
 };
 
 /// Notes what had been reported when its own checks began.
-struct CheckingStyle : StyleOf<CheckingStyle> {
+struct CheckingStyle : ZTSStyleOf<CheckingStyle, TestStyle> {
+  static constexpr const char* kClassName = "CheckingStyle";
   void appSpecificValidate() const override { ZT_REPORT("appSpecificValidate", this, "app", "hook"); }
   std::optional<ZTSStyleSet> referencedStyles() const override {
     ZTSStyleSet set;
@@ -28,7 +29,8 @@ struct CheckingStyle : StyleOf<CheckingStyle> {
 };
 
 /// Says that it equals whatever it is compared with.
-struct LooseStyle : StyleOf<LooseStyle> {
+struct LooseStyle : ZTSStyleOf<LooseStyle, TestStyle> {
+  static constexpr const char* kClassName = "LooseStyle";
   bool isEqual(const NSObject* other) const override { return other != nullptr; }
 };
 

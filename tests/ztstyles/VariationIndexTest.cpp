@@ -8,9 +8,9 @@ namespace zt::testing {
 namespace {
 
 /// Shows one entry that it does not store, and which changes without anybody being told.
-class Chameleon : public StyleOf<Chameleon> {
+class Chameleon : public ZTSStyleOf<Chameleon, TestStyle> {
  public:
-  static constexpr const char* kName = "Chameleon";
+  static constexpr const char* kClassName = "Chameleon";
   Ref<const PropertyMap> overridePropertyMap() const override {
     const Ref<const PropertyMap> own = ZTSStyle::overridePropertyMap();
     if (sShown == 0) return own;
@@ -22,9 +22,9 @@ class Chameleon : public StyleOf<Chameleon> {
 };
 
 /// As a value equal to every other of its class.
-class Loose : public StyleOf<Loose> {
+class Loose : public ZTSStyleOf<Loose, TestStyle> {
  public:
-  static constexpr const char* kName = "Loose";
+  static constexpr const char* kClassName = "Loose";
   bool isEqual(const NSObject* other) const override { return dynamic_cast<const Loose*>(other) != nullptr; }
 };
 

@@ -116,8 +116,8 @@ TEST_F(VariationTest, ARecordAnswersAndRemembersAStyleThatLooksAsBeforeTheChange
 
 /// The application's list style, where its class is looked for.
 struct ListStyle : TestStyle {
-  struct Class : TestClassOf<ListStyle> {
-    using TestClassOf::TestClassOf;
+  struct Class : ZTSStyleClassOf<ListStyle> {
+    using ZTSStyleClassOf::ZTSStyleClassOf;
     StringRef defaultStyleIdentifier() const override { return "list-default"; }
   };
 };
@@ -156,7 +156,7 @@ TEST_F(VariationTest, SaysWhatIsWrongAndGoesOn) {
   EXPECT_EQ(vary(varied, {}), here);
   EXPECT_TRUE(reports.reports().empty());  // names are not compared
 
-  static const ListStyle::Class listClass("ZTWPListStyle", TestStyle::styleClass());
+  static const ListStyle::Class listClass("ZTWPListStyle", TestStyle::styleClass(), sceneKeys());
   EXPECT_EQ(vary(defaultList, {{size, 1}})->parent(), nullptr);
   EXPECT_TRUE(reports.reports().empty());
   ASSERT_EQ(logs.entries().size(), 1u);

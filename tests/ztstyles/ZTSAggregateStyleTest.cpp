@@ -26,9 +26,9 @@ std::vector<ZTSStyle*> members(const std::optional<ZTSStyleSet>& set) {
 }
 
 /// Has stand-ins for missing styles, and asks for its own description while that is being built.
-class TalkingAggregate : public StyleOf<TalkingAggregate, TestAggregate> {
+class TalkingAggregate : public ZTSStyleOf<TalkingAggregate, TestAggregate> {
  public:
-  static constexpr const char* kName = "TalkingAggregate";
+  static constexpr const char* kClassName = "TalkingAggregate";
   Ref<NSObject> defaultValueForNilStyleProperty(PropertyKey key) const override {
     ++asked;
     return key == label ? standIn : Ref<NSObject>();
@@ -200,9 +200,9 @@ TEST(AggregateTest, LetsGoOfAncestorsStylesWhenItsStylesheetDies) {
 }
 
 /// A class with a counting operation of its own.
-class CallingAggregate : public StyleOf<CallingAggregate, TestAggregate> {
+class CallingAggregate : public ZTSStyleOf<CallingAggregate, TestAggregate> {
  public:
-  static constexpr const char* kName = "CallingAggregate";
+  static constexpr const char* kClassName = "CallingAggregate";
   void incrementUsageCount() override {
     ++calls;
     TestAggregate::incrementUsageCount();

@@ -18,9 +18,10 @@ using ::testing::IsEmpty;
 using ::testing::Not;
 
 /// `size` is stored; `weight` is derived: ten times the size.
-class TenfoldStyle : public StyleOf<TenfoldStyle, ZTSDerivingStyle> {
+class TenfoldStyle : public ZTSStyleOf<TenfoldStyle, ZTSDerivingStyle> {
  public:
-  static constexpr const char* kName = "TenfoldStyle";
+  static constexpr const char* kClassName = "TenfoldStyle";
+  static Ref<const PropertySet> classKeys() { return sceneKeys(); }
   bool validateValueForProperty(NSObject* value, PropertyKey key) const override {
     return key != weight && acceptsValue(value);
   }

@@ -10,9 +10,9 @@ namespace zt::testing {
 namespace {
 
 /// Knows how many of its kind live.
-class CensusStyle : public StyleOf<CensusStyle, TestAggregate> {
+class CensusStyle : public ZTSStyleOf<CensusStyle, TestAggregate> {
  public:
-  static constexpr const char* kName = "CensusStyle";
+  static constexpr const char* kClassName = "CensusStyle";
   CensusStyle() { ++living; }
   ~CensusStyle() override { --living; }
   static inline int living = 0;

@@ -10,20 +10,16 @@ namespace zt::testing {
 namespace {
 
 /// Rebuilds "built-in" from its identifier, answers none for "broken"; has defaults.
-class BuiltIn : public TestStyle {
+class BuiltIn : public ZTSStyleOf<BuiltIn, TestStyle> {
  public:
-  struct Class final : TestClassOf<BuiltIn> {
-    using TestClassOf::TestClassOf;
+  static constexpr const char* kClassName = "TestBuiltIn";
+  struct Class final : ZTSStyleClassOf<BuiltIn> {
+    using ZTSStyleClassOf::ZTSStyleClassOf;
     bool canConstructStyleFromIdentifier(const StringRef& identifier) const override {
       return identifier.view() != "plain";
     }
     StringRef localizationKeyPrefix() const override { return "BUILTIN_"; }
   };
-  static const ZTSStyleClass& styleClass() {
-    static const auto* object = new Class("TestBuiltIn", TestStyle::styleClass());
-    return *object;
-  }
-  const ZTSStyleClass& classObject() const override { return styleClass(); }
   Ref<ZTSStyle> initWithIdentifier(const StringRef& identifier) override {
     if (identifier.view() == "broken") return {};
     if (identifier.view() == "unable") return ZTSStyle::initWithIdentifier(identifier);
