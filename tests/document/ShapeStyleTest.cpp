@@ -16,44 +16,61 @@ namespace {
 Ref<NSObject> percent(int value) { return make<PercentageValue>(Percentage{value * Percentage::kPerPercent}); }
 std::string text(const Ref<NSObject>& value) { return valueText(value.get()); }
 
-TEST(ShapeStyleTest, StoresOpacityAndReadsTransparency) {
-  const Ref<ZTDocument> document = ZTDocument::create();
+/// A style that is 30% transparent, and a child of it, in a document of its own; for each family of shapes.
+class TransparencyTest : public ::testing::TestWithParam<StyleFamily> {
+ protected:
+  const std::string identifier = styleIdentifier(familyName(GetParam()), "Glass");
   const Ref<PropertyMap> map = PropertyMap::with({{keys::transparency(), percent(30)}});
-  for (const StyleFamily family : {StyleFamily::graphic, StyleFamily::presentation, StyleFamily::chart}) {
-    const std::string identifier = styleIdentifier(familyName(family), "Glass");
-    const Ref<OdfStyle> glass =
-        makeFamilyStyle(family, {.identifier = StringRef(identifier), .overridePropertyMap = map.get()});
-    const Ref<OdfStyle> child = makeFamilyStyle(family, {.parentIdentifier = StringRef(identifier)});
+  const Ref<OdfStyle> glass =
+      makeFamilyStyle(GetParam(), {.identifier = StringRef(identifier), .overridePropertyMap = map.get()});
+  const Ref<OdfStyle> child = makeFamilyStyle(GetParam(), {.parentIdentifier = StringRef(identifier)});
+  const Ref<ZTDocument> document = ZTDocument::create();
+
+  void SetUp() override {
     ASSERT_NE(glass, nullptr);
     ASSERT_NE(child, nullptr);
     document->stylesheet().addStyle(glass);
     document->stylesheet().addStyle(child);
-    EXPECT_EQ(text(Ref<NSObject>(glass->p_overrideValueForProperty(keys::opacity()))), "70%");
-    EXPECT_EQ(glass->p_overrideValueForProperty(keys::transparency()), nullptr);
-    EXPECT_EQ(text(child->valueForProperty(keys::transparency())), "30%");
-    EXPECT_TRUE(child->definesProperty(keys::transparency()));
-    EXPECT_FALSE(child->overridesProperty(keys::transparency()));
-    EXPECT_EQ(valueText(child->propertyMap()->find(keys::transparency())), "30%");
-
-    NSUndoManager& undo = *document->undoManager();
-    undo.performInGroup([&] { child->setValueForProperty(percent(45), keys::transparency()); });
-    EXPECT_EQ(text(child->valueForProperty(keys::opacity())), "55%");
-    EXPECT_EQ(text(child->overrideValueForProperty(keys::transparency())), "45%");
-    undo.performInGroup([&] { child->removeValueForProperty(keys::transparency()); });
-    EXPECT_FALSE(child->overridesAnyProperty());
-    undo.undo();
-    EXPECT_EQ(text(child->valueForProperty(keys::transparency())), "45%");
-    child->setValueForProperty({}, keys::transparency());
-    EXPECT_EQ(child->p_overrideValueForProperty(keys::opacity()), NSNull::null());
-    EXPECT_EQ(child->valueForProperty(keys::transparency()), nullptr);
-    EXPECT_THROW(child->setValueForProperty(NSString::make("glassy"), keys::transparency()),
-                 NSInternalInconsistencyException);
-
+  }
+  void TearDown() override {
     ZTUAssertionRecorder reports;
     document->stylesheet().validate();
-    EXPECT_TRUE(reports.reports().empty()) << reports.descriptions()[0];
+    EXPECT_THAT(reports.descriptions(), ::testing::IsEmpty());
   }
-  // Other families have neither the property nor the translation.
+};
+INSTANTIATE_TEST_SUITE_P(Shapes, TransparencyTest,
+                         ::testing::Values(StyleFamily::graphic, StyleFamily::presentation, StyleFamily::chart),
+                         [](const auto& each) { return std::string(familyName(each.param)); });
+
+TEST_P(TransparencyTest, IsStoredAsOpacityAndInherited) {
+  EXPECT_EQ(text(Ref<NSObject>(glass->p_overrideValueForProperty(keys::opacity()))), "70%");
+  EXPECT_EQ(glass->p_overrideValueForProperty(keys::transparency()), nullptr);
+  EXPECT_EQ(text(child->valueForProperty(keys::transparency())), "30%");
+  EXPECT_EQ(valueText(child->propertyMap()->find(keys::transparency())), "30%");
+  EXPECT_TRUE(child->definesProperty(keys::transparency()));
+  EXPECT_FALSE(child->overridesProperty(keys::transparency()));
+}
+
+TEST_P(TransparencyTest, IsSetAndRemovedUndoably) {
+  NSUndoManager& undo = *document->undoManager();
+  undo.performInGroup([&] { child->setValueForProperty(percent(45), keys::transparency()); });
+  EXPECT_EQ(text(child->valueForProperty(keys::opacity())), "55%");
+  EXPECT_EQ(text(child->overrideValueForProperty(keys::transparency())), "45%");
+  undo.performInGroup([&] { child->removeValueForProperty(keys::transparency()); });
+  EXPECT_FALSE(child->overridesAnyProperty());
+  undo.undo();
+  EXPECT_EQ(text(child->valueForProperty(keys::transparency())), "45%");
+}
+
+TEST_P(TransparencyTest, IsAPercentageOrExplicitlyNone) {
+  child->setValueForProperty({}, keys::transparency());
+  EXPECT_EQ(child->p_overrideValueForProperty(keys::opacity()), NSNull::null());
+  EXPECT_EQ(child->valueForProperty(keys::transparency()), nullptr);
+  EXPECT_THROW(child->setValueForProperty(NSString::make("glassy"), keys::transparency()),
+               NSInternalInconsistencyException);
+}
+
+TEST(ShapeStyleTest, OtherFamiliesHaveNeitherThePropertyNorTheTranslation) {
   const Ref<OdfStyle> paragraph = makeFamilyStyle(StyleFamily::paragraph, {});
   EXPECT_FALSE(paragraph->isDerivedProperty(keys::transparency()));
   EXPECT_FALSE(paragraph->classObject().isKindOf(familyStyleClass(StyleFamily::graphic)));

@@ -45,7 +45,9 @@ std::string value(const ZTSStyle* style, const std::string& key) {
   return valueText(style->valueForProperty(PropertyKey(key)).get(), true);
 }
 
-TEST(StyleImporterTest, NamedDefaultAndAutomaticStylesFindTheirPlaces) {
+/// Named, default and automatic styles of several families, read.
+class PlacesTest : public ::testing::Test {
+ protected:
   const Ref<ZTDocument> document =
       import(flat("<style:default-style style:family='paragraph'><style:text-properties "
                   "fo:font-size='12pt'/></style:default-style>" +
@@ -53,28 +55,43 @@ TEST(StyleImporterTest, NamedDefaultAndAutomaticStylesFindTheirPlaces) {
                       element("paragraph", "Standard", "") + element("text", "Body", "") + element("weird", "W", ""),
                   element("paragraph", "P1", "Body") + element("table", "T1", ""),
                   "<text:p text:style-name='P1'/><text:h text:style-name='P1'/><table:table table:style-name='T1'/>"));
-  EXPECT_THAT(findings(*document), testing::IsEmpty());
   OdfStyle* body = document->namedStyle("paragraph", "Body");
   OdfStyle* automatic = document->automaticStyle(0, "paragraph", "P1");
-  ASSERT_NE(automatic, nullptr);
-  EXPECT_EQ(&body->classObject(), &ParagraphStyle::styleClass());
-  EXPECT_EQ(body->parent(), document->namedStyle("paragraph", "Standard"));
-  EXPECT_EQ(body->parent()->parent(), document->rootStyle("paragraph"));
-  EXPECT_TRUE(automatic->isAnonymous());
-  EXPECT_FALSE(automatic->isNamed());
-  EXPECT_EQ(automatic->parent(), body);
-  EXPECT_EQ(value(automatic, "text.fo.font-size"), "12pt");
-  EXPECT_EQ(automatic->usageCount(), 2u);
-  EXPECT_EQ(document->rootStyle("paragraph")->usageCount(), 1u);
-  EXPECT_EQ(document->namedStyle("text", "Body")->usageCount(), 0u);
-  // A root is made where the file has none, and inherits from the application's default where there is one.
-  EXPECT_EQ(document->automaticStyle(0, "table", "T1")->parent(), document->rootStyle("table"));
-  EXPECT_EQ(document->rootStyle("table")->parent(), document->defaults().styleWithIdentifier("table"));
-  EXPECT_EQ(document->namedStyle("weird", "W")->familyName(), "weird");
+};
+
+TEST_F(PlacesTest, NothingIsFoundWrong) {
+  EXPECT_THAT(findings(*document), testing::IsEmpty());
   EXPECT_FALSE(document->undoManager()->canUndo());
   testing::internal::CaptureStderr();
   document->stylesheet().validate();
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST_F(PlacesTest, NamedStylesInheritFromTheirParentsAndTheseFromTheRoot) {
+  EXPECT_EQ(&body->classObject(), &ParagraphStyle::styleClass());
+  EXPECT_EQ(body->parent(), document->namedStyle("paragraph", "Standard"));
+  EXPECT_EQ(body->parent()->parent(), document->rootStyle("paragraph"));
+  EXPECT_EQ(document->namedStyle("weird", "W")->familyName(), "weird");
+}
+
+TEST_F(PlacesTest, AutomaticStylesAreAnonymousAndInheritFromNamedOnes) {
+  ASSERT_NE(automatic, nullptr);
+  EXPECT_TRUE(automatic->isAnonymous());
+  EXPECT_FALSE(automatic->isNamed());
+  EXPECT_EQ(automatic->parent(), body);
+  EXPECT_EQ(value(automatic, "text.fo.font-size"), "12pt");
+}
+
+TEST_F(PlacesTest, UsesAreCountedAndPassedOn) {
+  ASSERT_NE(automatic, nullptr);
+  EXPECT_EQ(automatic->usageCount(), 2u);
+  EXPECT_EQ(document->rootStyle("paragraph")->usageCount(), 1u);
+  EXPECT_EQ(document->namedStyle("text", "Body")->usageCount(), 0u);
+}
+
+TEST_F(PlacesTest, ARootIsMadeWhereTheFileHasNoneAndInheritsFromTheApplicationsDefault) {
+  EXPECT_EQ(document->automaticStyle(0, "table", "T1")->parent(), document->rootStyle("table"));
+  EXPECT_EQ(document->rootStyle("table")->parent(), document->defaults().styleWithIdentifier("table"));
 }
 
 TEST(StyleImporterTest, AutomaticStylesBelongToTheirPart) {
@@ -206,7 +223,9 @@ TEST(StyleImporterTest, TheMarginShorthandFillsWhatIsNotGiven) {
                   "4 unusable-value paragraph:C the value 'auto' of paragraph.fo.margin cannot be used; not set"));
 }
 
-TEST(StyleImporterTest, ListsAndTheirLevelsAreStylesThatRefer) {
+/// A list with good and bad levels, and styles of paragraphs that name it, name none, and name one that is missing.
+class ListsTest : public ::testing::Test {
+ protected:
   const std::string list =
       "<text:list-style style:name='L' style:display-name='My List'><text:list-level-style-number text:level='1' "
       "text:style-name='Mark' "
@@ -227,29 +246,50 @@ TEST(StyleImporterTest, ListsAndTheirLevelsAreStylesThatRefer) {
                   "<text:list-style style:name='L'/><style:style style:family='paragraph' style:name='P' "
                   "style:list-style-name='L'/>",
                   "<text:p text:style-name='A'/>"));
+  OdfStyle* named = document->namedStyle("list", "L");
+
+  [[nodiscard]] std::string paragraph(const char* name, const char* key) const {
+    return value(document->namedStyle("paragraph", name), key);
+  }
+};
+
+TEST_F(ListsTest, SaysWhichLevelsAndReferencesCannotBeKept) {
   EXPECT_THAT(
       findings(*document),
       testing::UnorderedElementsAre("3 unusable-level list:L repeats a level; the earlier one counts",
                                     "3 unusable-level list:L a level without a number from 1 to 10; left out",
                                     "3 missing-reference list:L/level-2 the text style 'Gone' does not exist; not set",
                                     "6 missing-reference paragraph:C the list style 'Nope' does not exist; not set"));
-  OdfStyle* named = document->namedStyle("list", "L");
+}
+
+TEST_F(ListsTest, ListsAndTheirLevelsAreStylesThatRefer) {
   ASSERT_NE(named, nullptr);
   EXPECT_EQ(named->name().view(), "My List");
   const OdfStyle* level = asOdfStyle(asStyle(named->valueForProperty(keys::listLevel(1)).get()));
   ASSERT_NE(level, nullptr);
   EXPECT_EQ(value(level, "list-level.text.space-before"), "1cm");
   EXPECT_EQ(level->valueForProperty(keys::levelTextStyle()).get(), document->namedStyle("text", "Mark"));
-  EXPECT_EQ(value(document->namedStyle("paragraph", "B"), "style.style.list-style-name"), "explicitly none");
-  EXPECT_EQ(value(document->namedStyle("paragraph", "B"), "style.style.master-page-name"), "explicitly none");
+}
+
+TEST_F(ListsTest, AnEmptyNameIsExplicitlyNoneAndAMissingStyleIsNotSet) {
+  EXPECT_EQ(paragraph("B", "style.style.list-style-name"), "explicitly none");
+  EXPECT_EQ(paragraph("B", "style.style.master-page-name"), "explicitly none");
   EXPECT_EQ(document->namedStyle("paragraph", "C")->valueForProperty(keys::listStyle()).get(), named)
-      << "of the name, not the automatic one";
-  EXPECT_EQ(value(document->namedStyle("paragraph", "C"), "style.style.next-style-name"), "A");
-  EXPECT_EQ(value(document->namedStyle("paragraph", "D"), "style.style.next-style-name"), "");
-  EXPECT_EQ(value(document->namedStyle("table", "T"), "style.style.list-style-name"), "L");
+      << "inherited: of the name, not the automatic one";
   EXPECT_EQ(document->automaticStyle(0, "paragraph", "P")->valueForProperty(keys::listStyle()).get(),
             document->automaticStyle(0, "list", "L"));
-  // The paragraph in the text uses the list, its levels and their text style.
+}
+
+TEST_F(ListsTest, TheNextStyleIsNotInherited) {
+  EXPECT_EQ(paragraph("C", "style.style.next-style-name"), "A");
+  EXPECT_EQ(paragraph("D", "style.style.next-style-name"), "");
+}
+
+TEST_F(ListsTest, AFamilyThatKnowsNoListsKeepsTheNameAsText) {
+  EXPECT_EQ(value(document->namedStyle("table", "T"), "style.style.list-style-name"), "L");
+}
+
+TEST_F(ListsTest, AParagraphInTheTextUsesItsListTheLevelsAndTheirTextStyle) {
   EXPECT_EQ(named->usageCount(), 1u);
   EXPECT_EQ(document->namedStyle("text", "Mark")->usageCount(), 1u);
 }
