@@ -1,7 +1,6 @@
-// A style class, a stylesheet with three styles, and what they look like.
+// A style class, a stylesheet with two styles, and what they look like.
 
 #include <platform/NSNumber.h>
-#include <platform/PropertyMap.h>
 #include <ztstyles/ZTSStyleOf.h>
 #include <ztstyles/ZTSStylesheet.h>
 
@@ -11,6 +10,7 @@ using namespace zt;
 
 const PropertyKey kSize("size"), kBold("bold");
 
+//! [class]
 class TextStyle : public ZTSStyleOf<TextStyle> {
  public:
   static constexpr const char* kClassName = "TextStyle";
@@ -19,7 +19,9 @@ class TextStyle : public ZTSStyleOf<TextStyle> {
     return NSNumber::from(value) != nullptr;
   }
 };
+//! [class]
 
+//! [inherit]
 int main() {
   const Ref<ZTSStylesheet> sheet = ZTSStylesheet::withHost();
   const Ref<PropertyMap> plain =
@@ -31,5 +33,6 @@ int main() {
   heading.setValueForProperty(NSNumber::withBool(true), kBold);
   sheet->styleWithIdentifier("body")->setValueForProperty(NSNumber::withInteger(12), kSize);
   std::cout << "heading: size " << heading.valueForProperty(kSize)->description() << ", bold "
-            << heading.valueForProperty(kBold)->description() << '\n';  // heading: size 12, bold YES
+            << heading.valueForProperty(kBold)->description() << '\n';
 }
+//! [inherit]

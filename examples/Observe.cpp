@@ -1,7 +1,6 @@
 // Who hears of a change, and in which order: descendants first, then observers, then the notification centre.
 
 #include <platform/NSNumber.h>
-#include <platform/PropertyMap.h>
 #include <ztstyles/ZTSStyleChangeInfo.h>
 #include <ztstyles/ZTSStyleObserver.h>
 #include <ztstyles/ZTSStyleOf.h>
@@ -17,9 +16,12 @@ class TextStyle : public ZTSStyleOf<TextStyle> {
  public:
   static constexpr const char* kClassName = "TextStyle";
   static Ref<const PropertySet> classKeys() { return PropertySet::with({kSize}); }
-  bool validateValueForProperty(NSObject*, PropertyKey) const override { return true; }
+  bool validateValueForProperty(NSObject* value, PropertyKey) const override {
+    return NSNumber::from(value) != nullptr;
+  }
 };
 
+//! [view]
 /// A view that lays its text out again when the style that it shows changes.
 struct View : ZTSStyleObserver {
   void stylePropertiesChanged(const ZTSStyleChangeInfo& change) override {
@@ -28,6 +30,7 @@ struct View : ZTSStyleObserver {
               << '\n';
   }
 };
+//! [view]
 
 int main() {
   const Ref<ZTSStylesheet> sheet = ZTSStylesheet::withHost();
@@ -36,6 +39,7 @@ int main() {
   sheet->addStyle(make<TextStyle>({.identifier = "heading", .parentIdentifier = "body"}));
   sheet->addStyle(make<TextStyle>({.identifier = "frozen", .parentIdentifier = "body", .isLocked = true}));
 
+  //! [change]
   View view;
   sheet->styleWithIdentifier("heading")->addObserver(&view);
   const NotificationListener listener(ZTSStylePropertiesChangedNotification, nullptr, [](const NSNotification& note) {
@@ -43,6 +47,7 @@ int main() {
   });
 
   sheet->styleWithIdentifier("body")->setValueForProperty(NSNumber::withInteger(12), kSize);
+  //! [change]
   // A locked style keeps its look.
   std::cout << "frozen: " << sheet->styleWithIdentifier("frozen")->valueForProperty(kSize)->description() << '\n';
   sheet->styleWithIdentifier("heading")->removeObserver(&view);
