@@ -5,9 +5,9 @@
 namespace zt {
 
 Ref<ZTDocument> readDocument(const std::filesystem::path& path, std::span<const DocumentFormat* const> formats) {
-  const auto format = std::find_if(formats.begin(), formats.end() - 1,
-                                   [&](const DocumentFormat* candidate) { return candidate->recognises(path); });
-  return (*format)->read(path);
+  const auto found = std::find_if(formats.begin(), formats.end() - 1,
+                                  [&](const DocumentFormat* candidate) { return candidate->recognises(path); });
+  return (*found)->read(path);
 }
 
 }  // namespace zt

@@ -14,8 +14,8 @@ const DocumentFormat& openDocumentFormat() {
       return importStyles(RawDocument::read(Package::read(path)));
     }
   };
-  static const OpenDocument format;
-  return format;
+  static const OpenDocument openDocument;
+  return openDocument;
 }
 
 }  // namespace zt

@@ -44,7 +44,7 @@ class ZT_EXPORT NSLogRecorder final : public ZTRecorderOf<NSLogSink, std::string
 /// Writes one line to the current sink of this thread.
 template <class... Arguments>
 void NSLog(std::type_identity_t<FormatString<Arguments...>> text, const Arguments&... arguments) {
-  const std::string message = zt::format<Arguments...>(text, arguments...);
+  const std::string message = formatted<Arguments...>(text, arguments...);
   NSLogSink::current().write(message);
 }
 

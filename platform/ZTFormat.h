@@ -1,8 +1,7 @@
 #pragma once
 /// @file
 /// `format(text, arguments...)`: the formatter of every report, log line and description. The compiler checks number
-/// and kinds of the arguments. The locale plays no part. Where <format> is included too it is `zt::format`: the standard's
-/// would be found for an argument of the standard's.
+/// and kinds of the arguments. The locale plays no part.
 ///
 /// - `%@` takes an object or a reference to one, a text, or anything with `std::string describe(const T&)` beside it,
 ///   and prints its description; `(null)` for none and for an absent text.
@@ -190,7 +189,7 @@ ZT_EXPORT std::string formatWithArguments(std::string_view text, const FormatArg
 
 /// The text with its directives replaced. A wrong number or kind of arguments does not compile.
 template <class... Arguments>
-std::string format(std::type_identity_t<FormatString<Arguments...>> text, const Arguments&... arguments) {
+std::string formatted(std::type_identity_t<FormatString<Arguments...>> text, const Arguments&... arguments) {
   if constexpr (sizeof...(Arguments) == 0) {
     return formatWithArguments(text.text(), nullptr, 0);
   } else {
@@ -198,6 +197,17 @@ std::string format(std::type_identity_t<FormatString<Arguments...>> text, const 
     return formatWithArguments(text.text(), all, sizeof...(Arguments));
   }
 }
+
+/// The same, under the name by which it is called. An object: where <format> is included, the standard's function would
+/// be found beside a function of ours for any argument of the standard's own types, would fit better, and would leave
+/// every directive as it stands.
+struct Formatting {
+  template <class... Arguments>
+  std::string operator()(std::type_identity_t<FormatString<Arguments...>> text, const Arguments&... arguments) const {
+    return formatted<Arguments...>(text, arguments...);
+  }
+};
+inline constexpr Formatting format{};
 
 /// The text in one line that is safe on a terminal: line ends, tabs and other control characters
 /// are written as escapes. What is printed may come from a file of anybody's.

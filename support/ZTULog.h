@@ -61,7 +61,7 @@ class ZT_EXPORT ZTULogRecorder final : public ZTRecorderOf<ZTULogSink, ZTULogEnt
 template <class... Arguments>
 void ZTULog_About(const NSObject* subject, int level, std::string_view sourceFile,
                   std::type_identity_t<FormatString<Arguments...>> text, const Arguments&... arguments) {
-  const ZTULogEntry entry{level, std::string(sourceFile), zt::format<Arguments...>(text, arguments...),
+  const ZTULogEntry entry{level, std::string(sourceFile), formatted<Arguments...>(text, arguments...),
                           retainIfAlive(subject)};
   ZTULogSink::current().write(entry);
 }

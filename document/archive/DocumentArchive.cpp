@@ -240,8 +240,8 @@ const DocumentFormat& archiveFormat() {
     [[nodiscard]] bool recognises(const std::filesystem::path& path) const override { return isArchive(path); }
     [[nodiscard]] Ref<ZTDocument> read(const std::filesystem::path& path) const override { return readArchive(path); }
   };
-  static const Archives format;
-  return format;
+  static const Archives archives;
+  return archives;
 }
 
 }  // namespace zt

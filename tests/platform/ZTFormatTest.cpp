@@ -30,20 +30,20 @@ TEST(FormatTest, PrintsEveryKindOfArgument) {
     std::string printed;
     std::string expected;
   } table[] = {
-      {zt::format(""), ""},
-      {zt::format("100 %% of %@%@", "a", "b"), "100 % of ab"},
-      {zt::format("%@ %@ %@ %@", object, object.get(), *object, NSString::stringClass()), "body body body NSString"},
-      {zt::format("%@ %@ %@ %@", noObject, noRef, nullptr, absent), "(null) (null) (null) (null)"},
-      {zt::format("<%@> <%s> <%s>", StringRef(""), std::string(), noText), "<> <> <(null)>"},
-      {zt::format("%s %s %s", std::string("a"), std::string_view("b"), StringRef("c")), "a b c"},
-      {zt::format("%@ %@", apart::Unit{7}, "%@"), "unit 7 %@"},
-      {zt::format("%p %#x", at(0xBEEF), at(0x1234567890abcdef)), "0xbeef 0x1234567890abcdef"},
-      {zt::format("%p %#x %p %p", noObject, nullptr, noRef, at(0)), "0x0 0x0 0x0 0x0"},
-      {zt::format("%d %d %d %d", 0, -1, true, std::numeric_limits<std::int64_t>::min()), "0 -1 1 -9223372036854775808"},
-      {zt::format("%d %#x %#x", std::numeric_limits<std::uint64_t>::max(), 255, 0), "18446744073709551615 0xff 0x0"},
+      {format(""), ""},
+      {format("100 %% of %@%@", "a", "b"), "100 % of ab"},
+      {format("%@ %@ %@ %@", object, object.get(), *object, NSString::stringClass()), "body body body NSString"},
+      {format("%@ %@ %@ %@", noObject, noRef, nullptr, absent), "(null) (null) (null) (null)"},
+      {format("<%@> <%s> <%s>", StringRef(""), std::string(), noText), "<> <> <(null)>"},
+      {format("%s %s %s", std::string("a"), std::string_view("b"), StringRef("c")), "a b c"},
+      {format("%@ %@", apart::Unit{7}, "%@"), "unit 7 %@"},
+      {format("%p %#x", at(0xBEEF), at(0x1234567890abcdef)), "0xbeef 0x1234567890abcdef"},
+      {format("%p %#x %p %p", noObject, nullptr, noRef, at(0)), "0x0 0x0 0x0 0x0"},
+      {format("%d %d %d %d", 0, -1, true, std::numeric_limits<std::int64_t>::min()), "0 -1 1 -9223372036854775808"},
+      {format("%d %#x %#x", std::numeric_limits<std::uint64_t>::max(), 255, 0), "18446744073709551615 0xff 0x0"},
   };
   for (const auto& row : table) EXPECT_EQ(row.printed, row.expected);
-  EXPECT_EQ(zt::format("%p", object), zt::format("%#x", address(object.get())));
+  EXPECT_EQ(format("%p", object), format("%#x", address(object.get())));
 }
 
 TEST(FormatTest, RefusesATextThatDoesNotFitItsArguments) {
