@@ -3,23 +3,15 @@
 /// An OpenDocument text as it lies on the disk: a flat file, a package or a folder.
 
 #include <document/Finding.h>
+#include <document/package/ZipReader.h>
 #include <document/xml/XmlPart.h>
 
-#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 namespace zt {
-
-/// How much a document may hold. What is larger is refused with a clear error, so that a small
-/// package that inflates without end costs no more than this.
-struct PackageLimits {
-  std::size_t partBytes = std::size_t{256} << 20;     ///< one part, uncompressed
-  std::size_t manifestBytes = std::size_t{16} << 20;  ///< the list of the parts of a package
-  std::size_t entryCount = 100'000;                   ///< entries of a package
-};
 
 /// The parts of a document that tell of styles. Nothing else of a package is opened, and names in
 /// it never become paths.
