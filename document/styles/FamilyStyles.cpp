@@ -40,7 +40,8 @@ class FamilyStyleClass : public ZTSStyleClassOf<FamilyStyle<kFamily>> {
 std::vector<PropertyKey> references(StyleFamily family) {
   std::vector<PropertyKey> found;
   if (family == StyleFamily::paragraph) found.push_back(keys::listStyle());
-  if (family == StyleFamily::listLevel) found.push_back(keys::levelTextStyle());
+  if (family == StyleFamily::listLevel) found = {keys::levelTextStyle(), keys::levelParagraphStyle()};
+  if (family == StyleFamily::table) found = keys::tableConditions();
   if (family == StyleFamily::list) {
     for (std::size_t level = 1; level <= keys::kListLevels; ++level) found.push_back(keys::listLevel(level));
   }

@@ -15,7 +15,8 @@ class FamilyStyle : public std::conditional_t<isShapeFamily(kFamily), ShapeStyle
   static const ZTSStyleClass& styleClass();
   const ZTSStyleClass& classObject() const override { return styleClass(); }
   [[nodiscard]] StyleFamily family() const override { return kFamily; }
-  /// Paragraph styles refer to list styles, list styles to their levels, levels to text styles.
+  /// Paragraph styles refer to list styles, list styles to their levels, levels to text styles and to the paragraph
+  /// styles that they number, table styles to the styles of their parts.
   const std::vector<PropertyKey>& referencedStyleProperties() const override;
   bool isReferencedStyleProperty(PropertyKey key) const override;
 

@@ -35,6 +35,7 @@ PropertyRule makeRule(std::string_view group, const PropertyRow& row) {
       case 'S': rule.kinds |= kStyle; break;
       case '.': rule.prefersPoints = true; break;
       case '!': rule.isInherited = false; break;
+      case '~': rule.isToggle = true; break;
       default: break;
     }
   }
@@ -214,6 +215,27 @@ PropertyKey transparency() {
 PropertyKey levelTextStyle() {
   static const PropertyKey key("level.text.style-name");
   return key;
+}
+
+PropertyKey levelParagraphStyle() {
+  static const PropertyKey key("level.w.pStyle");
+  return key;
+}
+
+PropertyKey listLevelNumber() {
+  static const PropertyKey key("style.style.list-level");
+  return key;
+}
+
+const std::vector<PropertyKey>& tableConditions() {
+  static const auto& conditions = *new std::vector<PropertyKey>([] {
+    std::vector<PropertyKey> found;
+    for (const PropertyKey key : knownProperties(StyleFamily::table)) {
+      if (propertyRule(key)->kinds == kStyle && key.view().starts_with("table.")) found.push_back(key);
+    }
+    return found;
+  }());
+  return conditions;
 }
 
 }  // namespace keys

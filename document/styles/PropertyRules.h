@@ -1,7 +1,7 @@
 #pragma once
 /// @file
-/// What this application knows about the properties of OpenDocument styles: which there are, what
-/// their values may be, how a value is read from text.
+/// What this application knows about the properties of styles, those of OpenDocument and of
+/// WordprocessingML: which there are, what their values may be, how a value is read from text.
 
 #include <document/styles/StyleFamily.h>
 
@@ -35,6 +35,7 @@ struct PropertyRule {
   bool isShareOfParent = false;  ///< a percentage is a share of what the parent has
   bool isInherited = true;       ///< false: a style has what it sets itself, or nothing
   bool prefersPoints = false;    ///< how people write its lengths
+  bool isToggle = false;         ///< true of two kinds of styles on one text is false again
 };
 
 /// "paragraph", "fo", "margin-left" gives `paragraph.fo.margin-left`: a valid XML name.
@@ -61,11 +62,14 @@ PropertyKey listStyle();
 PropertyKey masterPage();
 PropertyKey nextStyle();
 PropertyKey linkedStyle();
-PropertyKey otherFamily();                 ///< the family's name, on styles of `StyleFamily::other`
-PropertyKey listLevel(std::size_t level);  ///< 1 to 10: the style of a level of a list style
-PropertyKey levelTextStyle();              ///< of a level: the text style of its number or bullet
-PropertyKey opacity();                     ///< of a shape's fill, as files store it
-PropertyKey transparency();                ///< of a shape's fill, as people set it: derived from the opacity
+PropertyKey otherFamily();                          ///< the family's name, on styles of `StyleFamily::other`
+PropertyKey listLevel(std::size_t level);           ///< 1 to 10: the style of a level of a list style
+PropertyKey levelTextStyle();                       ///< of a level: the text style of its number or bullet
+PropertyKey levelParagraphStyle();                  ///< of a level: the paragraph style that it numbers
+PropertyKey listLevelNumber();                      ///< of a paragraph: the level of its list, from 0
+const std::vector<PropertyKey>& tableConditions();  ///< of a table style: the styles of its parts ("firstRow", ...)
+PropertyKey opacity();                              ///< of a shape's fill, as files store it
+PropertyKey transparency();                         ///< of a shape's fill, as people set it: derived from the opacity
 inline constexpr std::size_t kListLevels = 10;
 }  // namespace keys
 

@@ -1,6 +1,7 @@
 #include <document/styles/PropertyTable.h>
 
 #include <array>
+#include <vector>
 
 namespace zt {
 
@@ -307,21 +308,29 @@ constexpr std::array kStyleItself = {Row{"style.list-style-name", "S"},
                                      Row{"style.map", "X!"},
                                      Row{"style.family", "T"}};
 
-const std::array kGroups = {PropertyGroup{"text", kText},
-                            PropertyGroup{"paragraph", kParagraph},
-                            PropertyGroup{"table", kTable},
-                            PropertyGroup{"table-column", kTableColumn},
-                            PropertyGroup{"table-row", kTableRow},
-                            PropertyGroup{"table-cell", kTableCell},
-                            PropertyGroup{"section", kSection},
-                            PropertyGroup{"graphic", graphicPropertyRows()},
-                            PropertyGroup{"list-level", kListLevel},
-                            PropertyGroup{"level", kLevel},
-                            PropertyGroup{"list", kList},
-                            PropertyGroup{"style", kStyleItself}};
+std::vector<PropertyGroup> allGroups() {
+  std::vector<PropertyGroup> groups = {PropertyGroup{"text", kText},
+                                       PropertyGroup{"paragraph", kParagraph},
+                                       PropertyGroup{"table", kTable},
+                                       PropertyGroup{"table-column", kTableColumn},
+                                       PropertyGroup{"table-row", kTableRow},
+                                       PropertyGroup{"table-cell", kTableCell},
+                                       PropertyGroup{"section", kSection},
+                                       PropertyGroup{"graphic", graphicPropertyRows()},
+                                       PropertyGroup{"list-level", kListLevel},
+                                       PropertyGroup{"level", kLevel},
+                                       PropertyGroup{"list", kList},
+                                       PropertyGroup{"style", kStyleItself}};
+  const auto word = wordPropertyGroups();
+  groups.insert(groups.end(), word.begin(), word.end());
+  return groups;
+}
 
 }  // namespace
 
-std::span<const PropertyGroup> propertyGroups() { return kGroups; }
+std::span<const PropertyGroup> propertyGroups() {
+  static const auto& groups = *new std::vector<PropertyGroup>(allGroups());
+  return groups;
+}
 
 }  // namespace zt

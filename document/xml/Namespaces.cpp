@@ -58,6 +58,17 @@ constexpr std::array kNamespaces = {
     Row{"xsi", "http://www.w3.org/2001/XMLSchema-instance"},
     Row{"grddl", "http://www.w3.org/2003/g/data-view#"},
     Row{"xml", "http://www.w3.org/XML/1998/namespace"},
+    // ECMA-376: the transitional address of a namespace first, the strict one after it.
+    Row{"w", "http://schemas.openxmlformats.org/wordprocessingml/2006/main"},
+    Row{"w", "http://purl.oclc.org/ooxml/wordprocessingml/main"},
+    Row{"a", "http://schemas.openxmlformats.org/drawingml/2006/main"},
+    Row{"a", "http://purl.oclc.org/ooxml/drawingml/main"},
+    Row{"r", "http://schemas.openxmlformats.org/officeDocument/2006/relationships"},
+    Row{"r", "http://purl.oclc.org/ooxml/officeDocument/relationships"},
+    Row{"mc", "http://schemas.openxmlformats.org/markup-compatibility/2006"},
+    Row{"rel", "http://schemas.openxmlformats.org/package/2006/relationships"},
+    Row{"types", "http://schemas.openxmlformats.org/package/2006/content-types"},
+    Row{"w14", "http://schemas.microsoft.com/office/word/2010/wordml"},
 };
 
 bool isNameByte(char byte) {

@@ -1,6 +1,7 @@
 #pragma once
 /// @file
-/// Names of OpenDocument by namespace address. The prefix that a file happens to use means nothing.
+/// Names of OpenDocument and WordprocessingML by namespace address. The prefix that a file happens to use means
+/// nothing.
 
 #include <string>
 #include <string_view>
