@@ -13,7 +13,7 @@ set(ZT_FLOOR_DIRECTORY_ztstyles src/ztstyles)
 set(ZT_FLOOR_DIRECTORY_inspection inspection)
 
 # The floors of the application, which use the library as everybody does, through what it exports.
-set(ZT_APPLICATION_FLOORS document insight opendocument tool)
+set(ZT_APPLICATION_FLOORS document insight opendocument wordprocessing tool)
 foreach(floor IN LISTS ZT_APPLICATION_FLOORS)
   set(ZT_FLOOR_DIRECTORY_${floor} ${floor})
 endforeach()

@@ -2,8 +2,10 @@
 #include <insight/statistics/ModelStatistics.h>
 #include <insight/validation/FindingsJson.h>
 #include <opendocument/statistics/Stats.h>
+#include <tool/Formats.h>
 #include <tool/commands/Commands.h>
 #include <tool/console/Report.h>
+#include <wordprocessing/WordFormat.h>
 
 #include <ostream>
 
@@ -25,7 +27,7 @@ class StatsCommand : public Command {
   }
 
   ExitCode run(const Console& console) override {
-    if (isArchive(mFile)) return runOnArchive(console);
+    if (isArchive(mFile) || wordFormat().recognises(mFile)) return runOnModel(console);
     const RawDocument document = RawDocument::read(Package::read(mFile));
     nlohmann::ordered_json statistics = styleStatistics(document);
     if (mAsJson) {
@@ -39,9 +41,9 @@ class StatsCommand : public Command {
   }
 
  private:
-  // An archive holds styles and no text: it can be counted, but not searched for what is redundant in a file.
-  ExitCode runOnArchive(const Console& console) const {
-    const Ref<ZTDocument> document = readArchive(mFile);
+  // What a file of OpenDocument says redundantly is counted on its text. Of others the model is counted.
+  ExitCode runOnModel(const Console& console) const {
+    const Ref<ZTDocument> document = readDocument(mFile);
     const nlohmann::ordered_json counts = modelStatistics(*document);
     if (mAsJson) {
       nlohmann::ordered_json json = counts;

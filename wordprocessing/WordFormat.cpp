@@ -1,0 +1,22 @@
+#include <wordprocessing/WordFormat.h>
+
+#include <wordprocessing/reading/WordImporter.h>
+
+namespace zt {
+
+const DocumentFormat& wordFormat() {
+  class Word final : public DocumentFormat {
+   public:
+    [[nodiscard]] std::string_view name() const override { return "WordprocessingML"; }
+    [[nodiscard]] bool recognises(const std::filesystem::path& path) const override {
+      return WordPackage::recognises(path);
+    }
+    [[nodiscard]] Ref<ZTDocument> read(const std::filesystem::path& path) const override {
+      return importWord(WordDocument::read(WordPackage::read(path))).document;
+    }
+  };
+  static const Word format;
+  return format;
+}
+
+}  // namespace zt
