@@ -15,8 +15,8 @@ const DocumentFormat& wordFormat() {
       return importWord(WordDocument::read(WordPackage::read(path))).document;
     }
   };
-  static const Word format;
-  return format;
+  static const Word word;
+  return word;
 }
 
 }  // namespace zt
