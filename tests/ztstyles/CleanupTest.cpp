@@ -74,7 +74,8 @@ TEST_F(CleanupTest, RemovesNothingDuringUndoAndSurvivesWhatTheHostThrows) {
   NSLogRecorder lines;
   host.undo->undo();
   EXPECT_EQ(lines.takeMessages(), line);
-  EXPECT_TRUE(count() == 1 && host.cleanups == 0);
+  EXPECT_EQ(count(), 1u);
+  EXPECT_EQ(host.cleanups, 0);
   host.undo->removeAllActions();
 
   add("b"), add("c");
@@ -83,7 +84,8 @@ TEST_F(CleanupTest, RemovesNothingDuringUndoAndSurvivesWhatTheHostThrows) {
   };
   sheet->cleanupUnusedStyles();
   EXPECT_EQ(lines.takeMessages(), line);
-  EXPECT_TRUE(count() == 2 && host.cleanups == 1);
+  EXPECT_EQ(count(), 2u);
+  EXPECT_EQ(host.cleanups, 1);
   host.whenAsked = [](ZTSStyle&) { throw 5; };
   EXPECT_THROW(sheet->cleanupUnusedStyles(), int);
   host.whenAsked = {};

@@ -18,7 +18,9 @@ TEST(ComparisonTest, ComparesStructureNotIdentity) {
       .name = "Name", .identifier = "id", .parentIdentifier = "p", .overridePropertyMap = map.get()};
   const Ref<TestStyle> one = make<TestStyle>(fields);
   const Ref<NSObject> copied = one->copy();
-  EXPECT_TRUE(copied != one && one->isEqual(copied.get()) && one->hash() == copied->hash());
+  EXPECT_NE(copied, one);
+  EXPECT_TRUE(one->isEqual(copied.get()));
+  EXPECT_EQ(one->hash(), copied->hash());
   one->p_setValueForProperty(Value(2.0), size);
   EXPECT_TRUE(one->isEqual(copied.get())) << "numbers are compared as numbers, and the copy has a map of its own";
 
@@ -29,11 +31,13 @@ TEST(ComparisonTest, ComparesStructureNotIdentity) {
     ZTSStyleFields varied = fields;
     vary(varied);
     const Ref<TestStyle> two = make<TestStyle>(varied);
-    EXPECT_FALSE(one->isEqual(two.get()) || two->isEqual(one.get()));
+    EXPECT_FALSE(one->isEqual(two.get()));
+    EXPECT_FALSE(two->isEqual(one.get()));
     EXPECT_EQ(one->isEqualCompareNames(two.get(), CompareNames::no), !two->isNamed());
   }
-  EXPECT_FALSE(one->isEqual(make<TestAggregate>(fields).get()) || one->isEqual(nullptr) ||
-               one->isEqual(NSNull::null()));
+  EXPECT_FALSE(one->isEqual(make<TestAggregate>(fields).get()));
+  EXPECT_FALSE(one->isEqual(nullptr));
+  EXPECT_FALSE(one->isEqual(NSNull::null()));
   EXPECT_EQ(scene.style(nullptr).hash(), 0u);
   EXPECT_EQ(one->stableHash(), base.stableHash());
 
@@ -59,10 +63,12 @@ TEST(ComparisonTest, EndsOnCyclesAndSharedLayersAndForgetsWhatItAssumed) {
   TestStyle* a[2] = {&scene.detached(), &scene.detached()};
   TestStyle* b[2] = {&scene.detached(), &scene.detached()};
   for (int side : {0, 1}) link(*a[side], list, *b[side]), link(*b[side], list, *a[side]);
-  EXPECT_TRUE(a[0]->isEqual(a[1]) && b[0]->isEqual(b[1]));
+  EXPECT_TRUE(a[0]->isEqual(a[1]));
+  EXPECT_TRUE(b[0]->isEqual(b[1]));
   // The pair of the b rests on that of the a, which differs after all: the finding must not outlive it.
   a[0]->p_setValueForProperty(Value(1), size);
-  EXPECT_FALSE(a[0]->isEqual(a[1]) || b[0]->isEqual(b[1]));
+  EXPECT_FALSE(a[0]->isEqual(a[1]));
+  EXPECT_FALSE(b[0]->isEqual(b[1]));
   const auto listOf = [](TestStyle* x, TestStyle* y) {
     return NSArray::withObjects({Ref<NSObject>(x), Ref<NSObject>(y)});
   };
@@ -81,7 +87,8 @@ TEST(ComparisonTest, EndsOnCyclesAndSharedLayersAndForgetsWhatItAssumed) {
     }
     tops[side] = left;
   }
-  EXPECT_TRUE(tops[0]->isEqual(tops[1]) && tops[0]->isEqualCompareNames(tops[1], CompareNames::no));
+  EXPECT_TRUE(tops[0]->isEqual(tops[1]));
+  EXPECT_TRUE(tops[0]->isEqualCompareNames(tops[1], CompareNames::no));
 
   // A chain of a length that no stack would hold, compared from the root down.
   Scene other;
@@ -124,8 +131,12 @@ TEST(ComparisonTest, SortsNamelessStylesFirst) {
   const auto compare = [](StringRef left, StringRef right) {
     return make<TestStyle>({.name = left})->compareByName(make<TestStyle>({.name = right}).get());
   };
-  EXPECT_TRUE(compare({}, "") == 0 && compare("", "A") == -1 && compare("A", {}) == 1 && compare("A", "A") == 0);
-  EXPECT_TRUE(compare("A", "a") == -1 && compare("a", "\xc3\x84") == -1) << "by bytes";
+  EXPECT_EQ(compare({}, ""), 0);
+  EXPECT_EQ(compare("", "A"), -1);
+  EXPECT_EQ(compare("A", {}), 1);
+  EXPECT_EQ(compare("A", "A"), 0);
+  EXPECT_EQ(compare("A", "a"), -1) << "by bytes";
+  EXPECT_EQ(compare("a", "\xc3\x84"), -1) << "by bytes";
   ZTUAssertionRecorder reports;
   EXPECT_EQ(make<TestStyle>({.name = "A"})->compareByName(nullptr), 1);
   EXPECT_EQ(make<TestStyle>()->compareByName(nullptr), 0);

@@ -34,42 +34,67 @@ TEST_F(IdentifyTest, NamesAndShadowsForAllBelowWithoutTellingAnybody) {
   scene.sheet->addObserver(&recorder);
   scene.sheet->identifyStyle(ref(style), "new");
   EXPECT_EQ(scene.host.undo->undoActionNames(), (NSUndoManager::ActionNames{{"anonymizeStyle:"}}));
-  EXPECT_TRUE(scene.sheet->anonymousStyles().isEmpty() && valueOf(child, size) == 5);
+  EXPECT_TRUE(scene.sheet->anonymousStyles().isEmpty());
+  EXPECT_EQ(valueOf(child, size), 5);
   lower->identifyStyle(ref(nearer), "new");
   EXPECT_EQ(child.parent(), &nearer);
   lower->anonymizeStyle(ref(nearer));
   EXPECT_EQ(child.parent(), &style);
   for (int steps = 0; steps < 3; ++steps) scene.undo();
-  EXPECT_TRUE(scene.sheet->anonymousStyles().containsObject(&style) && child.parent() == nullptr);
+  EXPECT_TRUE(scene.sheet->anonymousStyles().containsObject(&style));
+  EXPECT_EQ(child.parent(), nullptr);
   EXPECT_TRUE(log.empty());
   scene.sheet->removeObserver(&recorder);
 }
 
-TEST_F(IdentifyTest, RenamesWithAllSomeOrNoChildren) {
-  ZTUAssertionRecorder reports;
+/// A style with a child beside it, and one in a stylesheet below that is called as it is, which must not keep a
+/// renaming from being undone.
+class RenameTest : public IdentifyTest {
+ public:
   TestStyle& style = scene.style("old");
   TestStyle& kept = scene.style({}, "old");
-  TestStyle& other = below("old", "old");  // specialises it, which must not keep the renaming from being undone
-  const auto areChildren = [&](bool keptIs, bool otherIs) {
-    return (kept.parent() == &style) == keptIs && (other.parent() == &style) == otherIs &&
-           style.children().count() == (keptIs ? 1u : 0u) + (otherIs ? 1u : 0u) && scene.sheet->indexesAreRight() &&
-           lower->indexesAreRight();
-  };
+  TestStyle& other = below("old", "old");
+
+  [[nodiscard]] std::vector<ZTSStyle*> children() const { return style.children().allObjects(); }
+  const std::vector<ZTSStyle*> both{&kept, &other}, one{&kept}, none{};
+
+ protected:
+  void TearDown() override {
+    EXPECT_TRUE(scene.sheet->indexesAreRight());
+    EXPECT_TRUE(lower->indexesAreRight());
+    EXPECT_TRUE(mReports.reports().empty());
+  }
+
+ private:
+  ZTUAssertionRecorder mReports;
+};
+
+TEST_F(RenameTest, KeepsAllChildrenAndRenamesWhatTheyLookFor) {
   scene.sheet->identifyStyleKeepingAllChildren(ref(style), "new", true);
-  EXPECT_TRUE(areChildren(true, true) && other.parentIdentifier() == "new");
+  EXPECT_THAT(children(), ::testing::UnorderedElementsAreArray(both));
+  EXPECT_EQ(other.parentIdentifier(), "new");
   scene.undo();
-  EXPECT_TRUE(areChildren(true, true) && style.identifier() == "old" && kept.parentIdentifier() == "old");
+  EXPECT_THAT(children(), ::testing::UnorderedElementsAreArray(both));
+  EXPECT_EQ(style.identifier(), "old");
+  EXPECT_EQ(kept.parentIdentifier(), "old");
+}
+
+TEST_F(RenameTest, KeepsSomeChildren) {
   ZTUMutablePointerSet<ZTSStyle> some;
   some.addObject(&kept);
   scene.sheet->identifyStyleKeepingChildren(ref(style), "new", &some);
-  EXPECT_TRUE(areChildren(true, false));
+  EXPECT_EQ(children(), one);
   scene.undo();
-  EXPECT_TRUE(areChildren(true, true));
+  EXPECT_THAT(children(), ::testing::UnorderedElementsAreArray(both));
   scene.redo();
-  EXPECT_TRUE(areChildren(true, false));
+  EXPECT_EQ(children(), one);
+}
+
+TEST_F(RenameTest, KeepsNoChildren) {
   scene.sheet->identifyStyleKeepingAllChildren(ref(style), "newer", false);
-  EXPECT_TRUE(areChildren(false, false));
-  EXPECT_TRUE(reports.reports().empty());
+  EXPECT_EQ(children(), none);
+  EXPECT_EQ(kept.parent(), nullptr);
+  EXPECT_EQ(other.parent(), nullptr);
 }
 
 TEST_F(IdentifyTest, RefusesAnIdentifierThatIsTakenOrWouldCaptureAKeptChild) {
@@ -83,7 +108,9 @@ TEST_F(IdentifyTest, RefusesAnIdentifierThatIsTakenOrWouldCaptureAKeptChild) {
   scene.sheet->identifyStyleKeepingAllChildren(ref(style), "c", true);
   EXPECT_EQ(reports.descriptions(),
             (Log{taken(holder, *scene.sheet, "b"), taken(style, *scene.sheet, "a"), taken(captor, *lower, "c")}));
-  EXPECT_TRUE(!scene.host.undo->canUndo() && style.identifier() == "a" && child.parent() == &style);
+  EXPECT_FALSE(scene.host.undo->canUndo());
+  EXPECT_EQ(style.identifier(), "a");
+  EXPECT_EQ(child.parent(), &style);
   scene.sheet->identifyStyle(ref(style), "c");  // nobody is kept, nobody is captured
   EXPECT_EQ(style.identifier(), "c");
   EXPECT_EQ(reports.reports().size(), 3u);

@@ -7,35 +7,61 @@
 namespace zt::testing {
 namespace {
 
-TEST(LookupTest, NearestSetterWinsAndTheSentinelHides) {
+/// A root, a style that sets something anew, and one that sets something to explicitly no value.
+struct Chain {
   Scene scene;
   TestStyle& root = scene.style("root", {}, {{size, 1}, {weight, 4}});
   TestStyle& middle = scene.style("middle", "root", {{size, 2}});
   TestStyle& leaf = scene.style("leaf", "middle", {{weight, NSNull::null()}});
-  EXPECT_TRUE(valueOf(leaf, size) == 2 && valueOf(root, size) == 1);
-  EXPECT_EQ(leaf.valueForProperty(weight), nullptr);
-  EXPECT_TRUE(isNull(leaf.p_valueForProperty(weight)));
-  EXPECT_TRUE(leaf.definesProperty(weight) && leaf.overridesProperty(weight) && leaf.definesProperty(size));
-  EXPECT_FALSE(leaf.overridesProperty(size) || leaf.definesProperty(colour));
-  EXPECT_FALSE(leaf.valuesForProperty(weight).has_value());
-  EXPECT_EQ(leaf.valueForProperty(PropertyKey()), nullptr);
-  EXPECT_TRUE(leaf.propertyMap()->isEqual(*mapOf({{size, 2}, {weight, NSNull::null()}})));
-  EXPECT_EQ(middle.overridePropertyMap(), middle.overridePropertyMap());  // the live map itself
+};
 
-  TestStyle& plain = scene.style("plain", "middle");
-  EXPECT_TRUE(plain.overridePropertyMap() == nullptr && plain.propertyMap()->isEqual(*middle.propertyMap()));
+TEST(LookupTest, NearestSetterWins) {
+  const Chain chain;
+  EXPECT_EQ(valueOf(chain.root, size), 1);
+  EXPECT_EQ(valueOf(chain.middle, size), 2);
+  EXPECT_EQ(valueOf(chain.leaf, size), 2);
+  EXPECT_EQ(valueOf(chain.middle, weight), 4);
+  EXPECT_EQ(chain.leaf.valueForProperty(colour), nullptr);
+  EXPECT_EQ(chain.leaf.valueForProperty(PropertyKey()), nullptr);
+}
+
+TEST(LookupTest, TheSentinelHidesWhatIsAbove) {
+  const Chain chain;
+  EXPECT_EQ(chain.leaf.valueForProperty(weight), nullptr);
+  EXPECT_TRUE(isNull(chain.leaf.p_valueForProperty(weight)));
+  EXPECT_FALSE(chain.leaf.valuesForProperty(weight).has_value());
+  EXPECT_TRUE(chain.leaf.overridesProperty(weight)) << "it is an entry as any other";
+  EXPECT_TRUE(chain.leaf.propertyMap()->isEqual(*mapOf({{size, 2}, {weight, NSNull::null()}})));
+}
+
+TEST(LookupTest, TellsOwnEntriesFromInheritedOnes) {
+  const Chain chain;
+  EXPECT_TRUE(chain.leaf.definesProperty(size));
+  EXPECT_FALSE(chain.leaf.overridesProperty(size));
+  EXPECT_TRUE(chain.leaf.definesProperty(weight));
+  EXPECT_FALSE(chain.leaf.definesProperty(colour));
+}
+
+TEST(LookupTest, AFlattenedMapIsTheCallersAndTheOwnMapIsTheStyles) {
+  Chain chain;
+  EXPECT_EQ(chain.middle.overridePropertyMap(), chain.middle.overridePropertyMap());
+  TestStyle& plain = chain.scene.style("plain", "middle");
+  EXPECT_EQ(plain.overridePropertyMap(), nullptr);
+  EXPECT_TRUE(plain.propertyMap()->isEqual(*chain.middle.propertyMap()));
   plain.propertyMap()->set(size, NSNumber::withInteger(99));
-  EXPECT_EQ(valueOf(middle, size), 2);
-  EXPECT_EQ(scene.style("bare").propertyMap(), nullptr);
+  EXPECT_EQ(valueOf(chain.middle, size), 2);
+  EXPECT_EQ(chain.scene.style("bare").propertyMap(), nullptr);
 }
 
 TEST(LookupTest, AnswersAnInspector) {
   Scene scene;
   TestStyle& style = scene.style("a", {}, {{size, 1}});
-  EXPECT_TRUE(style.canInspectProperty(size) && style.canMutateProperty(weight));
+  EXPECT_TRUE(style.canInspectProperty(size));
+  EXPECT_TRUE(style.canMutateProperty(weight));
   EXPECT_FALSE(style.canInspectProperty("nonsense"));
   style.setIsLocked(true);
-  EXPECT_TRUE(style.canInspectProperty(size) && style.mutableProperties() == nullptr);
+  EXPECT_TRUE(style.canInspectProperty(size));
+  EXPECT_EQ(style.mutableProperties(), nullptr);
   EXPECT_FALSE(style.canMutateProperty(size));
   const auto values = style.valuesForPropertiesWithScope(*PropertySet::with({size, weight}), nullptr);
   ASSERT_EQ(values.size(), 1u);

@@ -54,7 +54,8 @@ TEST(OverridesTest, CollapsesAndClearsInOneUndoableStep) {
   for (TestStyle* each : {&locked, &root}) each->collapseOverriddenPropertyValues();
   locked.clearOverriddenPropertyValues();
   EXPECT_FALSE(scene.host.undo->canUndo());
-  EXPECT_TRUE(locked.overridesProperty(size) && root.overridesProperty(size));
+  EXPECT_TRUE(locked.overridesProperty(size));
+  EXPECT_TRUE(root.overridesProperty(size));
   for (int twice = 0; twice < 2; ++twice) {
     style.collapseOverriddenPropertyValues();
     EXPECT_EQ(style.overridePropertyMap()->count(), 1u);

@@ -130,7 +130,9 @@ TEST(PropagationTest, ObserversAndListenersMayDoAnything) {
     kept.reset();
   });
   kept->setValuesForProperties(*mapOf({{size, 1}}));
-  EXPECT_TRUE(posts == 1 && sheet == nullptr && kept == nullptr);
+  EXPECT_EQ(posts, 1);
+  EXPECT_EQ(sheet, nullptr);
+  EXPECT_EQ(kept, nullptr);
 }
 
 TEST(PropagationTest, IsWholeAgainAfterAnException) {
@@ -288,9 +290,10 @@ TEST(ChangeInfoTest, ComparesEachKeyOncePerChange) {
       ZTSStyleChangeInfo::cascadedFrom(change.get(), &child, PropertySet::with({size}));
   EXPECT_EQ(text(*cascaded), "1 size");
   EXPECT_EQ(was->comparisons, 1);
-  EXPECT_TRUE(cascaded->style() == &child && cascaded->originalStyle() == &root);
-  EXPECT_TRUE(cascaded->originalChangedProperties() == change->changedProperties() &&
-              cascaded->oldPropertyMap() == change->oldPropertyMap());
+  EXPECT_EQ(cascaded->style(), &child);
+  EXPECT_EQ(cascaded->originalStyle(), &root);
+  EXPECT_EQ(cascaded->originalChangedProperties(), change->changedProperties());
+  EXPECT_EQ(cascaded->oldPropertyMap(), change->oldPropertyMap());
 }
 
 TEST(ChangeInfoTest, SaysWhatItIsAndRefusesToComeFromNothing) {

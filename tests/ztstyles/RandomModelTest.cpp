@@ -141,7 +141,8 @@ class RandomModel {
       EXPECT_EQ(reportsOf(*copy), Log{});
       EXPECT_EQ(copy->styles().count(), sheet->styles().count());
       if (!mHasRefusedParent) {
-        EXPECT_TRUE(copy->isEqual(sheet.get()) && sheet->isEqual(copy));
+        EXPECT_TRUE(copy->isEqual(sheet.get()));
+        EXPECT_TRUE(sheet->isEqual(copy));
         EXPECT_EQ(copy->hash(), sheet->hash());
       }
     }
@@ -158,7 +159,8 @@ class RandomModel {
     loaded.sheet->setHost(&mHost);
     loaded.sheet->parent()->setHost(&mHost);
     if (!mHasRefusedParent) {
-      EXPECT_TRUE(loaded.sheet->isEqual(mLower.get()) && mLower->isEqual(loaded.sheet.get()));
+      EXPECT_TRUE(loaded.sheet->isEqual(mLower.get()));
+      EXPECT_TRUE(mLower->isEqual(loaded.sheet.get()));
       EXPECT_EQ(archived(*loaded.sheet), text);
     }
     EXPECT_EQ(reportsOf(*loaded.sheet), Log{});
@@ -412,7 +414,8 @@ class RandomModel {
     if (style.parent() != named) {
       const ZTSStyle* ancestor = named;
       while (ancestor != nullptr && ancestor != &style) ancestor = ancestor->parent();
-      EXPECT_TRUE(style.parent() == nullptr && ancestor == &style) << "only a parent that closes a loop is left out";
+      EXPECT_EQ(style.parent(), nullptr) << "only a parent that closes a loop is left out";
+      EXPECT_EQ(ancestor, &style) << "only a parent that closes a loop is left out";
       mHasRefusedParent = true;
     }
 

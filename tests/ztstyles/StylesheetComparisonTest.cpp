@@ -34,52 +34,65 @@ struct Family {
   TestAggregate& aggregate = scene.style<TestAggregate>({}, {}, {{list, anonymous}, {label, base}});
 };
 
-TEST(StylesheetCopyTest, HoldsCopiesThatFindTheirParentsAmongTheCopiesAndLetsGoOfEverything) {
+TEST(StylesheetCopyTest, StandsUnderTheSameParentWithTheSameHost) {
   Family family;
-  ZTSStylesheet& sheet = family.sheet;
-  family.aggregate.incrementUsageCount();
-  family.lone.setName("Lone");
-  sheet.enableUnusedStyleCleanup();
+  family.sheet.enableUnusedStyleCleanup();
   SheetRecorder recorder(family.scene.log);
-  sheet.addObserver(&recorder);
-  SheetListener listener;
-  const std::size_t undoGroups = family.scene.host.undo->undoGroupCount();
-
-  Ref<ZTSStylesheet> copy = copyOf(sheet);
+  family.sheet.addObserver(&recorder);
+  const Ref<ZTSStylesheet> copy = copyOf(family.sheet);
   ASSERT_NE(copy, nullptr);
   EXPECT_EQ(copy->parent(), family.above.sheet.get());
   EXPECT_TRUE(family.above.sheet->children().containsObject(copy.get()));
   EXPECT_EQ(copy->host(), &family.scene.host);
-  EXPECT_TRUE(copy->isChangeCommunicationEnabled() && !copy->isUnusedStyleCleanupEnabled());
+  EXPECT_TRUE(copy->isChangeCommunicationEnabled());
+  EXPECT_FALSE(copy->isUnusedStyleCleanupEnabled());
   EXPECT_TRUE(copy->observers().isEmpty());
-  EXPECT_EQ(listener.log, Log{"parent"});
-  EXPECT_EQ(family.scene.host.undo->undoGroupCount(), undoGroups);
+  family.sheet.removeObserver(&recorder);
+}
 
-  // Parents before children, roots first.
-  Log order;
+TEST(StylesheetCopyTest, OnlyItsParentIsToldAndNothingIsRegisteredForUndo) {
+  Family family;
+  SheetListener listener;
+  const std::size_t undoGroups = family.scene.host.undo->undoGroupCount();
+  const Ref<ZTSStylesheet> copy = copyOf(family.sheet);
+  EXPECT_EQ(std::exchange(listener.log, {}), Log{"parent"});
+  EXPECT_EQ(family.scene.host.undo->undoGroupCount(), undoGroups);
+  EXPECT_EQ(copyOf(*family.above.sheet)->parent(), nullptr);
+  EXPECT_EQ(listener.log, Log{}) << "a copy without parent";
+}
+
+TEST(StylesheetCopyTest, ItsStylesFindTheirParentsAmongTheCopies) {
+  Family family;
+  family.aggregate.incrementUsageCount();
+  family.lone.setName("Lone");
+  const Ref<ZTSStylesheet> copy = copyOf(family.sheet);
+  Log order;  // parents before children, roots first
   for (const auto& entry : copy->identifiedStyleEnumerator()) order.push_back(entry.key.text());
   EXPECT_EQ(order, (Log{"lone", "h1", "orphan", "h2"}));
   ZTSStyle* h1 = copy->styleWithIdentifier("h1");
-  ZTSStyle* h2 = copy->styleWithIdentifier("h2");
   EXPECT_NE(h1, &family.h1);
   EXPECT_EQ(h1->parent(), &family.base);
-  EXPECT_EQ(h2->parent(), h1);
+  EXPECT_EQ(copy->styleWithIdentifier("h2")->parent(), h1);
   EXPECT_EQ(copy->styleWithIdentifier("lone")->name(), "Lone");
   EXPECT_EQ(copy->anonymousStyles().count(), 2u);
-  for (ZTSStyle* style : copy->styles()) EXPECT_TRUE(style->stylesheet() == copy.get() && style->usageCount() == 0);
+  for (ZTSStyle* style : copy->styles()) {
+    EXPECT_EQ(style->stylesheet(), copy.get());
+    EXPECT_EQ(style->usageCount(), 0u);
+  }
+}
 
-  // The receiver hears nothing of the copy's life.
-  h1->setValueForProperty(NSNumber::withInteger(9), weight);
+TEST(StylesheetCopyTest, LivesAndDiesWithoutTheOriginalNoticing) {
+  Family family;
+  const auto linksOfBase = [&] { return family.base.children().count() + family.base.observers().count(); };
+  const std::size_t before = linksOfBase();
+  Ref<ZTSStylesheet> copy = copyOf(family.sheet);
+  copy->styleWithIdentifier("h1")->setValueForProperty(NSNumber::withInteger(9), weight);
   EXPECT_EQ(valueOf(family.h2, weight), -1);
-  sheet.removeObserver(&recorder);
-  EXPECT_EQ(family.base.children().count() + family.base.observers().count(), 4u);
+  EXPECT_EQ(linksOfBase(), 2 * before);
   family.scene.host.undo->removeAllActions();
   copy.reset();
-  EXPECT_EQ(family.base.children().count() + family.base.observers().count(), 2u);
+  EXPECT_EQ(linksOfBase(), before);
   EXPECT_EQ(family.above.sheet->children().count(), 1u);
-  listener.log.clear();
-  EXPECT_EQ(copyOf(*family.above.sheet)->parent(), nullptr);
-  EXPECT_EQ(listener.log, Log{});
 }
 
 void setWeight(const ZTSStylesheet& sheet, Ref<NSObject> value) {
@@ -150,9 +163,11 @@ TEST(StylesheetEqualityTest, FollowsALongChainAndForgetsWhatItFoundThere) {
   const Ref<ZTSStylesheet> copy = copyOf(*scene.sheet);
   for (const int level : {0, 150, 299}) {
     const StringRef identifier("level" + std::to_string(level));
-    EXPECT_TRUE(scene.sheet->isEqual(copy.get()) && copy->isEqual(scene.sheet.get()));
+    EXPECT_TRUE(scene.sheet->isEqual(copy.get()));
+    EXPECT_TRUE(copy->isEqual(scene.sheet.get()));
     copy->styleWithIdentifier(identifier)->p_setValueForProperty(NSNumber::withInteger(-1), size);
-    EXPECT_FALSE(scene.sheet->isEqual(copy.get()) || copy->isEqual(scene.sheet.get())) << level;
+    EXPECT_FALSE(scene.sheet->isEqual(copy.get())) << level;
+    EXPECT_FALSE(copy->isEqual(scene.sheet.get())) << level;
     EXPECT_FALSE(scene.sheet->anonymousStyles().anyObject()->isEqual(copy->anonymousStyles().anyObject())) << level;
     copy->styleWithIdentifier(identifier)->p_setValueForProperty(NSNumber::withInteger(level), size);
   }
@@ -173,7 +188,8 @@ TEST(StyleFindingsTest, KeepsNothingThatRestedOnAnAssumptionThatFailed) {
   };
   Ring one(1), alike(1), two(2);
   const ZTSStyleFindings findings;
-  EXPECT_TRUE(one.end.isEqual(&alike.end) && one.other.isEqual(&alike.other));
+  EXPECT_TRUE(one.end.isEqual(&alike.end));
+  EXPECT_TRUE(one.other.isEqual(&alike.other));
   EXPECT_FALSE(one.end.isEqual(&two.end));
   EXPECT_FALSE(one.other.isEqual(&two.other));
 }

@@ -48,7 +48,8 @@ TEST(StylesheetObserversTest, TellDescendantsFirstThenOwnThenTheCentre) {
   EXPECT_EQ(std::exchange(log, {}), (Log{"below parent", "left parent", "parent changed"}));
   top.sheet->setIsChangeCommunicationEnabled(false);
   top.undo();  // of the removal; undo and everything else goes on
-  EXPECT_TRUE(top.sheet->holdsStyle(style) && log.empty());
+  EXPECT_TRUE(top.sheet->holdsStyle(style));
+  EXPECT_TRUE(log.empty());
 }
 
 TEST(StylesheetObserversTest, MayChangeEverythingWhileTheyAreTold) {
@@ -99,7 +100,8 @@ struct Hooked : ZTSStyleOf<Hooked, TestStyle> {
 
 TEST(StylesheetObserversTest, ForwardTrackingAndDocumentHooks) {
   Scene scene;
-  EXPECT_FALSE(scene.sheet->isTrackingChanges() || scene.sheet->currentChangeTrackingSession() != nullptr);
+  EXPECT_FALSE(scene.sheet->isTrackingChanges());
+  EXPECT_EQ(scene.sheet->currentChangeTrackingSession(), nullptr);
   Tracking<TestHost> host;
   TestHost plain;
   const Ref<Tracking<TestDocument>> tracking = make<Tracking<TestDocument>>();
@@ -107,8 +109,10 @@ TEST(StylesheetObserversTest, ForwardTrackingAndDocumentHooks) {
   for (const auto& [each, session] :
        {std::pair<TestHost*, Ref<NSObject>>(&host, host.session), {&plain, tracking->session}}) {
     scene.sheet->setHost(each);
-    EXPECT_TRUE(scene.sheet->isTrackingChanges() && scene.sheet->currentChangeTrackingSession() == session);
-    EXPECT_FALSE(scene.sheet->changeTrackingHasChanges() || scene.sheet->changeTrackingChanges() != nullptr);
+    EXPECT_TRUE(scene.sheet->isTrackingChanges());
+    EXPECT_EQ(scene.sheet->currentChangeTrackingSession(), session);
+    EXPECT_FALSE(scene.sheet->changeTrackingHasChanges());
+    EXPECT_EQ(scene.sheet->changeTrackingChanges(), nullptr);
   }
   plain.hasDocument = false;
   EXPECT_FALSE(scene.sheet->isTrackingChanges());

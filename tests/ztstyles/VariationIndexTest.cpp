@@ -161,7 +161,8 @@ class Play {
       EXPECT_EQ(found, expected);
       return;
     }
-    ASSERT_TRUE(found && found->stylesheet() == &sheet);
+    ASSERT_TRUE(found);
+    ASSERT_EQ(found->stylesheet(), &sheet);
     pool.push_back(found);
   }
 
@@ -235,7 +236,8 @@ TEST(VariationIndexTest, AnswersTheVeryStyleThatAWalkWouldFind) {
       SCOPED_TRACE(step);
       play.below(2) == 0 ? play.changeSomething() : play.compareSearches();
       if (step % 50 != 0) continue;
-      ASSERT_TRUE(play.scene.sheet->indexesAreRight() && play.lower->indexesAreRight());
+      ASSERT_TRUE(play.scene.sheet->indexesAreRight());
+      ASSERT_TRUE(play.lower->indexesAreRight());
       for (int base : {0, 1, 2}) crowded += play.pool[static_cast<std::size_t>(base)]->children().count() > 20 ? 1 : 0;
     }
     hits += play.hits;

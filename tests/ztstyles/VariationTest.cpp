@@ -23,32 +23,48 @@ class VariationTest : public ::testing::Test {
 
 TEST_F(VariationTest, AsksTwiceAndGetsTheSameStyle) {
   const Ref<ZTSStyle> big = vary(base, {{size, 12}});
-  EXPECT_TRUE(big->isAnonymous() && big->parent() == &base && valueOf(*big, size) == 12);
+  EXPECT_TRUE(big->isAnonymous());
+  EXPECT_EQ(big->parent(), &base);
+  EXPECT_EQ(valueOf(*big, size), 12);
   EXPECT_EQ(vary(base, {{size, 12.0}}), big);
-  EXPECT_EQ(vary(*big, {}), big);              // exactly its own overrides
-  EXPECT_EQ(vary(*big, {{size, 10}}), &base);  // as the base
-  EXPECT_EQ(vary(base, {}), &base);
+  EXPECT_EQ(vary(*big, {}), big) << "exactly its own overrides";
+}
 
+TEST_F(VariationTest, TheBaseItselfAnswersWhereNothingDiffersFromIt) {
+  EXPECT_EQ(vary(base, {}), &base);
+  EXPECT_EQ(vary(*vary(base, {{size, 12}}), {{size, 10}}), &base);
+}
+
+TEST_F(VariationTest, LockedAndUnlockedStylesDoNotStandForOneAnother) {
+  const Ref<ZTSStyle> big = vary(base, {{size, 12}});
   const Ref<ZTSStyle> locked = vary(base, {{size, 12}}, {.isLocked = true});
   EXPECT_NE(locked, big);
   EXPECT_EQ(vary(base, {{size, 12}}, {.isLocked = true}), locked);
-  const Ref<ZTSStyle> lockedBase = vary(base, {}, {.isLocked = true});  // the base is not locked
-  EXPECT_FALSE(lockedBase == &base || lockedBase->overridesAnyProperty());
-  EXPECT_EQ(count(), 4u);
-  EXPECT_EQ(scene.host.undo->undoActionNames().size(), 3u);
+  const Ref<ZTSStyle> lockedBase = vary(base, {}, {.isLocked = true});
+  EXPECT_NE(lockedBase, &base);
+  EXPECT_FALSE(lockedBase->overridesAnyProperty());
+}
+
+TEST_F(VariationTest, MakingOneIsUndoneAndOneThatIsGoneAnswersNoMore) {
+  const std::size_t before = count();
+  const Ref<ZTSStyle> locked = vary(base, {}, {.isLocked = true});
+  EXPECT_EQ(count(), before + 1);
+  EXPECT_EQ(scene.host.undo->undoActionNames().size(), 1u);
   scene.undo();
-  EXPECT_EQ(lockedBase->stylesheet(), nullptr);
-  EXPECT_NE(vary(base, {}, {.isLocked = true}), lockedBase);
+  EXPECT_EQ(locked->stylesheet(), nullptr);
+  EXPECT_NE(vary(base, {}, {.isLocked = true}), locked);
 }
 
 TEST_F(VariationTest, MakesOneEachTimeWhereNothingMayBeReused) {
   TestAggregate& aggregate = scene.style<TestAggregate>("aggregate", "base", {{weight, 2}});
   const Ref<ZTSStyle> made = vary(aggregate, {{size, 10}, {weight, 3}}, {.identifier = "one", .canReuse = false});
-  EXPECT_TRUE(made->identifier() == "one" && made->parent() == &aggregate);
+  EXPECT_EQ(made->identifier(), "one");
+  EXPECT_EQ(made->parent(), &aggregate);
   EXPECT_EQ(&made->classObject(), &TestAggregate::styleClass());
   EXPECT_TRUE(made->overridePropertyMap()->isEqual(*mapOf({{weight, 3}})));
   const Ref<ZTSStyle> bare = vary(base, {}, {.canReuse = false});
-  EXPECT_FALSE(bare == &base || bare->overridesAnyProperty());
+  EXPECT_NE(bare, &base);
+  EXPECT_FALSE(bare->overridesAnyProperty());
 }
 
 TEST_F(VariationTest, CollapsesOrCarriesWhatAnAnonymousStyleOverrides) {
@@ -97,7 +113,9 @@ TEST_F(VariationTest, ARecordAnswersAndRemembersAStyleThatLooksAsBeforeTheChange
   style.setValuesForProperties(*change);
   const Ref<const ZTSStyleChangeInfo> record = recorded.record;
   const Ref<ZTSStyle> before = record->unchangedVariation();
-  EXPECT_TRUE(before->parent() == &style && before->isLocked() && before->isAnonymous());
+  EXPECT_EQ(before->parent(), &style);
+  EXPECT_TRUE(before->isLocked());
+  EXPECT_TRUE(before->isAnonymous());
   EXPECT_TRUE(before->overridePropertyMap()->isEqual(*mapOf({{weight, 1}, {label, base}})));
   style.setValuesForProperties(*mapOf({{weight, 1}, {label, base}}));
   EXPECT_EQ(record->unchangedVariation(), before);
@@ -122,46 +140,55 @@ struct ListStyle : TestStyle {
   };
 };
 
-TEST_F(VariationTest, SaysWhatIsWrongAndGoesOn) {
+TEST_F(VariationTest, ReportsAStyleThatIsMissingAndAnIdentifierThatCannotBeHad) {
   ZTUAssertionRecorder reports;
-  ZTULogRecorder logs;
   EXPECT_EQ(scene.sheet->variationOfStyle(nullptr, {.identifier = "x"}), nullptr);
   EXPECT_THAT(reports.descriptions(), ElementsAre("Cannot create variation of nil style <0x0>.",
                                                   " Cannot specify non-nil identifier if variation may be reused."));
-  reports.takeReports();
+}
 
+TEST_F(VariationTest, ReportsAnAnonymousStyleWithoutParentAndGoesOnWithoutBase) {
+  ZTUAssertionRecorder reports;
   TestStyle& orphan = scene.style({}, "nowhere", {{size, 1}});
   EXPECT_EQ(vary(orphan, {}), &orphan);
   EXPECT_FALSE(vary(orphan, {{size, 2}})->parentIdentifier().isPresent());
   EXPECT_EQ(reports.descriptions(),
             Log(4, format("Cannot create variation of anonymous style <%p> with no parent.", address(&orphan))));
-  reports.takeReports();
+}
 
-  // A style of elsewhere, whose base is another here, or is not here at all.
+/// What is said where the base of a style is another one, or none, in the stylesheet that makes the variation.
+std::string differs(const ZTSStyle& style, const ZTSStyle* its, const ZTSStyle* reachable) {
+  return format(
+      "In creating variation of style <%p> in stylesheet <%p>; base style <%p> and reachable base style <%p> are not "
+      "equivalent.",
+      address(&style), address(style.stylesheet()), address(its), address(reachable));
+}
+
+TEST_F(VariationTest, ReportsABaseThatIsAnotherStyleHereAndTakesTheOneHere) {
+  ZTUAssertionRecorder reports;
   Scene elsewhere;
   TestStyle& foreign = elsewhere.style("base", {}, {{size, 11}});
-  TestStyle& defaultList = elsewhere.style("list-default");
   TestStyle& varied = elsewhere.style({}, "base", {{weight, 1}});
-  const auto differs = [&](ZTSStyle& style, ZTSStyle* its, ZTSStyle* reachable) {
-    return format(
-        "In creating variation of style <%p> in stylesheet <%p>; base style <%p> and reachable base style <%p> are not "
-        "equivalent.",
-        address(&style), address(style.stylesheet()), address(its), address(reachable));
-  };
   const Ref<ZTSStyle> here = vary(varied, {});
   EXPECT_EQ(here->parent(), &base);
   EXPECT_THAT(reports.takeReports()[0].description, differs(varied, &foreign, &base));
   foreign.setValueForProperty(Value(10), size);
   foreign.setName("other name");
   EXPECT_EQ(vary(varied, {}), here);
-  EXPECT_TRUE(reports.reports().empty());  // names are not compared
+  EXPECT_TRUE(reports.reports().empty()) << "names are not compared";
+}
 
+TEST_F(VariationTest, LogsADefaultListStyleThatIsNotHere) {
+  ZTUAssertionRecorder reports;
+  ZTULogRecorder logs;
+  Scene elsewhere;
+  TestStyle& defaultList = elsewhere.style("list-default");
   static const ListStyle::Class listClass("ZTWPListStyle", TestStyle::styleClass(), sceneKeys());
   EXPECT_EQ(vary(defaultList, {{size, 1}})->parent(), nullptr);
   EXPECT_TRUE(reports.reports().empty());
   ASSERT_EQ(logs.entries().size(), 1u);
-  EXPECT_TRUE(logs.entries()[0].level == kZTULogNotice &&
-              logs.entries()[0].message == differs(defaultList, &defaultList, nullptr));
+  EXPECT_EQ(logs.entries()[0].level, kZTULogNotice);
+  EXPECT_EQ(logs.entries()[0].message, differs(defaultList, &defaultList, nullptr));
 }
 
 TEST_F(VariationTest, FindsOrMakesAnonymousStylesOfAClass) {

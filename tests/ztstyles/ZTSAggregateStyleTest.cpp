@@ -57,7 +57,8 @@ TEST(AggregateTest, PassesItsOrphanCountOnInsideAStylesheetAndLogsOneUseTooFew) 
   ZTUAssertionRecorder reports;
   a.decrementUsageCount();
   ASSERT_EQ(log.entries().size(), 1u);
-  EXPECT_TRUE(log.entries()[0].level == 10 && log.entries()[0].message.ends_with("whose usage count is 0."));
+  EXPECT_EQ(log.entries()[0].level, 10);
+  EXPECT_TRUE(log.entries()[0].message.ends_with("whose usage count is 0."));
   EXPECT_THAT(reports.reports(), IsEmpty());
 }
 
@@ -75,7 +76,11 @@ TEST(AggregateTest, KeepsItsCountsWhenAChangeIsRefused) {
     } catch (const NSInternalInconsistencyException& exception) {
       reason = exception.reason();
     }
-    EXPECT_TRUE(reason == "not a style" || (refused->contains(size) && !reason.empty())) << reason;
+    if (refused->contains(size)) {
+      EXPECT_NE(reason, "");
+    } else {
+      EXPECT_EQ(reason, "not a style");
+    }
   }
   EXPECT_EQ(stateOf(r1, a), (State{2, 2}));
   EXPECT_EQ(stateOf(r2, a), (State{0, 0}));
@@ -148,41 +153,59 @@ TEST(AggregateTest, CountsAreFiniteInCycles) {
   EXPECT_THAT(members(a.referencedStyles()), ElementsAre(&b));
   EXPECT_THAT(members(a.recursivelyReferencedStyles()), ElementsAre(&b));
   a.incrementUsageCount();
-  EXPECT_TRUE(a.usageCount() == 1 && b.usageCount() == 1);
+  EXPECT_EQ(a.usageCount(), 1u);
+  EXPECT_EQ(b.usageCount(), 1u);
   a.decrementUsageCount();
   EXPECT_EQ(a.usageCount() + b.usageCount(), 0u);
   a.incrementOrphanCount();  // nothing guards these: the step comes back once
-  EXPECT_TRUE(a.orphanCount() == 2 && b.orphanCount() == 1);
+  EXPECT_EQ(a.orphanCount(), 2u);
+  EXPECT_EQ(b.orphanCount(), 1u);
 }
 
-TEST(AggregateTest, AnswersValuesReferencesAndStandIns) {
+/// A root that refers to a style, and a child that refers explicitly to none.
+struct TalkingScene {
   Scene scene;
   TestStyle& r = scene.style("r");
   TestStyle& standIn = scene.style("standIn");
   TalkingAggregate& root = scene.style<TalkingAggregate>("root", {}, {{list, r}});
   TalkingAggregate& child = scene.style<TalkingAggregate>("child", "root", {{list, NSNull::null()}});
-  EXPECT_TRUE(child.valueForProperty(list) == nullptr && child.valueForProperty(label) == nullptr);
-  EXPECT_THAT(members(child.referencedStyles()), IsEmpty());
-  EXPECT_EQ(child.implicitlyReferencedStyles(), std::nullopt);
-  root.standIn.reset(&standIn);
-  child.asked = 0;
-  EXPECT_EQ(child.valueForProperty(label), &standIn);  // the root's answer comes first
-  EXPECT_EQ(child.asked, 0);
-  EXPECT_EQ(child.valueForProperty(size), nullptr);
-  EXPECT_EQ(child.asked, 1);
-  EXPECT_THAT(members(root.implicitlyReferencedStyles()), ElementsAre(&standIn));
-  // Only own values are references; what a parent refers to is the parent's.
-  child.removeValueForProperty(list);
-  EXPECT_EQ(child.valueForProperty(list), &r);
-  EXPECT_THAT(members(child.referencedStyles()), IsEmpty());
-  EXPECT_EQ(TestStyle::styleClass().makeStyle()->referencedStyles(), std::nullopt);
-  EXPECT_EQ(child.strongReferencedStyleProperties(), child.referencedStyleProperties());
-  EXPECT_THAT(child.weakReferencedStyleProperties(), IsEmpty());
+};
 
-  child.nested = "ask";
-  const std::string text = child.description();
-  EXPECT_TRUE(text.ends_with("; referencedStyles=(list, label)>")) << text;
-  EXPECT_EQ(child.nested, format("<%s %p>", "TalkingAggregate", address(&child)));
+TEST(AggregateTest, RefersToWhatItsOwnValuesNameAndLeavesAParentsReferencesToTheParent) {
+  TalkingScene play;
+  EXPECT_EQ(play.child.valueForProperty(list), nullptr);
+  EXPECT_THAT(members(play.child.referencedStyles()), IsEmpty());
+  play.child.removeValueForProperty(list);
+  EXPECT_EQ(play.child.valueForProperty(list), &play.r);
+  EXPECT_THAT(members(play.child.referencedStyles()), IsEmpty());
+  EXPECT_THAT(members(play.root.referencedStyles()), ElementsAre(&play.r));
+  EXPECT_EQ(TestStyle::styleClass().makeStyle()->referencedStyles(), std::nullopt);
+}
+
+TEST(AggregateTest, AsksForAStandInWhereNobodyHasAValueTheRootFirst) {
+  TalkingScene play;
+  EXPECT_EQ(play.child.valueForProperty(label), nullptr);
+  EXPECT_EQ(play.child.implicitlyReferencedStyles(), std::nullopt);
+  play.root.standIn.reset(&play.standIn);
+  play.child.asked = 0;
+  EXPECT_EQ(play.child.valueForProperty(label), &play.standIn);
+  EXPECT_EQ(play.child.asked, 0) << "the root has answered";
+  EXPECT_EQ(play.child.valueForProperty(size), nullptr);
+  EXPECT_EQ(play.child.asked, 1);
+  EXPECT_THAT(members(play.root.implicitlyReferencedStyles()), ElementsAre(&play.standIn));
+}
+
+TEST(AggregateTest, HoldsAllItsReferencesStronglyUnlessItsClassSaysOtherwise) {
+  const TalkingScene play;
+  EXPECT_EQ(play.child.strongReferencedStyleProperties(), play.child.referencedStyleProperties());
+  EXPECT_THAT(play.child.weakReferencedStyleProperties(), IsEmpty());
+}
+
+TEST(AggregateTest, DescribesItselfBrieflyWhileItIsBeingDescribed) {
+  TalkingScene play;
+  play.child.nested = "ask";
+  EXPECT_THAT(play.child.description(), ::testing::EndsWith("; referencedStyles=(list, label)>"));
+  EXPECT_EQ(play.child.nested, format("<%s %p>", "TalkingAggregate", address(&play.child)));
 }
 
 TEST(AggregateTest, LetsGoOfAncestorsStylesWhenItsStylesheetDies) {

@@ -59,35 +59,51 @@ std::string stored(const ZTSStyle& style) {
 
 TEST(DerivingStyleTest, StoresSourcesAndShowsBoth) {
   Scene scene;
-  ZTUAssertionRecorder reports;
   TestStyle& r = scene.style("r");
   TenfoldStyle& style = scene.style<TenfoldStyle>("d", {}, {{weight, 30}, {list, r}, {colour, 1}});
   EXPECT_THAT(stored(style), AllOf(HasSubstr("size = 3"), Not(HasSubstr("weight"))));
   EXPECT_EQ(r.observers().countForObject(&style), 1u);
-  EXPECT_TRUE(style.overridesProperty(weight) && style.overridePropertyMap()->contains(weight));
+  EXPECT_TRUE(style.overridesProperty(weight));
+  EXPECT_TRUE(style.overridePropertyMap()->contains(weight));
+  EXPECT_EQ(style.truePropertyMapFromPropertyMap(style.ZTSStyle::overridePropertyMap()),
+            style.ZTSStyle::overridePropertyMap());
+}
 
-  TenfoldStyle& child = scene.style<TenfoldStyle>({}, "d");
-  EXPECT_TRUE(child.overrideValueForProperty(weight) == nullptr && child.overridePropertyMap() == nullptr);
-  EXPECT_TRUE(child.definesProperty(weight) && valueOf(child, weight) == 30);
+TEST(DerivingStyleTest, InheritsWhatItsSourcesInherit) {
+  Scene scene;
+  scene.style<TenfoldStyle>("d", {}, {{weight, 30}});
+  const TenfoldStyle& child = scene.style<TenfoldStyle>({}, "d");
+  EXPECT_EQ(child.overrideValueForProperty(weight), nullptr);
+  EXPECT_EQ(child.overridePropertyMap(), nullptr);
+  EXPECT_TRUE(child.definesProperty(weight));
+  EXPECT_EQ(valueOf(child, weight), 30);
   EXPECT_EQ(NSNumber::from(child.propertyMap()->find(weight))->integerValue(), 30);
-  child.setValueForProperty(Value(70), weight);
-  EXPECT_EQ(stored(child), "{size = 7; }");
-  EXPECT_EQ(NSNumber::from(child.overrideValueForProperty(weight).get())->integerValue(), 70);
-  child.setValueForProperty({}, weight);
-  EXPECT_EQ(child.valueForProperty(weight), nullptr);
+}
+
+TEST(DerivingStyleTest, SettingADerivedPropertySetsItsSourceUndoably) {
+  Scene scene;
+  TenfoldStyle& style = scene.style<TenfoldStyle>("d");
+  style.setValueForProperty(Value(70), weight);
+  EXPECT_EQ(stored(style), "{size = 7; }");
+  EXPECT_EQ(NSNumber::from(style.overrideValueForProperty(weight).get())->integerValue(), 70);
+  style.setValueForProperty({}, weight);
+  EXPECT_EQ(style.valueForProperty(weight), nullptr);
   for (const char* before : {"{size = 7; }", "none"}) {
     scene.undo();
-    EXPECT_EQ(stored(child), before);
+    EXPECT_EQ(stored(style), before);
   }
-  child.lockedStyleSetValuesForProperties(*mapOf({{weight, 20}}), 0);
-  EXPECT_EQ(stored(child), "{size = 2; }");
-  EXPECT_EQ(child.truePropertyMapFromPropertyMap(child.ZTSStyle::overridePropertyMap()),
-            child.ZTSStyle::overridePropertyMap());
+  style.lockedStyleSetValuesForProperties(*mapOf({{weight, 20}}), 0);
+  EXPECT_EQ(stored(style), "{size = 2; }");
+}
+
+TEST(DerivingStyleTest, ReportsADerivedPropertyThatIsStored) {
+  Scene scene;
+  ZTUAssertionRecorder reports;
+  TenfoldStyle& style = scene.style<TenfoldStyle>("d", {}, {{weight, 30}});
   style.validate();
   EXPECT_THAT(reports.reports(), IsEmpty());
-
-  child.p_setValueForProperty(NSNumber::withInteger(1), weight);
-  child.validate();
+  style.p_setValueForProperty(NSNumber::withInteger(1), weight);
+  style.validate();
   EXPECT_THAT(reports.descriptions(), ElementsAre("Found derived property weight in property map."));
 }
 
@@ -107,7 +123,8 @@ TEST(DerivingStyleTest, RemovesSourcesButNotBehindALock) {
   const Ref<ZTSStyle> withoutHooks = ZTSDerivingStyle::styleClass().makeStyle();
   withoutHooks->p_setValueForProperty(NSNumber::withInteger(3), size);
   EXPECT_EQ(valueOf(*withoutHooks, size), 3);
-  EXPECT_FALSE(withoutHooks->overridesProperty(size) || withoutHooks->definesProperty(size));
+  EXPECT_FALSE(withoutHooks->overridesProperty(size));
+  EXPECT_FALSE(withoutHooks->definesProperty(size));
   EXPECT_EQ(withoutHooks->overridePropertyMap(), withoutHooks->ZTSStyle::overridePropertyMap());
 }
 
@@ -134,8 +151,10 @@ TEST(DerivingStyleTest, FindsTheSameVariationAgain) {
   };
   const Ref<ZTSStyle> first = vary(base, mapOf({{weight, 50}}));
   EXPECT_EQ(stored(*first), "{size = 5; }");
-  for (const auto& map : {mapOf({{weight, 50}}), mapOf({{size, 5}}), mapOf({{weight, 50}, {colour, 1}})})
-    EXPECT_TRUE(vary(base, map) == first && vary(*first, map) == first);
+  for (const auto& map : {mapOf({{weight, 50}}), mapOf({{size, 5}}), mapOf({{weight, 50}, {colour, 1}})}) {
+    EXPECT_EQ(vary(base, map), first);
+    EXPECT_EQ(vary(*first, map), first);
+  }
   EXPECT_EQ(vary(*first, mapOf({{weight, 30}})), &base);
 }
 
@@ -158,7 +177,9 @@ TEST(DeepCopyTest, LinksTheCopiesAmongThemselves) {
     const Ref<ZTSStyle> copyOfB = aggregate(byIdentifier[0]).p_referencedStyleForProperty(list);
     const Ref<ZTSStyle> copyOfC = aggregate(copyOfB.get()).p_referencedStyleForProperty(list);
     EXPECT_EQ(aggregate(byIdentifier[0]).p_referencedStyleForProperty(label), byIdentifier[0]);
-    EXPECT_TRUE(copyOfB != &b && copyOfC != &c && valueOf(*copyOfC, size) == 1);
+    EXPECT_NE(copyOfB, &b);
+    EXPECT_NE(copyOfC, &c);
+    EXPECT_EQ(valueOf(*copyOfC, size), 1);
     EXPECT_TRUE(byIdentifier[1] == nullptr || copyOfB == byIdentifier[1]);
     EXPECT_TRUE(byIdentifier[2] == nullptr || copyOfC == byIdentifier[2]);
     byIdentifier[0]->p_setPropertyMap({});  // it held itself
@@ -251,7 +272,8 @@ TEST(AdditionsTest, ChangeEveryElementThatCanBeChanged) {
   TestStyle& open = scene.style("open");
   TestStyle& locked = scene.style("locked", {}, {}, true);
   makeObjectsSetValueForProperty(std::vector<ZTSStyle*>{&open, nullptr, &locked}, NSNumber::withInteger(5), size);
-  EXPECT_TRUE(valueOf(open, size) == 5 && valueOf(locked, size) == -1);
+  EXPECT_EQ(valueOf(open, size), 5);
+  EXPECT_EQ(valueOf(locked, size), -1);
   setValuesForProperties(scene.sheet->retainedStyles(), *mapOf({{size, 6}}));
   EXPECT_EQ(valueOf(locked, size), 6);
 }

@@ -35,7 +35,8 @@ TEST(DowngradeStylesheetTest, EveryStyleOfTheFamilyHasACopyThatRefersToCopies) {
   for (ZTSStyle* style : {&family.body, static_cast<ZTSStyle*>(&family.h1), static_cast<ZTSStyle*>(&family.loose)}) {
     ZTSStyle& standIn = family.copyOf(*style);
     EXPECT_EQ(&standIn.classObject(), &style->classObject());
-    EXPECT_TRUE(standIn.identifier() == style->identifier() && standIn.parentIdentifier() == style->parentIdentifier());
+    EXPECT_EQ(standIn.identifier(), style->identifier());
+    EXPECT_EQ(standIn.parentIdentifier(), style->parentIdentifier());
     EXPECT_EQ(standIn.isLocked(), style->isLocked());
     EXPECT_EQ(standIn.stylesheet(), style->stylesheet()->downgradeStylesheetWithArchiver(*family.archiver).get());
   }
