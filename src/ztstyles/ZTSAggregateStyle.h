@@ -5,6 +5,8 @@
 
 namespace zt {
 
+class ZTFirstFailure;
+
 /// From a style to the one that takes its place, by identity.
 using ZTSStyleMap = ZTUPointerKeyDictionaryOf<ZTSStyle, ZTSStyle>;
 
@@ -50,27 +52,26 @@ class ZT_EXPORT ZTSAggregateStyle : public ZTSStyle {
   std::optional<ZTSStyleSet> recursivelyReferencedStyles() const override;
   /// @}
 
-  /// @name Mutation
-  /// Implemented in ZTSAggregateStyleMutation.cpp, the reading of an archive in ZTSStylePersistenceAdditions.cpp. As in
-  /// `ZTSStyle`, with the observation of the affected references ended before and begun after. A value of a
-  /// referenced-style property that is neither a style nor the null sentinel (nor none) raises
-  /// `NSInternalInconsistencyException`.
+  /// @name Observing what it refers to
+  /// Implemented in ZTSAggregateStyleObservation.cpp. Every change of own values ends the observation of the
+  /// references concerned before and begins it after, by way of the hooks. A value of a referenced-style property that
+  /// is neither a style nor the null sentinel (nor none) raises `NSInternalInconsistencyException`, except where undo
+  /// puts it back.
   /// @{
 
-  void setValueForProperty(Ref<NSObject> value, PropertyKey key) override;
-  void setValuesForProperties(const PropertyMap& values) override;
-  void removeValueForProperty(PropertyKey key) override;
-  void removeValuesForProperties(const PropertySet& keys) override;
-  void lockedStyleSetValuesForProperties(const PropertyMap& values, std::int32_t flags) override;
-  void lockedStyleRemoveValuesForProperties(const PropertySet& keys, std::int32_t flags) override;
-  void unconditionalRemoveValueForProperty(PropertyKey key) override;
+  void entriesWillChange(ZTSEntriesChange& change) override;
+  void entriesDidChange(const ZTSEntriesChange& change) override;
+  /// As in `ZTSStyle`; ends observing under the old stylesheet and begins under the new one. What a reference
+  /// throws reaches the caller once the link is what was asked for.
   void setStylesheet(ZTSStylesheet* stylesheet) override;
   void archivingSetStylesheet(ZTSStylesheet* stylesheet) override;
-  /// As in `ZTSStyle`; a stored value of a referenced-style property that is no style is reported and dropped.
-  Ref<NSObject> initMoreWithXMLUnarchiver(ZTAXMLUnarchiver& unarchiver, _xmlNode* node) override;
   /// Ends the observation of what it refers to, then clears the link.
   void cleanup() override;
   /// @}
+
+  /// As in `ZTSStyle`; a stored value of a referenced-style property that is no style is reported and dropped.
+  /// Implemented in ZTSStylePersistenceAdditions.cpp.
+  Ref<NSObject> initMoreWithXMLUnarchiver(ZTAXMLUnarchiver& unarchiver, _xmlNode* node) override;
 
   /// @name Counting
   /// Implemented in ZTSAggregateStyleCounting.cpp.
@@ -109,12 +110,27 @@ class ZT_EXPORT ZTSAggregateStyle : public ZTSStyle {
   /// The style that the own value of a referenced-style property is; none for any other property and where the
   /// value is absent or the null sentinel. Raises `NSInternalInconsistencyException` for any other value.
   Ref<ZTSStyle> p_referencedStyleForProperty(PropertyKey key) const;
-  /// Begin or end observing and counting what the own value refers to; nothing without a reference, for one to
-  /// itself, and outside a stylesheet. Not to be called twice in a row: each call counts.
+  /// Begin or end observing and counting what the own value refers to; beginning does nothing without a reference,
+  /// for one to itself, and outside a stylesheet. Either may be repeated: beginning adds what is missing, ending takes
+  /// back what was given. What is thrown on the way reaches the caller when everything has been tried.
   void p_beginObservingReferencedStyleForProperty(PropertyKey key);
   void p_endObservingReferencedStyleForProperty(PropertyKey key);
   void p_beginObservingAllReferencedStyles();
   void p_endObservingAllReferencedStyles();
+
+  /// A reference that is observed, and which units the style took for it.
+  struct Reference {
+    PropertyKey key;
+    Ref<ZTSStyle> style;
+    bool isObserved = false;
+    bool hasUsageUnit = false;
+    bool hasOrphanUnit = false;
+    [[nodiscard]] bool isEmpty() const noexcept { return !isObserved && !hasUsageUnit && !hasOrphanUnit; }
+  };
+  /// The records of all references that are observed; none outside a stylesheet.
+  [[nodiscard]] const std::vector<Reference>& p_references() const noexcept { return mReferences; }
+  /// The record of one, borrowed until the next change; none if it is not observed.
+  [[nodiscard]] Reference* p_recordOf(PropertyKey key, const ZTSStyle& style) noexcept;
   /// @}
 
  protected:
@@ -122,12 +138,30 @@ class ZT_EXPORT ZTSAggregateStyle : public ZTSStyle {
   ~ZTSAggregateStyle() override;
 
  private:
+  friend class ZTSCountingWalk;
   friend class ZTSStylesheet;
 
+  enum class CountingStep : std::uint8_t { useUp, useDown, orphanUp, orphanDown };
+  /// Calls one of the four counting operations; whether the style took the step.
+  static bool takesStep(ZTFirstFailure& failure, ZTSStyle& style, CountingStep step);
+  void beginReference(ZTFirstFailure& failure, PropertyKey key, const Ref<ZTSStyle>& style);
+  void endReference(ZTFirstFailure& failure, PropertyKey key, const Ref<ZTSStyle>& style);
+  void endReferences(ZTFirstFailure& failure, PropertyKey key, const ZTSStyle* butNotTo);
+  [[nodiscard]] bool isPuttingBack() const;
+  /// Ends what the own value no longer refers to and begins what it does refer to.
+  void followValue(ZTFirstFailure& failure, PropertyKey key);
+  /// The referenced-style properties, and those under which something is still observed.
+  [[nodiscard]] std::vector<PropertyKey> observedProperties() const;
+  template <class Assign>
+  void relink(Assign assign);
+  void letGoOfReferences() noexcept;
   /// Keeps the list of those that were removed from a stylesheet right.
-  void departed(ZTSStylesheet* before) noexcept;
+  void setDepartedFrom(ZTSStylesheet* stylesheet);
 
+  std::vector<Reference> mReferences;
   ZTSStylesheet* mDepartedFrom = nullptr;  // lists this style as removed; cleared by that stylesheet's destructor
+  bool mIsUnfinished = false;              // observing could not begin or end everywhere
+  bool mHasRefusedUse = false;             // a request was ignored while this style passed its own count on
 };
 
 /// The object as an aggregate style, or none.

@@ -43,7 +43,8 @@ class ZT_EXPORT ZTSDerivingStyle : public ZTSAggregateStyle {
   /// @}
 
   /// @name Conversion of maps
-  /// The map itself where there is nothing to convert, else a new one.
+  /// The map itself where there is nothing to convert, else a new one. Where a map to be stored holds a derived
+  /// property beside its source, the source counts.
   /// @{
 
   [[nodiscard]] Ref<const PropertyMap> truePropertyMapFromPropertyMap(Ref<const PropertyMap> map) const;
@@ -67,18 +68,9 @@ class ZT_EXPORT ZTSDerivingStyle : public ZTSAggregateStyle {
                                                       bool canCollapse) const override;
   /// @}
 
-  /// @name Mutation
-  /// What is stored, registered for undo and told are the true properties.
-  /// @{
-
-  void setValueForProperty(Ref<NSObject> value, PropertyKey key) override;
-  void setValuesForProperties(const PropertyMap& values) override;
-  void removeValueForProperty(PropertyKey key) override;
-  void removeValuesForProperties(const PropertySet& keys) override;
-  void lockedStyleSetValuesForProperties(const PropertyMap& values, std::int32_t flags) override;
-  /// A derived property is reported and left out.
-  void lockedStyleRemoveValuesForProperties(const PropertySet& keys, std::int32_t flags) override;
-  /// @}
+  /// What is stored, registered for undo and told are the true properties. Removing a derived one is left to
+  /// `removeDerivedValueForProperty`; on the locked-style way it is reported and left out.
+  void entriesWillChange(ZTSEntriesChange& change) override;
 
   /// Also reports every derived property that stands in the own map.
   void validate() const override;
@@ -90,6 +82,9 @@ class ZT_EXPORT ZTSDerivingStyle : public ZTSAggregateStyle {
  protected:
   ZTSDerivingStyle() = default;
   ~ZTSDerivingStyle() override = default;
+
+ private:
+  void keepTrueKeys(ZTSEntriesChange& change);
 };
 
 }  // namespace zt

@@ -7,6 +7,7 @@
 #include <support/ZTUDocumentObject.h>
 #include <support/ZTUMutablePointerSet.h>
 #include <support/ZTUMutableRetainedPointerSet.h>
+#include <ztstyles/ZTSEntriesChange.h>
 #include <ztstyles/ZTSStyleClass.h>
 #include <ztstyles/ZTSStyleObserver.h>
 #include <ztstyles/ZTSStyleTypes.h>
@@ -192,9 +193,24 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// Whether the value (none where it is to be unset) may be stored. This class refuses every value.
   virtual bool validateValueForProperty(NSObject* value, PropertyKey key) const;
 
-  /// Store or remove the own entry and nothing else. The value must be present.
+  /// Store or remove the own entry and nothing else; indexes follow. The value must be present.
   void p_setValueForProperty(Ref<NSObject> value, PropertyKey key);
   void p_removeValueForProperty(PropertyKey key);
+  /// Removes the own entries that the map has keys of, in one pass.
+  void p_removeValuesForProperties(const PropertyMap& removed);
+  /// @}
+
+  /// @name Hooks of a change
+  /// Implemented in ZTSStyleMutation.cpp. Every mutation of own entries passes both, whichever way it was asked for.
+  /// The base does nothing; an override calls the inherited one.
+  /// @{
+
+  /// Called before anything is checked, registered or stored. May replace what the change is to store or remove, and
+  /// may raise, which ends the change.
+  virtual void entriesWillChange(ZTSEntriesChange& change);
+  /// Called when the change has been stored and told, and also, with what it throws passed over, where the change or
+  /// the first hook has thrown.
+  virtual void entriesDidChange(const ZTSEntriesChange& change);
   /// @}
 
   /// @name Telling
@@ -305,7 +321,7 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// The own entry as stored, borrowed, or none.
   [[nodiscard]] NSObject* rawValueForProperty(PropertyKey key) const { return p_overrideValueForProperty(key); }
   /// Removes the own entry without undo and telling. An aggregate lets go of what it refers to.
-  virtual void unconditionalRemoveValueForProperty(PropertyKey key) { p_removeValueForProperty(key); }
+  virtual void unconditionalRemoveValueForProperty(PropertyKey key);
   /// A new style of the class with the same fields and own values, for an archive of an older version.
   virtual Ref<ZTSStyle> downgradeCopy() const;
   /// The copy that a deep copy makes; the base answers `copy()`.
@@ -365,7 +381,8 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
     kUntried = 8,               // listed in its stylesheet as to be tried at every retry
     kAdjustingUsageCount = 16,  // an aggregate is passing its own usage count on
     kHasVariationIndex = 32,    // its stylesheet keeps an index over its children
-    kIsIndexedValue = 64        // an index has members that hold it as a value
+    kIsIndexedValue = 64,       // an index has members that hold it as a value
+    kUseWasRefused = 128        // its parent, adjusting its own count, did not take the unit for this used child
   };
   [[nodiscard]] bool isPlain(std::uint8_t groups) const noexcept { return (mSmall.mPlainGroups & groups) == groups; }
   void setPlainGroups(std::uint8_t groups) noexcept { mSmall.mPlainGroups = groups; }  // ZTSStyleClass::Plain
@@ -378,6 +395,10 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   void storeStylesheet(ZTSStylesheet* stylesheet);
   /// A style that names a parent and has none is to be tried at the next retry.
   void fileAsUntried();
+  /// The unit of usage that a used child gives its parent, and takes back unless the parent ignored it.
+  void passUseTo(ZTSStyle& parent);
+  void takeUseFrom(ZTSStyle& parent);
+  bool forgetRefusedUse() noexcept;
   [[gnu::noinline]] Ref<NSObject> valueThroughTables(PropertyKey key) const;
   [[nodiscard]] bool isQuietLeaf() const;  // whether a change that comes from the parent ends here unseen
   [[nodiscard]] bool isUnheard() const;    // whether a change of this style's own values ends here unseen
@@ -385,6 +406,14 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   [[nodiscard]] bool isNoticed() const;
   void keepLook(const ZTSStyleChangeInfo& change, const PropertySet& arrived);
   void tellObservers(const ZTSStyleChangeInfo& change);
+  class Changing;  // brings a change through its hooks; in ZTSStyleMutation.cpp
+  /// The changes themselves, between the hooks.
+  void storeEntry(const Ref<NSObject>& value, PropertyKey key);
+  void storeEntries(const Ref<const PropertyMap>& wanted);
+  void removeEntry(PropertyKey key);
+  void removeEntries(const PropertySet& keys);
+  [[nodiscard]] Ref<const PropertySet> keysToRemove(const PropertySet& keys) const;
+  [[nodiscard]] Ref<PropertySet> storedKeys() const;
   class Telling;     // a style and the children that it has yet to tell; in ZTSStylePropagation.cpp
   class Comparison;  // the comparisons under way; in ZTSStyleComparison.cpp
 

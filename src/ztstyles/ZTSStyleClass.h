@@ -63,7 +63,7 @@ class ZT_EXPORT ZTSStyleClass : public ZTClass {
   enum Plain : std::uint8_t {
     plainReading = 1,     ///< valueForProperty, definesProperty, propertyMap (and the default-value hook)
     plainTelling = 2,     ///< stylePropertiesChanged and what it consults
-    plainCounting = 4,    ///< the four counting operations
+    plainCounting = 4,    ///< the four counting operations, and the hooks of a change
     plainMatching = 8,    ///< overridePropertyMap
     plainResolving = 16,  ///< updateParent
     plainComparing = 32,  ///< isEqual, isEqualCompareNames

@@ -38,6 +38,10 @@ using Orphan = decltype(&T::incrementOrphanCount);
 template <class T>
 using Adopt = decltype(&T::decrementOrphanCount);
 template <class T>
+using WillChange = decltype(&T::entriesWillChange);
+template <class T>
+using DidChange = decltype(&T::entriesDidChange);
+template <class T>
 using References = decltype(&T::referencedStyles);
 template <class T>
 using AllReferences = decltype(&T::recursivelyReferencedStyles);
@@ -118,7 +122,7 @@ class ZTSStyleClassOf : public ZTSStyleClass {
     std::uint8_t all = 0;
     if (reads) all |= plainReading;
     if (showsOwn && kLeaves<Plain, Changed, Inspectable, UndoManager>) all |= plainTelling;
-    if (counts) all |= plainCounting;
+    if (counts && kLeaves<Plain, WillChange, DidChange>) all |= plainCounting;
     if (showsOwn) all |= plainMatching;
     if (kLeaves<Plain, Resolve>) all |= plainResolving;
     if (kLeaves<Plain, Equal, EqualCompareNames>) all |= plainComparing;

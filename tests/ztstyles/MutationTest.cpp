@@ -7,6 +7,8 @@
 namespace zt::testing {
 namespace {
 
+using ::testing::ElementsAre;
+
 std::string joined(const Log& lines) {
   std::string text;
   for (const std::string& line : lines) text += (text.empty() ? "" : " | ") + line;
@@ -210,6 +212,56 @@ TEST(MutationTest, WorksDetachedAndThroughWhatAClassOverrides) {
   style.own->undo();
   style.setValuesForProperties(*mapOf({{size, 1}, {weight, 2}}));
   EXPECT_EQ(style.own, nullptr);
+}
+
+/// Notes what passes the hooks of a change, and may refuse it.
+class Gated : public ZTSStyleOf<Gated, TestStyle> {
+ public:
+  static constexpr const char* kClassName = "Gated";
+  void entriesWillChange(ZTSEntriesChange& change) override {
+    std::string keys;
+    change.forEachKey([&](PropertyKey key) { keys += ' ' + std::string(key.view()); });
+    log.push_back(std::string(change.operation) + keys);
+    if (isClosed) throw std::runtime_error("closed");
+  }
+  void entriesDidChange(const ZTSEntriesChange& change) override {
+    log.push_back(std::string("did ") + (change.isRemoval ? "remove" : "store"));
+  }
+  Log log;
+  bool isClosed = false;
+};
+
+TEST(MutationTest, EveryWayToChangeEntriesPassesBothHooks) {
+  Scene scene;
+  Gated& style = scene.style<Gated>("gated");
+  const Ref<PropertyMap> map = mapOf({{size, 1}, {weight, 2}});
+  const Ref<PropertySet> keys = PropertySet::with({size});
+  const std::pair<std::string, std::function<void()>> ways[] = {
+      {"setValue:forProperty: size", [&] { style.setValueForProperty(Value(1), size); }},
+      {"setValuesForProperties: size weight", [&] { style.setValuesForProperties(*map); }},
+      {"lockedStyleSetValuesForProperties:notificationFlags: size weight",
+       [&] { style.lockedStyleSetValuesForProperties(*map, 0); }},
+      {"removeValueForProperty: size", [&] { style.removeValueForProperty(size); }},
+      {"removeValuesForProperties: size", [&] { style.removeValuesForProperties(*keys); }},
+      {"lockedStyleRemoveValuesForProperties:notificationFlags: size",
+       [&] { style.lockedStyleRemoveValuesForProperties(*keys, 0); }},
+      {"unconditionalRemoveValueForProperty: size", [&] { style.unconditionalRemoveValueForProperty(size); }}};
+  for (const auto& [told, change] : ways) {
+    const std::string did = told.find("emove") != std::string::npos ? "did remove" : "did store";
+    style.log.clear();
+    change();
+    EXPECT_THAT(style.log, ElementsAre(told, did));
+
+    const std::string before = describe(*style.overridePropertyMap());
+    const std::size_t steps = scene.host.undo->undoGroupCount();
+    style.log.clear();
+    style.isClosed = true;
+    EXPECT_THROW(change(), std::runtime_error) << told;
+    style.isClosed = false;
+    EXPECT_THAT(style.log, ElementsAre(told, did));
+    EXPECT_EQ(describe(*style.overridePropertyMap()), before);
+    EXPECT_EQ(scene.host.undo->undoGroupCount(), steps);
+  }
 }
 
 }  // namespace

@@ -107,6 +107,103 @@ TEST(DerivingStyleTest, ReportsADerivedPropertyThatIsStored) {
   EXPECT_THAT(reports.descriptions(), ElementsAre("Found derived property weight in property map."));
 }
 
+/// Shows a derived reference: `label` is what `list` is, under another key.
+class AliasStyle : public ZTSStyleOf<AliasStyle, ZTSDerivingStyle> {
+ public:
+  static constexpr const char* kClassName = "AliasStyle";
+  static Ref<const PropertySet> classKeys() { return TenfoldStyle::classKeys(); }
+  bool validateValueForProperty(NSObject*, PropertyKey) const override { return true; }
+  const std::vector<PropertyKey>& referencedStyleProperties() const override {
+    static const std::vector<PropertyKey> keys{label};
+    return keys;
+  }
+  bool isDerivedProperty(PropertyKey key) const override { return key == label; }
+  bool isSourceProperty(PropertyKey key) const override { return key == list; }
+  PropertyKey sourcePropertyForProperty(PropertyKey key) const override { return key == label ? list : key; }
+  Ref<NSObject> deriveValueForProperty(PropertyKey) const override { return valueForProperty(list); }
+  void removeDerivedValueForProperty(PropertyKey) override { removeValueForProperty(list); }
+  void convertToTruePropertyMap(PropertyMap& map) const override {
+    if (const Ref<NSObject> value = map.remove(label)) map.set(list, value);
+  }
+  void convertToDerivedPropertyMap(PropertyMap* map) const override {
+    if (NSObject* value = map != nullptr ? map->find(list) : nullptr) map->set(label, Ref<NSObject>(value));
+  }
+};
+
+TEST(DerivingStyleTest, FollowsAReferenceThatStandsUnderAnotherKey) {
+  Scene scene;
+  TestStyle& r1 = scene.style("r1");
+  TestStyle& r2 = scene.style("r2");
+  AliasStyle& d = scene.style<AliasStyle>("d", {}, {{label, r1}});
+  d.incrementUsageCount();
+  const auto uses = [&](ZTSStyle& r) { return std::pair(r.usageCount(), r.observers().count()); };
+  EXPECT_EQ(uses(r1), std::pair(1u, std::size_t{1}));
+  d.setValueForProperty(Value(r2), list);
+  EXPECT_EQ(uses(r1), std::pair(0u, std::size_t{0}));
+  EXPECT_EQ(uses(r2), std::pair(1u, std::size_t{1}));
+  scene.undo();
+  scene.sheet->removeStyle(Ref<ZTSStyle>(&d));
+  for (TestStyle* r : {&r1, &r2}) EXPECT_EQ(uses(*r), std::pair(0u, std::size_t{0}));
+  scene.host.undo->removeAllActions();
+  r1.setValueForProperty(Value(3), size);
+}
+
+/// `weight` is derived from `size`, many to one: its tens.
+class TensStyle : public ZTSStyleOf<TensStyle, TenfoldStyle> {
+ public:
+  static constexpr const char* kClassName = "TensStyle";
+  Ref<NSObject> deriveValueForProperty(PropertyKey) const override { return tens(valueForProperty(size).get()); }
+  void convertToTruePropertyMap(PropertyMap& map) const override {
+    const Ref<NSObject> derived = map.remove(weight);
+    if (const NSNumber* number = NSNumber::from(derived.get()))
+      map.set(size, NSNumber::withInteger(number->integerValue() * 10));
+  }
+  void convertToDerivedPropertyMap(PropertyMap* map) const override {
+    if (NSObject* source = map != nullptr ? map->find(size) : nullptr) map->set(weight, tens(source));
+  }
+
+ private:
+  static Ref<NSObject> tens(NSObject* value) {
+    const NSNumber* number = NSNumber::from(value);
+    return number != nullptr ? Ref<NSObject>(NSNumber::withInteger(number->integerValue() / 10)) : Ref<NSObject>();
+  }
+};
+
+TEST(DerivingStyleTest, CollapsesAndVariesBySourcesAlone) {
+  Scene scene;
+  scene.style<TensStyle>("body", {}, {{size, 52}, {colour, 1}});
+  TensStyle& child = scene.style<TensStyle>("child", "body", {{size, 57}, {colour, 1}});
+  child.collapseOverriddenPropertyValues();
+  EXPECT_EQ(stored(child), "{size = 57; }");
+
+  const Ref<ZTSStyle> asked = scene.sheet->variationOfStyle(&child, {.propertyMap = mapOf({{size, 12}}).get()});
+  EXPECT_EQ(valueOf(*asked, size), 12);
+  EXPECT_EQ(asked, scene.sheet->variationOfStyle(&child, {.propertyMap = mapOf({{size, 12}}).get()}));
+}
+
+TEST(DerivingStyleTest, ClearsInOneStepWhateverAnObserverDoes) {
+  struct Remover : ZTSStyleObserver {
+    void stylePropertiesChanged(const ZTSStyleChangeInfo&) override {
+      ++told;
+      if (auto action = std::exchange(then, nullptr)) action();
+    }
+    int told = 0;
+    std::function<void()> then;
+  };
+  Scene scene;
+  TenfoldStyle& style = scene.style<TenfoldStyle>("d", {}, {{size, 3}, {colour, 1}});
+  const Ref<TenfoldStyle> held(&style);
+  Remover remover;
+  style.addObserver(&remover);
+  scene.host.undo->removeAllActions();
+  remover.then = [&] { scene.sheet->removeStyle(held); };
+  style.clearOverriddenPropertyValues();
+  EXPECT_EQ(stored(style), "none");
+  EXPECT_EQ(remover.told, 1);
+  while (scene.host.undo->canUndo()) scene.undo();
+  EXPECT_THAT(stored(style), AllOf(HasSubstr("size = 3"), HasSubstr("colour = 1")));
+}
+
 TEST(DerivingStyleTest, RemovesSourcesButNotBehindALock) {
   Scene scene;
   ZTUAssertionRecorder reports;

@@ -1,5 +1,9 @@
 // Setting and removing values. Each operation checks, registers its inverse, changes, and tells.
 //
+// Before anything else and after everything else it passes two hooks, through which references, counts and derived
+// values follow (`Changing`). The first may replace what is to be stored, so that an operation on one entry may go on
+// as one on several.
+//
 // What is handed in may be alive: the style's own map, or a set that an observer changes. Each operation
 // therefore works on a copy of its own, and holds the style, which an observer may release. One that turns to the
 // undo manager twice holds it too: a registration drops what could be redone, which may have kept the document.
@@ -11,6 +15,8 @@
 #include <support/ZTUAssertionHandler.h>
 #include <ztstyles/ZTSStyleChangeInfo.h>
 #include <ztstyles/ZTSStylesheet.h>
+
+#include <utility>
 
 namespace zt {
 
@@ -63,26 +69,74 @@ Ref<ZTSStyleChangeInfo> recordOf(ZTSStyle& style, const Ref<const PropertySet>& 
   return ZTSStyleChangeInfo::p_init(&style, &style, changed, changed, {}, {}, old);
 }
 
-/// Takes the own entries of the keys out of the style and answers them, in the order in which they stood.
-Ref<PropertyMap> takeOwnEntries(ZTSStyle& style, const PropertySet& keys, const PropertyMap* own) {
-  Ref<PropertyMap> taken = PropertyMap::make();
-  if (own == nullptr) return taken;
+/// The own entries of the keys, in the order in which they stand.
+Ref<PropertyMap> ownEntries(const PropertySet& keys, const PropertyMap* own) {
+  Ref<PropertyMap> found = PropertyMap::make();
+  if (own == nullptr) return found;
   for (const auto& [key, value] : *own) {
-    if (keys.contains(key)) taken->set(key, value);
+    if (keys.contains(key)) found->set(key, value);
   }
-  for (const auto& [key, value] : *taken) style.p_removeValueForProperty(key);
-  return taken;
+  return found;
 }
 
 }  // namespace
 
+// ---- The hooks
+
+/// Brings a change through its hooks: `begin` before it, `finish` after it, and if it throws, the second hook on the
+/// way out, where a further failure is passed over. A class that leaves the hooks alone is not called.
+class ZTSStyle::Changing {
+ public:
+  Changing(ZTSStyle& style, ZTSEntriesChange& change) noexcept
+      : mStyle(style.isPlain(ZTSStyleClass::plainCounting) ? nullptr : &style), mChange(change) {}
+  Changing(const Changing&) = delete;
+  Changing& operator=(const Changing&) = delete;
+  ~Changing() {
+    if (mStyle == nullptr) return;
+    try {
+      mStyle->entriesDidChange(mChange);
+    } catch (...) {
+      // What made the change fail is on its way already and says more.
+    }
+  }
+
+  void begin() {
+    if (mStyle != nullptr) mStyle->entriesWillChange(mChange);
+  }
+  void finish() {
+    if (ZTSStyle* style = std::exchange(mStyle, nullptr)) style->entriesDidChange(mChange);
+  }
+
+ private:
+  ZTSStyle* mStyle;  // none where nobody is to be called any more; held by the operation
+  ZTSEntriesChange& mChange;
+};
+
+void ZTSStyle::entriesWillChange(ZTSEntriesChange&) {}
+void ZTSStyle::entriesDidChange(const ZTSEntriesChange&) {}
+
+// ---- Operations
+
 void ZTSStyle::setValueForProperty(Ref<NSObject> value, PropertyKey key) {
   const Ref<ZTSStyle> self(this);
+  ZTSEntriesChange change{.operation = "setValue:forProperty:", .key = key, .value = std::move(value)};
+  Changing changing(*this, change);
+  changing.begin();
+  if (change.values) {
+    storeEntries(change.values);
+  } else {
+    storeEntry(change.value, change.key);
+  }
+  changing.finish();
+}
+
+void ZTSStyle::storeEntry(const Ref<NSObject>& value, PropertyKey key) {
   if (!key || !validateValueForProperty(value.get(), key)) {
     ZT_RAISE("setValue:forProperty:", this, kSourceFile,
              "[ZTSStyle %s] Attempted to set an invalid value %@ for property %@.", "setValue:forProperty:", value,
              key);
   }
+  const Ref<ZTSStyle> self(this);
   Ref<NSObject> old(p_overrideValueForProperty(key));
   if (NSUndoManager* undo = NSUndoManager::ifRegistering(undoManager())) {
     if (old) {
@@ -95,7 +149,7 @@ void ZTSStyle::setValueForProperty(Ref<NSObject> value, PropertyKey key) {
   }
   // Deliberately the parent's effective value, where the several-value operations take the raw one.
   if (!old && mParent) old = mParent->valueForProperty(key);
-  p_setValueForProperty(value ? std::move(value) : Ref<NSObject>(NSNull::null()), key);
+  p_setValueForProperty(value ? value : Ref<NSObject>(NSNull::null()), key);
   if (isUnheard()) return;
   stylePropertiesChanged(*ZTSStyleChangeInfo::withStyleChangedProperty(this, key, std::move(old)));
 }
@@ -106,7 +160,15 @@ void ZTSStyle::setValueForPropertyWithScope(Ref<NSObject> value, PropertyKey key
 
 void ZTSStyle::setValuesForProperties(const PropertyMap& values) {
   const Ref<ZTSStyle> self(this);
-  const Ref<const PropertyMap> wanted = values.copy();
+  ZTSEntriesChange change{.operation = "setValuesForProperties:", .values = values.copy()};
+  Changing changing(*this, change);
+  changing.begin();
+  storeEntries(change.values);
+  changing.finish();
+}
+
+void ZTSStyle::storeEntries(const Ref<const PropertyMap>& wanted) {
+  const Ref<ZTSStyle> self(this);
   for (const auto& [key, value] : *wanted) {
     if (validateValueForProperty(noneForNull(value).get(), key)) continue;
     ZT_RAISE("setValuesForProperties:", this, kSourceFile,
@@ -137,10 +199,22 @@ void ZTSStyle::setValuesForPropertiesWithScope(const PropertyMap& values, NSObje
 
 void ZTSStyle::removeValueForProperty(PropertyKey key) {
   const Ref<ZTSStyle> self(this);
-  Ref<NSObject> old(p_overrideValueForProperty(key));
+  ZTSEntriesChange change{.operation = "removeValueForProperty:", .isRemoval = true, .key = key};
+  Changing changing(*this, change);
+  changing.begin();
+  if (change.keys) {
+    removeEntries(*change.keys);
+  } else {
+    removeEntry(change.key);
+  }
+  changing.finish();
+}
+
+void ZTSStyle::removeEntry(PropertyKey key) {
+  Ref<NSObject> old(key ? p_overrideValueForProperty(key) : nullptr);
   if (!old) return;
   if (NSUndoManager* undo = NSUndoManager::ifRegistering(undoManager())) {
-    undo->registerUndo("setValue:forProperty:", self,
+    undo->registerUndo("setValue:forProperty:", Ref<ZTSStyle>(this),
                        [before = noneForNull(old), key](ZTSStyle& style) { style.setValueForProperty(before, key); });
   }
   p_removeValueForProperty(key);
@@ -150,17 +224,37 @@ void ZTSStyle::removeValueForProperty(PropertyKey key) {
 
 void ZTSStyle::removeValuesForProperties(const PropertySet& keys) {
   const Ref<ZTSStyle> self(this);
-  const Ref<const PropertyMap> old = takeOwnEntries(*this, keys, mLocalPropertyMap.get());
+  ZTSEntriesChange change{.operation = "removeValuesForProperties:", .isRemoval = true, .keys = keysToRemove(keys)};
+  Changing changing(*this, change);
+  changing.begin();
+  removeEntries(*change.keys);
+  changing.finish();
+}
+
+/// The set itself where nobody is called before it is read, else one that nobody changes meanwhile.
+Ref<const PropertySet> ZTSStyle::keysToRemove(const PropertySet& keys) const {
+  return isPlain(ZTSStyleClass::plainCounting) ? Ref<const PropertySet>(&keys) : Ref<const PropertySet>(keys.copy());
+}
+
+void ZTSStyle::removeEntries(const PropertySet& keys) {
+  const Ref<const PropertyMap> old = ownEntries(keys, mLocalPropertyMap.get());
   if (old->isEmpty()) return;
   if (NSUndoManager* undo = NSUndoManager::ifRegistering(undoManager())) {
-    undo->registerUndo("setValuesForProperties:", self, [old](ZTSStyle& style) { style.setValuesForProperties(*old); });
+    undo->registerUndo("setValuesForProperties:", Ref<ZTSStyle>(this),
+                       [old](ZTSStyle& style) { style.setValuesForProperties(*old); });
   }
+  p_removeValuesForProperties(*old);
   if (!isUnheard()) stylePropertiesChanged(*recordOf(*this, old->keySet(), old));
 }
 
 void ZTSStyle::lockedStyleSetValuesForProperties(const PropertyMap& values, std::int32_t flags) {
   const Ref<ZTSStyle> self(this);
-  const Ref<const PropertyMap> wanted = values.copy();
+  ZTSEntriesChange change{.operation = "lockedStyleSetValuesForProperties:notificationFlags:",
+                          .way = ZTSEntriesChange::Way::lockedStyle,
+                          .values = values.copy()};
+  Changing changing(*this, change);
+  changing.begin();
+  const Ref<const PropertyMap> wanted = change.values;
   for (const auto& [key, value] : *wanted) {
     if (validateValueForProperty(noneForNull(value).get(), key)) continue;
     ZT_REPORT("lockedStyleSetValuesForProperties:notificationFlags:", this, kSourceFile,
@@ -186,18 +280,39 @@ void ZTSStyle::lockedStyleSetValuesForProperties(const PropertyMap& values, std:
   const Ref<const PropertyMap> old = tells ? replaced.withInherited(*this) : Ref<const PropertyMap>();
   for (const auto& [key, value] : *wanted) p_setValueForProperty(value, key);
   if (tells && !isUnheard()) stylePropertiesChanged(*recordOf(*this, wanted->keySet(), old));
+  changing.finish();
 }
 
 void ZTSStyle::lockedStyleRemoveValuesForProperties(const PropertySet& keys, std::int32_t flags) {
   const Ref<ZTSStyle> self(this);
-  const Ref<const PropertyMap> old = takeOwnEntries(*this, keys, mLocalPropertyMap.get());
-  if (old->isEmpty()) return;
-  const Ref<NSUndoManager> manager(undoManager());
-  if (NSUndoManager* undo = NSUndoManager::ifRegistering(manager.get())) {
-    undo->registerUndo("lockedStyleSetValuesForProperties:notificationFlags:", self,
-                       [old, flags](ZTSStyle& style) { style.lockedStyleSetValuesForProperties(*old, flags); });
+  ZTSEntriesChange change{.operation = "lockedStyleRemoveValuesForProperties:notificationFlags:",
+                          .way = ZTSEntriesChange::Way::lockedStyle,
+                          .isRemoval = true,
+                          .keys = keysToRemove(keys)};
+  Changing changing(*this, change);
+  changing.begin();
+  if (const Ref<const PropertyMap> old = ownEntries(*change.keys, mLocalPropertyMap.get()); !old->isEmpty()) {
+    const Ref<NSUndoManager> manager(undoManager());
+    if (NSUndoManager* undo = NSUndoManager::ifRegistering(manager.get())) {
+      undo->registerUndo("lockedStyleSetValuesForProperties:notificationFlags:", self,
+                         [old, flags](ZTSStyle& style) { style.lockedStyleSetValuesForProperties(*old, flags); });
+    }
+    p_removeValuesForProperties(*old);
+    if (isTelling(manager.get(), flags) && !isUnheard()) stylePropertiesChanged(*recordOf(*this, old->keySet(), old));
   }
-  if (isTelling(manager.get(), flags) && !isUnheard()) stylePropertiesChanged(*recordOf(*this, old->keySet(), old));
+  changing.finish();
+}
+
+void ZTSStyle::unconditionalRemoveValueForProperty(PropertyKey key) {
+  const Ref<ZTSStyle> self(this);
+  ZTSEntriesChange change{.operation = "unconditionalRemoveValueForProperty:",
+                          .way = ZTSEntriesChange::Way::unconditional,
+                          .isRemoval = true,
+                          .key = key};
+  Changing changing(*this, change);
+  changing.begin();
+  p_removeValueForProperty(key);
+  changing.finish();
 }
 
 bool ZTSStyle::validateValueForProperty(NSObject*, PropertyKey) const { return false; }

@@ -7,6 +7,7 @@
 #include <ztstyles/ZTSStyleClassOf.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace zt {
 
@@ -50,6 +51,13 @@ Ref<const PropertyMap> ZTSDerivingStyle::truePropertyMapFromPropertyMap(Ref<cons
       std::none_of(map->begin(), map->end(), [this](const auto& entry) { return isDerivedProperty(entry.key); }))
     return map;
   const Ref<PropertyMap> converted = map->copy();
+  // A map that shows derived properties beside their sources says the same twice, and where several sources come to
+  // one derived value, the source says it better.
+  converted->removeIf([&](const PropertyMap::Entry& entry) {
+    if (!isDerivedProperty(entry.key)) return false;
+    const PropertyKey source = sourcePropertyForProperty(entry.key);
+    return source && source != entry.key && map->contains(source);
+  });
   convertToTruePropertyMap(*converted);
   return converted;
 }
@@ -106,62 +114,53 @@ Ref<PropertyMap> ZTSDerivingStyle::overridePropertyMapWithPropertyMap(const Prop
   return map;
 }
 
-// ---- Mutation
+// ---- Changes of own values
 
-void ZTSDerivingStyle::setValueForProperty(Ref<NSObject> value, PropertyKey key) {
-  if (!isDerivedProperty(key)) return ZTSAggregateStyle::setValueForProperty(std::move(value), key);
-  if (!value) value.reset(NSNull::null());
-  const Ref<PropertyMap> map = PropertyMap::with({{key, std::move(value)}});
-  convertToTruePropertyMap(*map);
-  ZTSAggregateStyle::setValuesForProperties(*map);
-}
-
-void ZTSDerivingStyle::setValuesForProperties(const PropertyMap& values) {
-  ZTSAggregateStyle::setValuesForProperties(*truePropertyMapFromPropertyMap(Ref<const PropertyMap>(&values)));
-}
-
-void ZTSDerivingStyle::lockedStyleSetValuesForProperties(const PropertyMap& values, std::int32_t flags) {
-  ZTSAggregateStyle::lockedStyleSetValuesForProperties(*truePropertyMapFromPropertyMap(Ref<const PropertyMap>(&values)),
-                                                       flags);
-}
-
-void ZTSDerivingStyle::removeValueForProperty(PropertyKey key) {
-  if (isDerivedProperty(key)) return removeDerivedValueForProperty(key);
-  ZTSAggregateStyle::removeValueForProperty(key);
-}
-
-void ZTSDerivingStyle::removeValuesForProperties(const PropertySet& keys) {
+void ZTSDerivingStyle::entriesWillChange(ZTSEntriesChange& change) {
   const Ref<ZTSDerivingStyle> self(this);
-  Ref<const PropertySet> stored(&keys);
-  Ref<PropertySet> copy;
-  for (PropertyKey key : keys.keys()) {
-    if (!isDerivedProperty(key)) continue;
-    removeDerivedValueForProperty(key);
-    if (!copy) stored = copy = keys.copy();
-    copy->remove(key);
+  if (change.isRemoval) {
+    keepTrueKeys(change);
+  } else if (change.values) {
+    change.values = truePropertyMapFromPropertyMap(change.values);
+  } else if (isDerivedProperty(change.key)) {
+    if (!change.value) change.value.reset(NSNull::null());
+    const Ref<PropertyMap> map = PropertyMap::with({{change.key, change.value}});
+    convertToTruePropertyMap(*map);
+    change.values = map;
   }
-  ZTSAggregateStyle::removeValuesForProperties(*stored);
+  ZTSAggregateStyle::entriesWillChange(change);
 }
 
-void ZTSDerivingStyle::lockedStyleRemoveValuesForProperties(const PropertySet& keys, std::int32_t flags) {
-  Ref<const PropertySet> stored(&keys);
-  Ref<PropertySet> copy;
-  for (PropertyKey key : keys.keys()) {
-    if (!isDerivedProperty(key)) continue;
-    if (!copy) stored = copy = keys.copy();
-    copy->remove(key);
+/// A derived property has no entry: its class removes what it is computed from, unless the change only stores or is
+/// one of a locked style.
+void ZTSDerivingStyle::keepTrueKeys(ZTSEntriesChange& change) {
+  const auto removeDerived = [&](PropertyKey key) {
+    if (change.way != ZTSEntriesChange::Way::lockedStyle) return removeDerivedValueForProperty(key);
     ZT_REPORT("lockedStyleRemoveValuesForProperties:notificationFlags:", this, kSourceFile,
               "Can't remove the value of a derived property %@.", key);
+  };
+  if (!change.keys) {
+    if (change.way == ZTSEntriesChange::Way::unconditional || !isDerivedProperty(change.key)) return;
+    const PropertyKey derived = std::exchange(change.key, PropertyKey());
+    return removeDerived(derived);
   }
-  ZTSAggregateStyle::lockedStyleRemoveValuesForProperties(*stored, flags);
+  Ref<PropertySet> stored;
+  for (PropertyKey key : change.keys->keys()) {
+    if (!isDerivedProperty(key)) continue;
+    if (!stored) stored = change.keys->copy();
+    stored->remove(key);
+    removeDerived(key);
+  }
+  if (stored) change.keys = stored;
 }
 
 // ---- Validation, archive
 
 void ZTSDerivingStyle::validate() const {
   ZTSAggregateStyle::validate();
-  const Ref<const PropertyMap> stored = ZTSAggregateStyle::overridePropertyMap();
-  if (!stored) return;
+  const Ref<const PropertyMap> own = ZTSAggregateStyle::overridePropertyMap();
+  if (!own) return;
+  const Ref<const PropertyMap> stored = own->copy();  // who hears of a finding may change the map
   for (const PropertyMap::Entry& entry : *stored) {
     if (!isDerivedProperty(entry.key)) continue;
     ZT_REPORT("validate", this, kSourceFile, "Found derived property %@ in property map.", entry.key);

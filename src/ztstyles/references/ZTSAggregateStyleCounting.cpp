@@ -1,13 +1,23 @@
 // Usage and orphan counts of aggregates.
 //
-// A count that leaves or reaches 0 passes to the parent and then to each referenced style, and from there on.
-// Written as calls, a chain of references would be as deep on the stack as it is long. The walk below does what
-// the calls would do, in their order, with a list of the aggregates that have still to pass something on. A
-// style of a class with counting operations of its own is called.
+// A count that leaves or reaches 0 passes to the parent and then to each observed reference, and from there on. Written
+// as calls, a chain of references would be as deep on the stack as it is long. The walk below does what the calls would
+// do, in their order, with a list of the aggregates that have still to pass something on. A style of a class with
+// counting operations of its own is called.
+//
+// While an aggregate passes its usage on, requests that lead back to it are ignored, which makes circles finite. Who
+// asked in vain notes that nothing was taken, and so takes nothing back later. A circle can be used from several sides,
+// though: when the use ends that went round it first, the others' units are missing where they were ignored. So an
+// aggregate that has ignored a request and whose own count has fallen to 0 looks for somebody who is in use and needs
+// it, a child or an aggregate that refers to it, and takes that one's unit now. The giver counts as passing on
+// meanwhile, so that the use does not come back to it: the counts are then those that its use alone would have made.
 
+#include <platform/ZTFirstFailure.h>
 #include <platform/ZTNesting.h>
 #include <support/ZTULog.h>
-#include <ztstyles/references/ZTSObservationPause.h>
+#include <ztstyles/ZTSAggregateStyle.h>
+
+#include <boost/container/small_vector.hpp>
 
 #include <limits>
 
@@ -23,81 +33,83 @@ class ZTSCountingWalk {
   ZTSCountingWalk(const ZTSCountingWalk&) = delete;
   ZTSCountingWalk& operator=(const ZTSCountingWalk&) = delete;
 
-  ~ZTSCountingWalk() {
-    for (Passing& passing : mPassing) {
-      if (passing.keys != nullptr) setIsAdjusting(*passing.style, false);
-    }
-  }
-
   void run(ZTSAggregateStyle& start) {
-    if (!takeInAggregate(start)) return;
-    deliver(Ref<ZTSStyle>(start.parent()));
-    while (!mPassing.empty()) passOn();
+    if (stepOfAggregate(start) == Outcome::crossed) tellParents(Ref<ZTSStyle>(&start));
+    while (!mPassing.empty()) {
+      if (!mFailure.attempt([&] { passOn(); })) finishPassing();
+    }
+    mFailure.rethrow();
   }
 
  private:
+  /// What a style did with a step: nothing, count it, or step between 0 and 1 with it.
+  enum class Outcome : std::uint8_t { refused, taken, crossed };
+
+  struct Reference {
+    PropertyKey key;
+    Ref<ZTSStyle> style;
+  };
   /// An aggregate that has stepped between 0 and 1 and whose parent has been told.
   struct Passing {
     Ref<ZTSAggregateStyle> style;
-    const std::vector<PropertyKey>* keys = nullptr;  // none until it passes the step on
+    bool hasStarted = false;
     std::size_t next = 0;
+    boost::container::small_vector<Reference, 2> references = {};  // those to pass the step on to
   };
 
-  /// Hands the step to the style, and to those above it as far as they step between 0 and 1, too.
-  void deliver(Ref<ZTSStyle> style) {
-    while (style) {
-      bool hasCrossed = false;
-      if (style->isPlain(ZTSStyleClass::plainCounting)) {
-        hasCrossed = count(*style);
-      } else if (style->isPlain(ZTSStyleClass::libraryCounting)) {
-        hasCrossed = takeInAggregate(static_cast<ZTSAggregateStyle&>(*style));
-      } else {
-        return call(*style);
-      }
-      if (!hasCrossed) return;
-      style.reset(style->parent());
+  // ---- One style
+
+  /// Whether the style took the step. Those above it, and an aggregate's references, follow if it stepped between 0
+  /// and 1.
+  bool deliver(const Ref<ZTSStyle>& style) {
+    const Outcome outcome = stepOf(*style);
+    if (outcome == Outcome::crossed) tellParents(style);
+    return outcome != Outcome::refused;
+  }
+
+  /// Hands the step to the parents of a style that has stepped between 0 and 1, as far as they do so too.
+  void tellParents(Ref<ZTSStyle> style) {
+    while (Ref<ZTSStyle> parent{style->parent()}) {
+      if (mIsUsage && !mIsUp && style->forgetRefusedUse()) return;  // the parent never had the unit
+      const Outcome outcome = stepOf(*parent);
+      if (mIsUsage && mIsUp && outcome == Outcome::refused) style->setState(ZTSStyle::kUseWasRefused, true);
+      if (outcome != Outcome::crossed) return;
+      style = std::move(parent);
     }
   }
 
-  /// The aggregate's own count; whether it has stepped between 0 and 1. Then it waits to pass that on.
-  bool takeInAggregate(ZTSAggregateStyle& style) {
-    if (mIsUsage && style.isAdjustingUsageCount()) return false;
+  Outcome stepOf(ZTSStyle& style) {
+    if (style.isPlain(ZTSStyleClass::plainCounting)) return count(style);
+    if (style.isPlain(ZTSStyleClass::libraryCounting)) return stepOfAggregate(static_cast<ZTSAggregateStyle&>(style));
+    using Counting = ZTSAggregateStyle::CountingStep;
+    NestingGuard guard(mIsUp ? "increment" : "decrement", Nesting::counting);
+    const Counting step =
+        mIsUsage ? (mIsUp ? Counting::useUp : Counting::useDown) : (mIsUp ? Counting::orphanUp : Counting::orphanDown);
+    return ZTSAggregateStyle::takesStep(mFailure, style, step) ? Outcome::taken : Outcome::refused;
+  }
+
+  Outcome stepOfAggregate(ZTSAggregateStyle& style) {
+    if (mIsUsage && style.isAdjustingUsageCount()) {
+      if (mIsUp) style.mHasRefusedUse = true;
+      return Outcome::refused;
+    }
     if (mIsUsage && !mIsUp && style.usageCount() == 0) {
       ZTULog_Fn(kZTULogNotice, "src/ztstyles/ZTSAggregateStyle",
                 "Attempt to decrement the usage count of style <%p> whose usage count is 0.", address(&style));
-      return false;
+      return Outcome::refused;
     }
-    if (!count(style)) return false;
-    mPassing.push_back(Passing{Ref<ZTSAggregateStyle>(&style)});
-    return true;
+    mPassing.push_back(Passing{Ref<ZTSAggregateStyle>(&style)});  // first: for want of memory nothing is counted
+    const Outcome outcome = count(style);
+    if (outcome != Outcome::crossed) mPassing.pop_back();
+    return outcome;
   }
 
-  /// The next thing that the innermost aggregate has to do.
-  void passOn() {
-    Passing& passing = mPassing.back();
-    ZTSAggregateStyle& style = *passing.style;
-    if (passing.keys == nullptr) {
-      // What was told meanwhile may have led back here: only the first use and the end of the last one pass on.
-      if (countOf(style) != (mIsUp ? 1u : 0u)) return mPassing.pop_back();
-      passing.keys = &style.referencedStyleProperties();
-      setIsAdjusting(style, true);
-    }
-    if (passing.next == passing.keys->size()) {
-      setIsAdjusting(style, false);
-      return mPassing.pop_back();
-    }
-    const PropertyKey key = (*passing.keys)[passing.next++];
-    if (ZTSObservationPause::covers(style, key)) return;
-    Ref<ZTSStyle> referenced = style.p_referencedStyleForProperty(key);
-    if (referenced && referenced != &style && style.stylesheet() != nullptr) deliver(std::move(referenced));
-  }
-
-  /// A plain style's own count; whether it has stepped between 0 and 1.
-  bool count(ZTSStyle& style) {
+  /// The style's own count.
+  Outcome count(ZTSStyle& style) {
     const std::uint32_t before = countOf(style);
     if (before == (mIsUp ? std::numeric_limits<std::uint32_t>::max() : 0u)) {
-      callInherited(style);  // which knows what to say
-      return false;
+      mFailure.attempt([&] { callInherited(style); });  // which knows what to say
+      return Outcome::refused;
     }
     const std::uint32_t after = mIsUp ? before + 1 : before - 1;
     if (mIsUsage) {
@@ -105,8 +117,93 @@ class ZTSCountingWalk {
     } else {
       style.mOrphanCount = after;
     }
-    return (mIsUp ? before : after) == 0;
+    return (mIsUp ? before : after) == 0 ? Outcome::crossed : Outcome::taken;
   }
+
+  // ---- Passing on
+
+  /// The next thing that the innermost aggregate has to do.
+  void passOn() {
+    Passing& passing = mPassing.back();
+    ZTSAggregateStyle& style = *passing.style;
+    if (!std::exchange(passing.hasStarted, true)) {
+      // What was told meanwhile may have led back here: then there is nothing to pass on any more.
+      if ((countOf(style) != 0) != mIsUp) return mPassing.pop_back();
+      setIsAdjusting(style, true);
+      if (!style.mReferences.empty()) collectReferences(passing);
+      return;
+    }
+    if (passing.next == passing.references.size()) return finishPassing();
+    passOnTo(style, passing.references[passing.next++]);
+  }
+
+  /// In the order of the class's list, then what is still observed under a property that it names no longer.
+  void collectReferences(Passing& passing) {
+    const ZTSAggregateStyle& style = *passing.style;
+    for (PropertyKey key : style.observedProperties()) {
+      for (const ZTSAggregateStyle::Reference& each : style.mReferences) {
+        if (each.key == key) passing.references.push_back({key, each.style});
+      }
+    }
+  }
+
+  /// Gives the reference its unit, or takes it back.
+  void passOnTo(ZTSAggregateStyle& style, Reference reference) {
+    const ZTSAggregateStyle::Reference* before = style.p_recordOf(reference.key, *reference.style);
+    if (before == nullptr || unitOf(*before) == mIsUp) return;
+    const bool hasTaken = deliver(reference.style);
+    if (ZTSAggregateStyle::Reference* record = style.p_recordOf(reference.key, *reference.style)) {
+      (mIsUsage ? record->hasUsageUnit : record->hasOrphanUnit) = hasTaken == mIsUp;
+    }
+  }
+
+  [[nodiscard]] bool unitOf(const ZTSAggregateStyle::Reference& record) const noexcept {
+    return mIsUsage ? record.hasUsageUnit : record.hasOrphanUnit;
+  }
+
+  void finishPassing() noexcept {
+    const Ref<ZTSAggregateStyle> style = std::move(mPassing.back().style);
+    mPassing.pop_back();
+    setIsAdjusting(*style, false);
+    if (mIsUsage && !mIsUp) mFailure.attempt([&] { rescue(*style); });
+  }
+
+  /// Finds an aggregate that has fallen to 0 a use that it ignored while it was passing on. See the top of this file.
+  static void rescue(ZTSAggregateStyle& style) {
+    if (!style.mHasRefusedUse || style.usageCount() != 0) return;
+    for (const Ref<ZTSStyle>& child : style.children().retainedSnapshot()) {
+      if (child->usageCount() == 0 || child->parent() != &style || !child->forgetRefusedUse()) continue;
+      const Adjusting adjusting(*child);
+      return child->passUseTo(style);
+    }
+    for (ZTSStyleObserver* observer : style.observers().allObjects()) {
+      const Ref<ZTSAggregateStyle> user = retainIfAlive(dynamic_cast<ZTSAggregateStyle*>(observer));
+      if (!user || user->usageCount() == 0) continue;
+      for (ZTSAggregateStyle::Reference& record : user->mReferences) {
+        if (record.style != &style || record.hasUsageUnit) continue;
+        const Adjusting adjusting(*user);
+        return user->p_beginObservingReferencedStyleForProperty(record.key);
+      }
+    }
+    style.mHasRefusedUse = false;
+  }
+
+  /// While it lives, requests that lead back to the style are ignored.
+  class Adjusting {
+   public:
+    explicit Adjusting(ZTSStyle& style) noexcept : mStyle(style), mWas(style.isAdjustingUsageCount()) {
+      if (!style.isPlain(ZTSStyleClass::plainCounting)) style.setIsAdjustingUsageCount(true);
+    }
+    ~Adjusting() { mStyle.setIsAdjustingUsageCount(mWas); }
+    Adjusting(const Adjusting&) = delete;
+    Adjusting& operator=(const Adjusting&) = delete;
+
+   private:
+    ZTSStyle& mStyle;
+    bool mWas;
+  };
+
+  // ---- Usage or orphans, up or down
 
   [[nodiscard]] std::uint32_t countOf(const ZTSStyle& style) const noexcept {
     return mIsUsage ? style.usageCount() : style.orphanCount();
@@ -116,15 +213,6 @@ class ZTSCountingWalk {
     if (mIsUsage) static_cast<ZTSStyle&>(style).setIsAdjustingUsageCount(isAdjusting);
   }
 
-  void call(ZTSStyle& style) const {
-    if (mIsUsage) {
-      NestingGuard guard(mIsUp ? "incrementUsageCount" : "decrementUsageCount", Nesting::counting);
-      return mIsUp ? style.incrementUsageCount() : style.decrementUsageCount();
-    }
-    NestingGuard guard(mIsUp ? "incrementOrphanCount" : "decrementOrphanCount", Nesting::counting);
-    return mIsUp ? style.incrementOrphanCount() : style.decrementOrphanCount();
-  }
-
   void callInherited(ZTSStyle& style) const {
     if (mIsUsage) return mIsUp ? style.ZTSStyle::incrementUsageCount() : style.ZTSStyle::decrementUsageCount();
     return mIsUp ? style.ZTSStyle::incrementOrphanCount() : style.ZTSStyle::decrementOrphanCount();
@@ -132,7 +220,8 @@ class ZTSCountingWalk {
 
   bool mIsUsage;
   bool mIsUp;
-  boost::container::small_vector<Passing, 8> mPassing;
+  ZTFirstFailure mFailure;
+  boost::container::small_vector<Passing, 4> mPassing;
 };
 
 void ZTSAggregateStyle::incrementUsageCount() {

@@ -228,13 +228,13 @@ void ZTSStyle::p_addChild(ZTSStyle& child) {
   }
   if (!mChildren.addObject(&child)) return;
   if (hasState(kHasVariationIndex)) ZTSVariationIndexes::childWasAdded(*this, child);
-  if (child.usageCount() != 0) incrementUsageCount();
+  if (child.usageCount() != 0) child.passUseTo(*this);
   if (child.orphanCount() != 0) incrementOrphanCount();
 }
 
 void ZTSStyle::p_removeChild(ZTSStyle& child) {
   if (!mChildren.removeObject(&child)) return;
-  if (child.usageCount() != 0) decrementUsageCount();
+  if (child.usageCount() != 0) child.takeUseFrom(*this);
   if (child.orphanCount() != 0) decrementOrphanCount();
 }
 
@@ -291,6 +291,15 @@ void ZTSStyle::p_removeValueForProperty(PropertyKey key) {
   if (!mLocalPropertyMap) return;
   const Ref<NSObject> removed = mLocalPropertyMap->remove(key);
   if (!removed) return;
+  mKeyMask = mLocalPropertyMap->keyMask();
+  matchingChanged();
+}
+
+void ZTSStyle::p_removeValuesForProperties(const PropertyMap& removed) {
+  if (!mLocalPropertyMap) return;
+  const std::size_t gone =
+      mLocalPropertyMap->removeIf([&](const PropertyMap::Entry& entry) { return removed.contains(entry.key); });
+  if (gone == 0) return;
   mKeyMask = mLocalPropertyMap->keyMask();
   matchingChanged();
 }

@@ -26,12 +26,13 @@ void ZTSStyle::incrementUsageCount() {
     }
     style->p_setUsageCount(style->mUsageCount + 1);
     if (style->mUsageCount != 1) return;
-    style = style->mParent;
-    if (!style) return;
-    if (!style->isPlain(ZTSStyleClass::plainCounting)) {
+    ZTSStyle* const parent = style->mParent.get();
+    if (parent == nullptr) return;
+    if (!parent->isPlain(ZTSStyleClass::plainCounting)) {
       NestingGuard guard("incrementUsageCount", Nesting::counting);
-      return style->incrementUsageCount();
+      return style->passUseTo(*parent);
     }
+    style = parent;
   }
 }
 
@@ -44,13 +45,35 @@ void ZTSStyle::decrementUsageCount() {
     }
     style->p_setUsageCount(style->mUsageCount - 1);
     if (style->mUsageCount != 0) return;
-    style = style->mParent;
-    if (!style) return;
-    if (!style->isPlain(ZTSStyleClass::plainCounting)) {
+    ZTSStyle* const parent = style->mParent.get();
+    if (parent == nullptr) return;
+    if (!parent->isPlain(ZTSStyleClass::plainCounting)) {
       NestingGuard guard("decrementUsageCount", Nesting::counting);
-      return style->decrementUsageCount();
+      return style->takeUseFrom(*parent);
     }
+    style = parent;
   }
+}
+
+// An aggregate that is passing its own count on ignores requests, its children's too. What it did not take must not be
+// taken back from it.
+void ZTSStyle::passUseTo(ZTSStyle& parent) {
+  const Ref<ZTSStyle> self(this);
+  const Ref<ZTSStyle> held(&parent);
+  const bool isIgnoring = parent.isAdjustingUsageCount();
+  const std::uint32_t before = parent.mUsageCount;
+  parent.incrementUsageCount();
+  if (isIgnoring && parent.mUsageCount == before) setState(kUseWasRefused, true);
+}
+
+void ZTSStyle::takeUseFrom(ZTSStyle& parent) {
+  if (!forgetRefusedUse()) Ref<ZTSStyle>(&parent)->decrementUsageCount();
+}
+
+bool ZTSStyle::forgetRefusedUse() noexcept {
+  const bool wasRefused = hasState(kUseWasRefused);
+  setState(kUseWasRefused, false);
+  return wasRefused;
 }
 
 void ZTSStyle::incrementOrphanCount() {

@@ -63,20 +63,22 @@ void ZTSStyle::collapseOverriddenPropertyValues() {
   const Ref<ZTSStyle> parent(this->parent());
   if (isLocked() || !parent) return;
   const Ref<ZTSStyle> self(this);
+  // What is stored, not what a class shows: a shown value that equals the parent's may be computed from a stored one
+  // that does not.
   const Ref<PropertySet> inherited = PropertySet::make();
-  if (const Ref<const PropertyMap> own = overridePropertyMap()) {
-    for (PropertyKey key : own->keySet()->keys()) {
-      if (sameOrEqual(valueForProperty(key).get(), parent->valueForProperty(key).get())) inherited->add(key);
-    }
+  const Ref<PropertySet> stored = storedKeys();
+  for (PropertyKey key : stored->keys()) {
+    if (sameOrEqual(valueForProperty(key).get(), parent->valueForProperty(key).get())) inherited->add(key);
   }
   if (!inherited->isEmpty()) removeValuesForProperties(*inherited);
 }
 
 void ZTSStyle::clearOverriddenPropertyValues() {
-  if (isLocked()) return;
-  const Ref<const PropertyMap> own = overridePropertyMap();
-  const Ref<PropertySet> keys = own ? own->keySet() : PropertySet::make();
-  removeValuesForProperties(*keys);
+  if (!isLocked()) removeValuesForProperties(*storedKeys());
+}
+
+Ref<PropertySet> ZTSStyle::storedKeys() const {
+  return mLocalPropertyMap ? mLocalPropertyMap->keySet() : PropertySet::make();
 }
 
 Ref<PropertySet> ZTSStyle::compareProperties(const ZTSStyle& other) const {
