@@ -190,6 +190,8 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// Tells only in the phases that `flags` (ZTSStyleNotificationFlags) name; so does its undo.
   virtual void lockedStyleSetValuesForProperties(const PropertyMap& values, std::int32_t flags);
   virtual void lockedStyleRemoveValuesForProperties(const PropertySet& keys, std::int32_t flags);
+  /// Removes the own entry without undo and telling. An aggregate lets go of what it refers to.
+  virtual void unconditionalRemoveValueForProperty(PropertyKey key);
   /// Whether the value (none where it is to be unset) may be stored. This class refuses every value.
   virtual bool validateValueForProperty(NSObject* value, PropertyKey key) const;
 
@@ -320,8 +322,6 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   virtual void upgradeStyleWithUnarchiver(ZTAXMLUnarchiver& unarchiver, std::uint64_t version);
   /// The own entry as stored, borrowed, or none.
   [[nodiscard]] NSObject* rawValueForProperty(PropertyKey key) const { return p_overrideValueForProperty(key); }
-  /// Removes the own entry without undo and telling. An aggregate lets go of what it refers to.
-  virtual void unconditionalRemoveValueForProperty(PropertyKey key);
   /// A new style of the class with the same fields and own values, for an archive of an older version.
   virtual Ref<ZTSStyle> downgradeCopy() const;
   /// The copy that a deep copy makes; the base answers `copy()`.
