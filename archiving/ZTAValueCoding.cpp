@@ -117,9 +117,14 @@ bool writePlatformValue(const NSObject& value, ZTAXMLArchiver& archiver, _xmlNod
 }
 
 Ref<NSObject> readPlatformValue(ZTAXMLUnarchiver& unarchiver, _xmlNode* node, std::string_view name) {
+  static const ZTAArchivedItems nothing;
   const Kind kind = kindNamed(name);
-  if (kind == Kind::null) return Ref<NSObject>(NSNull::null());
+  if (kind == Kind::null) {
+    unarchiver.reportUnknown(node, &nothing);
+    return Ref<NSObject>(NSNull::null());
+  }
   if (kind == Kind::list) {
+    unarchiver.reportUnknown(node);
     std::vector<Ref<NSObject>> elements;
     for (xmlNode* child = xml::firstElement(node); child != nullptr; child = xml::nextElement(child)) {
       // An element that cannot be read has been reported; the others keep their order.
@@ -127,6 +132,7 @@ Ref<NSObject> readPlatformValue(ZTAXMLUnarchiver& unarchiver, _xmlNode* node, st
     }
     return NSArray::withObjects(std::move(elements));
   }
+  if (node->properties != nullptr) unarchiver.reportUnknownAttributes(node);
   const std::string_view text = unarchiver.textOfNode(node);
   Ref<NSObject> value = scalarFrom(kind, text);
   if (!value) unarchiver.report(node, format("'%s' is no %s", shortened(text), name));

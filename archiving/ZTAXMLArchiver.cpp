@@ -228,15 +228,20 @@ void ZTAXMLArchiver::writeReference(Written& written, _xmlNode* parent, const ch
   xml::setAttribute(node, CorvaleNamespace, xml::kTo, std::to_string(written.id));
 }
 
-/// What has been referred to and belongs to nobody stands at the end of the archive.
+/// What has been referred to and was written by nobody stands at the end of where it belongs, else of the archive.
 void ZTAXMLArchiver::writeOwed() {
   xmlNode* shelf = nullptr;
   for (std::size_t index = 0; index < mState->owed.size(); ++index) {  // grows meanwhile
     const Ref<NSObject> object = mState->owed[index];
     Written& written = mState->writtenOf(*object);
     if (written.node != nullptr) continue;
+    auto& coding = *dynamic_cast<ZTAXMLCoding*>(object.get());
+    if (xmlNode* container = coding.containerInArchive(*this)) {
+      writeIn(written, coding, container, nullptr);
+      continue;
+    }
     if (shelf == nullptr) shelf = xml::newChild(mState->archive, xml::kShelf);
-    writeIn(written, *dynamic_cast<ZTAXMLCoding*>(object.get()), shelf, nullptr);
+    writeIn(written, coding, shelf, nullptr);
   }
 }
 

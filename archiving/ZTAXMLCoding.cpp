@@ -14,6 +14,9 @@ void ZTAXMLCoding::postUnarchiveUpgradeForUnarchiver(ZTAXMLUnarchiver&) {}
 void ZTAXMLCoding::preArchiveDowngradeForVersion(std::uint64_t, ZTAXMLArchiver&) {}
 const ZTClass& ZTAXMLCoding::classForCoder() const { return classObject(); }
 const ZTClass* ZTAXMLCoding::ztClassAncestor() const { return nullptr; }
+const ZTAArchivedItems* ZTAXMLCoding::archivedItems() const { return nullptr; }
+void ZTAXMLCoding::standInForClassNamed(const StringRef&) {}
+_xmlNode* ZTAXMLCoding::containerInArchive(const ZTAXMLArchiver&) const { return nullptr; }
 bool ZTAXMLCoding::archivesByReference() const { return false; }
 void ZTAXMLCoding::replaceUnarchivedObject(NSObject&, NSObject*) {}
 void ZTAXMLCoding::releaseArchivedObjects(std::vector<Ref<NSObject>>&& objects) const {

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <platform/NSObject.h>
+#include <platform/NSString.h>
 
 #include <cstdint>
+#include <string_view>
 #include <vector>
 
 struct _xmlNode;
@@ -22,6 +24,13 @@ class ZT_EXPORT ZTAErrorHandler : public NSObject {
 
  protected:
   using NSObject::NSObject;
+};
+
+/// The names of what the element of an object may hold besides what every element may.
+struct ZTAArchivedItems {
+  std::vector<std::string_view> attributes = {};
+  std::vector<std::string_view> children = {};  ///< each at most once
+  std::vector<std::string_view> repeated = {};  ///< children that may stand there more than once
 };
 
 /// An object that can be written to and read from an XML archive.
@@ -50,6 +59,15 @@ class ZT_EXPORT ZTAXMLCoding : public ZTAErrorHandler {
   virtual const ZTClass& classForCoder() const;
   /// A class that stands for the object's class where that one is unknown; the base answers none.
   virtual const ZTClass* ztClassAncestor() const;
+  /// What the element of such an object may hold: an unarchiver tells what else it finds there, and passes over it.
+  /// None (the base) leaves it to the object. The answer lives as long as the process.
+  virtual const ZTAArchivedItems* archivedItems() const;
+  /// The archive names a class that is not known here, and this object is one of the ancestor that it names. Called
+  /// before the object reads itself. The base does nothing.
+  virtual void standInForClassNamed(const StringRef& className);
+  /// The element to which this object belongs although its owner did not write it there, asked for an object that
+  /// others refer to. None (the base) where it belongs nowhere.
+  virtual _xmlNode* containerInArchive(const ZTAXMLArchiver& archiver) const;
   /// Whether the objects among what it writes are others' and only referred to. The base says no: they are
   /// written in place, as parts of it.
   virtual bool archivesByReference() const;

@@ -102,6 +102,8 @@ Ref<NSObject> ZTAXMLUnarchiver::objectFor(_xmlNode* node, const ZTClass* wanted)
         report(node, format("refers to '%s', which is itself a reference", shortened(to)));
         return {};
       }
+      static const auto* nothing = new ZTAArchivedItems;
+      if (node->children != nullptr || node->properties->next != nullptr) reportUnknown(node, nothing);
       return entry->isUnmade() ? made(entry->node, wanted, entry) : handOut(*entry, node);
     }
   }
@@ -142,7 +144,8 @@ Ref<NSObject> ZTAXMLUnarchiver::made(_xmlNode* node, const ZTClass* wanted, Entr
   return {};
 }
 
-const ZTClass* ZTAXMLUnarchiver::classFor(const _xmlNode* node, const ZTClass* wanted) {
+/// The class of the object; none, with a finding, where none is known. Says whether an ancestor stands in.
+const ZTClass* ZTAXMLUnarchiver::classFor(const _xmlNode* node, const ZTClass* wanted, bool& isStandIn) {
   const std::string_view recorded = xml::attribute(node, xml::kClass);
   if (!xml::isPresent(recorded)) {
     const ZTClass* named = mState->registry->classNamed(xml::view(node->name));
@@ -158,6 +161,7 @@ const ZTClass* ZTAXMLUnarchiver::classFor(const _xmlNode* node, const ZTClass* w
   const ZTClass* found = ZTClass::named(recorded);
   if (found == nullptr) {
     found = ZTClass::named(xml::attribute(node, xml::kAncestor));
+    isStandIn = found != nullptr;
     if (found == nullptr) report(node, format("no class is named '%s'", shortened(recorded)));
   } else if (recent.size() < kRecentClasses) {
     recent.emplace_back(recorded, found);
@@ -167,7 +171,7 @@ const ZTClass* ZTAXMLUnarchiver::classFor(const _xmlNode* node, const ZTClass* w
 
 /// Makes the frame's bare object. False, with a finding, where none can be made.
 bool ZTAXMLUnarchiver::allocate(Frame& frame, const ZTClass* wanted) {
-  const ZTClass* objectClass = classFor(frame.node, wanted);
+  const ZTClass* objectClass = classFor(frame.node, wanted, frame.isStandIn);
   if (objectClass == nullptr) return false;
   frame.object = objectClass->allocate();
   frame.coding = dynamic_cast<ZTAXMLCoding*>(frame.object.get());
@@ -226,8 +230,16 @@ Ref<NSObject> ZTAXMLUnarchiver::read(Frame& frame) {
   {
     const MakingScope scope(*mState, frame.object.get());
     try {
+      if (frame.isStandIn) {
+        const StringRef className = sharedString(xml::attribute(frame.node, xml::kClass));
+        report(frame.node, format("no class is named '%s'; '%@', which it is derived from, stands in for it",
+                                  shortened(className.view()), frame.object->classObject().name()));
+        frame.coding->standInForClassNamed(className);
+      }
       if (frame.coding->initWithXMLUnarchiver(*this, frame.node, version())) {
         kept = frame.coding->initMoreWithXMLUnarchiver(*this, frame.node);
+        if (const ZTAArchivedItems* items = kept ? frame.coding->archivedItems() : nullptr)
+          reportUnknown(frame.node, items);
       }
     } catch (const ZTAArchiveException& exception) {
       if (exception.isHandled() || !mState->errorHandler) throw;

@@ -5,6 +5,7 @@
 #include <archiving/ZTAXMLUnarchiverStateInternal.h>
 #include <platform/ZTFormat.h>
 
+#include <algorithm>
 #include <charconv>
 #include <utility>
 
@@ -15,6 +16,10 @@ namespace {
 /// The text that the bytes stand for.
 std::string unpacked(std::string bytes, const ZTAUnarchiverOptions& options) {
   return ztaUnpack(std::move(bytes), options.fileName, options.limits.bytes);
+}
+
+bool holds(const std::vector<std::string_view>& names, std::string_view name) {
+  return std::find(names.begin(), names.end(), name) != names.end();
 }
 
 }  // namespace
@@ -120,6 +125,71 @@ void ZTAXMLUnarchiver::collectEntries() {
   }
 }
 
+void ZTAXMLUnarchiver::reportUnknownAttributes(const _xmlNode* node, const ZTAArchivedItems* items) {
+  const auto isArchivers = [](std::string_view name) {
+    return name == xml::kClass || name == xml::kId || name == xml::kTo || name == xml::kAncestor ||
+           name == xml::kOptional;
+  };
+  for (const xmlAttr* each = node->properties; each != nullptr; each = each->next) {
+    const std::string_view name = xml::view(each->name);
+    const bool isOurs = xml::isIn(each->ns, CorvaleNamespace);
+    if (isOurs && (isArchivers(name) || (items != nullptr && holds(items->attributes, name)))) continue;
+    report(node, format("expected no attribute '%s' in '%s'", shortened(name), shortened(xml::view(node->name))));
+  }
+}
+
+void ZTAXMLUnarchiver::reportUnknown(const _xmlNode* node, const ZTAArchivedItems* items) {
+  reportUnknownAttributes(node, items);
+  std::vector<std::string_view> seen;
+  for (const xmlNode* each = node->children; each != nullptr; each = each->next) {
+    if (each->type == XML_TEXT_NODE && xml::view(each->content).find_first_not_of(" \t\r\n") != std::string::npos) {
+      report(node, format("expected no text in '%s', found '%s'", shortened(xml::view(node->name)),
+                          shortened(xml::view(each->content))));
+    }
+    if (items == nullptr || !xml::isElement(each) || ztaxmlOkToSkipNode(each)) continue;
+    const std::string_view name = xml::view(each->name);
+    const bool isRepeated = holds(items->repeated, name);
+    if (!xml::isOurs(each) || (!isRepeated && !holds(items->children, name))) {
+      report(each, format("expected no element '%s' in '%s'", shortened(name), shortened(xml::view(node->name))));
+    } else if (holds(seen, name)) {
+      report(each, format("the element '%s' has been given before; the first one counts", shortened(name)));
+    } else if (!isRepeated) {
+      seen.push_back(name);
+    }
+  }
+}
+
+void ZTAXMLUnarchiver::setReplacementForObject(Ref<NSObject> replacement, Ref<NSObject> object) {
+  const NSObject* replaced = object.get();
+  mState->replacements.erase(replacement.get());  // no way leads in a circle
+  mState->replacements.insert_or_assign(replaced, std::pair(std::move(object), std::move(replacement)));
+}
+
+NSObject* ZTAXMLUnarchiver::replacementForObject(const NSObject* object) const {
+  auto& replacements = mState->replacements;
+  auto found = replacements.find(object);
+  if (found == replacements.end()) return nullptr;
+  // What replaced it may have been replaced too: the way is shortened while it is walked.
+  for (auto next = replacements.find(found->second.second.get()); next != replacements.end();
+       next = replacements.find(found->second.second.get())) {
+    found->second.second = next->second.second;
+  }
+  return found->second.second.get();
+}
+
+bool ZTAXMLUnarchiver::hasReplacements() const noexcept { return !mState->replacements.empty(); }
+
+/// What stands among the objects that others refer to, and nobody does.
+void ZTAXMLUnarchiver::reportUnreferred(const _xmlNode* shelf) {
+  reportUnknown(shelf);
+  for (const xmlNode* each = xml::firstElement(shelf); each != nullptr; each = xml::nextElement(each)) {
+    const Entry* entry = entryOf(each);
+    if ((entry == nullptr || entry->isUnmade()) && !ztaxmlOkToSkipNode(each)) {
+      report(each, format("nothing refers to this '%s'", shortened(xml::view(each->name))));
+    }
+  }
+}
+
 Ref<NSObject> ZTAXMLUnarchiver::unarchiveRootObject() {
   xmlNode* archive = mState->tree.root();
   xmlNode* first = xml::firstElement(archive);
@@ -133,6 +203,9 @@ Ref<NSObject> ZTAXMLUnarchiver::unarchiveRootObject() {
   if (!root) {
     const std::string why = mState->findings.empty() ? "it is not written here" : mState->findings.front()->message();
     raise(first, "the archive's object cannot be made: " + why);
+  }
+  for (const xmlNode* each = xml::nextElement(first); each != nullptr; each = xml::nextElement(each)) {
+    if (xml::isOurs(each) && xml::isNamed(each, xml::kShelf)) reportUnreferred(each);
   }
   const std::vector<Ref<NSObject>> owners = mState->owners;
   for (const Ref<NSObject>& owner : owners) {

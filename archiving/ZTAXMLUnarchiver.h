@@ -90,6 +90,17 @@ class ZT_EXPORT ZTAXMLUnarchiver : public NSObject {
   PropertyKey propertyKeyForNode(const _xmlNode* node);
   /// From now on, until the current object has been read, errors are shown to this object. None for nobody.
   void setErrorHandler(Ref<ZTAErrorHandler> handler);
+  /// Tells what the element holds that nobody reads: texts, attributes that are neither the archiver's own nor among
+  /// the items, and, where items are given, children that are not among them or stand there again.
+  void reportUnknown(const _xmlNode* node, const ZTAArchivedItems* items = nullptr);
+  /// The same for its attributes alone.
+  void reportUnknownAttributes(const _xmlNode* node, const ZTAArchivedItems* items = nullptr);
+  /// Notes that the object gave way to another. Nobody is told, and references still lead to it: whoever may hold it
+  /// asks, when all has been read that may refer to it.
+  void setReplacementForObject(Ref<NSObject> replacement, Ref<NSObject> object);
+  /// What the object gave way to in the end, or none. Borrowed.
+  [[nodiscard]] NSObject* replacementForObject(const NSObject* object) const;
+  [[nodiscard]] bool hasReplacements() const noexcept;
   /// Notes that something at the node (may be none) was passed over.
   void report(const _xmlNode* node, std::string message);
   /// Ends the reading with an error at the node (may be none).
@@ -110,11 +121,12 @@ class ZT_EXPORT ZTAXMLUnarchiver : public NSObject {
   void checkArchive();
   void collectEntries();
   Entry* entryOf(const _xmlNode* node) const;
+  void reportUnreferred(const _xmlNode* shelf);
   Entry* entryReferredTo(const _xmlNode* node, std::string_view id);
   Ref<NSObject> objectFor(_xmlNode* node, const ZTClass* wanted);
   Ref<NSObject> handOut(Entry& entry, const _xmlNode* node);
   Ref<NSObject> made(_xmlNode* node, const ZTClass* wanted, Entry* entry);
-  const ZTClass* classFor(const _xmlNode* node, const ZTClass* wanted);
+  const ZTClass* classFor(const _xmlNode* node, const ZTClass* wanted, bool& isStandIn);
   bool allocate(Frame& frame, const ZTClass* wanted);
   void open(Frame& frame);
   Ref<NSObject> readWithNeeds(Frame first);

@@ -54,6 +54,7 @@ struct ZTAXMLUnarchiver::Frame {
   ZTAXMLCoding* coding = nullptr;  ///< the same object
   std::vector<Entry*> needs = {};  ///< only for an object that archives by reference
   std::size_t nextNeed = 0;
+  bool isStandIn = false;  ///< the recorded class is unknown; the object is one of its ancestor
 };
 
 struct ZTAXMLUnarchiver::State {
@@ -85,6 +86,7 @@ struct ZTAXMLUnarchiver::State {
   boost::unordered_flat_map<const xmlChar*, PropertyKey> keys;
   boost::unordered_flat_set<StringRef, TextHash, TextEqual> strings;
   std::map<std::string, Ref<NSObject>, std::less<>> metadata;
+  boost::unordered_flat_map<const NSObject*, std::pair<Ref<NSObject>, Ref<NSObject>>> replacements;  // old, new
   std::vector<Ref<ZTAError>> findings;
   std::size_t findingCount = 0;
   Ref<ZTAErrorHandler> errorHandler;

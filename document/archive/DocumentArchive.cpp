@@ -58,6 +58,8 @@ class DocumentRoot final : public ZTAXMLCoding {
     for (xmlNode* child = node->children; child != nullptr; child = child->next) {
       if (child->type != XML_ELEMENT_NODE) continue;
       const std::string_view name = reinterpret_cast<const char*>(child->name);
+      static const auto* items = new ZTAArchivedItems{{"name", "family"}};
+      if (name == "part" || name == "font") unarchiver.reportUnknown(child, items);
       if (name == "part") {
         parts.push_back(archivedText(child, "name"));
       } else if (name == "font") {
@@ -71,6 +73,11 @@ class DocumentRoot final : public ZTAXMLCoding {
     }
     if (stylesheet == nullptr) unarchiver.raise(node, "expected a stylesheet in the document, found none");
     return true;
+  }
+
+  const ZTAArchivedItems* archivedItems() const override {
+    static const auto* items = new ZTAArchivedItems{{}, {"stylesheet"}, {"part", "font"}};
+    return items;
   }
 
   void preArchiveDowngradeForVersion(std::uint64_t version, ZTAXMLArchiver& archiver) override {

@@ -133,6 +133,16 @@ Ref<NSObject> OdfStyle::initMoreWithXMLUnarchiver(ZTAXMLUnarchiver& unarchiver, 
   return kept;
 }
 
+const ZTAArchivedItems* OdfStyle::archivedItems() const {
+  static const auto* items = [this] {
+    auto* all = new ZTAArchivedItems(*ZTSDerivingStyle::archivedItems());
+    for (const char* name : {"origin", "origin-part", "origin-line", "origin-name", "uses"})
+      all->attributes.emplace_back(name);
+    return all;
+  }();
+  return items;
+}
+
 void OdfStyle::upgradeStyleWithUnarchiver(ZTAXMLUnarchiver&, std::uint64_t) {}
 
 // ---- Versions
@@ -173,16 +183,14 @@ void ArchiveDowngrader::preArchiveDowngradeStylesheetForVersionArchiver(ZTSStyle
                                                                         std::uint64_t version,
                                                                         ZTAXMLArchiver& archiver) {
   if (version >= 2) return;
-  for (ZTSStylesheet* each = &stylesheet; each != nullptr; each = each->parent()) {
-    const Ref<ZTSStylesheet> copy = each->overrideDowngradeStylesheetWithArchiver(archiver);
-    changeValues(*copy, [](const PropertyMap::Entry& entry) {
-      const PercentageValue* percentage = asPercentage(entry.value.get());
-      return percentage != nullptr && wasNumberInVersion1(propertyRule(entry.key))
-                 ? Ref<NSObject>(
-                       NSNumber::withReal(static_cast<double>(percentage->percentage().units) / Percentage::kWhole))
-                 : Ref<NSObject>();
-    });
-  }
+  const Ref<ZTSStylesheet> copy = stylesheet.overrideDowngradeStylesheetWithArchiver(archiver);
+  changeValues(*copy, [](const PropertyMap::Entry& entry) {
+    const PercentageValue* percentage = asPercentage(entry.value.get());
+    return percentage != nullptr && wasNumberInVersion1(propertyRule(entry.key))
+               ? Ref<NSObject>(
+                     NSNumber::withReal(static_cast<double>(percentage->percentage().units) / Percentage::kWhole))
+               : Ref<NSObject>();
+  });
 }
 
 }  // namespace zt

@@ -30,6 +30,7 @@ class OdfStyle : public ZTSDerivingStyle {
   /// from; keys that the registry lacks are left to `ArchiveUpgrader`, which may add them.
   /// @{
 
+  const ZTAArchivedItems* archivedItems() const override;
   void encodeWithXMLArchiver(ZTAXMLArchiver& archiver, _xmlNode* node, std::uint64_t version) override;
   Ref<NSObject> initMoreWithXMLUnarchiver(ZTAXMLUnarchiver& unarchiver, _xmlNode* node) override;
   void upgradeStyleWithUnarchiver(ZTAXMLUnarchiver& unarchiver, std::uint64_t version) override;

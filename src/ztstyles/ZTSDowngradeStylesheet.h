@@ -1,6 +1,7 @@
 #pragma once
 
 #include <archiving/ZTAXMLArchiver.h>
+#include <ztstyles/ZTSAggregateStyle.h>
 #include <ztstyles/ZTSStylesheet.h>
 
 #include <memory>
@@ -25,9 +26,11 @@ class ZT_EXPORT ZTSDowngradeStylesheet final : public ZTSStylesheet {
   /// What is written in place of the original style. Without a substitute it is reported, and none answered.
   [[nodiscard]] Ref<NSObject> replacementForStyle(const ZTSStyle& style) const;
   [[nodiscard]] bool hasReplacementForStyle(const ZTSStyle& style) const;
-  /// Removes the original's copy, adds the new style and writes it in place of the original from now on.
+  /// Removes the original's copy, adds the new style and writes it in place of the original from now on. What
+  /// referred to the copy refers to the new style.
   void replaceStyleWithStyle(Ref<ZTSStyle> original, Ref<ZTSStyle> replacement);
   /// Given an original: removes its copy, which is then no substitute any more. Given anything else: removes that.
+  /// Other copies lose their references to it.
   void removeStyle(Ref<ZTSStyle> style) override;
 
   /// A downgrade stylesheet is written as a plain one.
@@ -41,11 +44,13 @@ class ZT_EXPORT ZTSDowngradeStylesheet final : public ZTSStylesheet {
   ~ZTSDowngradeStylesheet() override;
 
   [[nodiscard]] ZTAXMLArchiver* archiver() const noexcept { return mArchiver ? *mArchiver : nullptr; }
+  [[nodiscard]] bool isUsedInArchive(const ZTSStyle& style) const override;
   bool initWithStylesheet(ZTSStylesheet& original, ZTAXMLArchiver& archiver);
   bool p_initForDowngradeWithStylesheet(ZTSStylesheet& original, ZTAXMLArchiver& archiver);
 
   std::shared_ptr<ZTAXMLArchiver* const> mArchiver;  // the place of the archiver, which holds this stylesheet
   Ref<ZTSStylesheet> mOriginalStylesheet;
+  ZTSStyleMap mOriginals;  // from each copy, and each replacement, to its original
 };
 
 }  // namespace zt

@@ -285,8 +285,8 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// @}
 
   /// @name Archive
-  /// Implemented in ZTSStylePersistenceAdditions.cpp, the copies in ZTSDowngradeStylesheet.cpp and
-  /// ZTSStyleComparison.cpp.
+  /// Implemented in ZTSStylePersistenceAdditions.cpp and ZTSStyleSavingOnDemand.cpp, the copies in
+  /// ZTSDowngradeStylesheet.cpp and ZTSStyleComparison.cpp.
   /// @{
 
   void encodeWithXMLArchiver(ZTAXMLArchiver& archiver, _xmlNode* node, std::uint64_t version) override;
@@ -298,6 +298,12 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// A style refers to the styles among its values; it does not own them.
   bool archivesByReference() const override { return true; }
   void replaceUnarchivedObject(NSObject& dropped, NSObject* kept) override;
+  /// A class that writes more than this one does answers these and its own.
+  const ZTAArchivedItems* archivedItems() const override;
+  /// Saving writes this class's name again, with the style's class as the ancestor that may stand in.
+  void standInForClassNamed(const StringRef& className) override;
+  /// The container of its stylesheet, where that is written too.
+  _xmlNode* containerInArchive(const ZTAXMLArchiver& archiver) const override;
   void releaseArchivedObjects(std::vector<Ref<NSObject>>&& objects) const override;
   /// The map to write; none counts as empty. The base answers the live own map.
   virtual Ref<const PropertyMap> archivedPropertiesForVersion(std::uint64_t version, ZTAXMLArchiver& archiver) const;
@@ -414,6 +420,8 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   void removeEntries(const PropertySet& keys);
   [[nodiscard]] Ref<const PropertySet> keysToRemove(const PropertySet& keys) const;
   [[nodiscard]] Ref<PropertySet> storedKeys() const;
+  Ref<NSObject> archivedValue(ZTAXMLUnarchiver& unarchiver, _xmlNode* property, PropertyKey key) const;
+  static void forgetClassOf(const ZTSStyle& style) noexcept;  // what `standInForClassNamed` noted
   class Telling;     // a style and the children that it has yet to tell; in ZTSStylePropagation.cpp
   class Comparison;  // the comparisons under way; in ZTSStyleComparison.cpp
 

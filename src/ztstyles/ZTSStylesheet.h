@@ -279,13 +279,17 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   /// Implemented in ZTSStylesheetPersistenceAdditions.cpp, ZTSStyleOrdering.cpp and ZTSDowngradeStylesheet.cpp.
   /// @{
 
-  /// Writes the styles that the host lets through, and the parent. Where the archiver saves on demand, leaves the
+  /// Writes the styles that the host lets through, and the parent. One that the host holds back but a written style
+  /// refers to comes last in its container. Where the archiver saves on demand, leaves the
   /// containers of the styles in its metadata instead. Raises `NSGenericException` where a container cannot be made.
   void encodeWithXMLArchiver(ZTAXMLArchiver& archiver, _xmlNode* node, std::uint64_t version) override;
-  /// Reads and links all styles, then resolves all parents, then upgrades all styles. What cannot be kept is logged
+  /// Reads and links all styles, then resolves all parents, then upgrades all styles. Where an identifier is given
+  /// twice, the later style counts, and what referred to the earlier one refers to it. What cannot be kept is logged
   /// and passed over; without "anon-styles" it raises `NSGenericException`. The host stays none.
   bool initWithXMLUnarchiver(ZTAXMLUnarchiver& unarchiver, _xmlNode* node, std::uint64_t version) override;
+  const ZTAArchivedItems* archivedItems() const override;
   void postUnarchiveUpgradeForUnarchiver(ZTAXMLUnarchiver& unarchiver) override;
+  /// Asks the downgraders about the ancestors first, then about this stylesheet: as upgraders see them.
   void preArchiveDowngradeForVersion(std::uint64_t version, ZTAXMLArchiver& archiver) override;
 
   /// Orders of an application's own, used where `sortXMLStyles` is on; none where it has none.
@@ -317,6 +321,8 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
 
   ZTSStyleDictionary& p_identifiedStyles() noexcept { return mIdentifiedStyles; }
   ZTSStyleSet& p_anonymousStyles() noexcept { return mAnonymousStyles; }
+  /// Whether a style that is written counts as used; the copy for an older version asks its original.
+  [[nodiscard]] virtual bool isUsedInArchive(const ZTSStyle& style) const;
 
  private:
   friend class ZTSAggregateStyle;
@@ -363,6 +369,7 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   void readStyles(ZTAXMLUnarchiver& unarchiver, _xmlNode* container,
                   const std::function<void(Ref<ZTSStyle>, _xmlNode*)>& take);
   void readParent(ZTAXMLUnarchiver& unarchiver, _xmlNode* node);
+  void relinkReplaced(ZTAXMLUnarchiver& unarchiver);
   // A style found among the identified or the anonymous ones; taken as what it is, with a report where it was
   // misplaced.
   void takeFromIdentified(ZTAXMLUnarchiver& unarchiver, Ref<ZTSStyle> style, _xmlNode* child);

@@ -175,7 +175,10 @@ TEST(ZTAXMLUnarchiverTest, AClassStandsInForOneThatIsUnknown) {
   auto unarchiver = ZTAXMLUnarchiver::unarchiverForBytes(
       archive(std::string(70'000, '\n') + "<zt:object zt:class='NoSuch' zt:ancestor='TestBox'><zt:real/></zt:object>"));
   EXPECT_EQ(&unarchiver->unarchiveRootObject()->classObject(), &Box::boxClass());
-  EXPECT_EQ(descriptions(unarchiver->findings()), std::vector<std::string>{"line 70002: in : '' is no real"})
+  EXPECT_EQ(descriptions(unarchiver->findings()),
+            (std::vector<std::string>{
+                "line 70002: no class is named 'NoSuch'; 'TestBox', which it is derived from, stands in for it",
+                "line 70002: in : '' is no real"}))
       << "a line beyond what a node can hold";
   EXPECT_EQ(unarchiver->createObjectFromNode(nullptr), nullptr);
 }

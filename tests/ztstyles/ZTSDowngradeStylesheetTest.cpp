@@ -22,6 +22,27 @@ struct Family {
   ZTSStyle& copyOf(const ZTSStyle& style) const { return dynamic_cast<ZTSStyle&>(*archiver->encoderForObject(&style)); }
 };
 
+struct Counted : ZTSStyleOf<Counted, TestStyle> {
+  static constexpr const char* kClassName = "Counted";
+  Ref<ZTSStyle> downgradeCopy() const override {
+    ++copies();
+    return TestStyle::downgradeCopy();
+  }
+  static int& copies() {
+    static int count = 0;
+    return count;
+  }
+};
+
+struct Defaulting : ZTSStyleOf<Defaulting, TestAggregate> {
+  static constexpr const char* kClassName = "Defaulting";
+  Ref<ZTSStyle> standIn = make<TestStyle>({.identifier = "stand-in"});
+  Ref<NSObject> defaultValueForNilStyleProperty(PropertyKey key) const override {
+    return key == label ? Ref<NSObject>(standIn) : Ref<NSObject>();
+  }
+  Ref<const PropertyMap> overridePropertyMap() const override { return mapOf({{size, 1}, {weight, 2}}); }
+};
+
 }  // namespace
 
 TEST(DowngradeStylesheetTest, EveryStyleOfTheFamilyHasACopyThatRefersToCopies) {
@@ -68,6 +89,57 @@ TEST(DowngradeStylesheetTest, ReplacedAndRemovedStylesAreWrittenSoAndTheOriginal
   EXPECT_EQ(&loaded["h1"].classObject(), &TestStyle::styleClass());
   EXPECT_EQ(valueOf(loaded["h1"], size), 1) << "the parent is written as a copy too";
   EXPECT_EQ(archived(*family.scene.sheet), before);
+}
+
+TEST(DowngradeStylesheetTest, AFamilyIsCopiedOnceFromWhereverItIsAskedFor) {
+  Family family;
+  Scene below(family.scene.sheet.get());
+  family.parent.style<Counted>("top");
+  family.scene.style<Counted>("middle");
+  below.style<Counted>("bottom");
+  family.downgraded(*family.scene.sheet);
+  EXPECT_EQ(Counted::copies(), 3);
+}
+
+TEST(DowngradeStylesheetTest, TheOriginalsSayWhatIsUsed) {
+  struct KeepsUsed final : TestHost {
+    bool shouldArchiveUnusedStyle(const ZTSStyle&) const override { return false; }
+  } host;
+  Family family;
+  family.loose.incrementUsageCount();
+  auto& replaced = family.scene.style("replaced");
+  replaced.incrementUsageCount();
+  family.scene.style("unused");
+  family.scene.sheet->setHost(&host);
+  const Ref<ZTSDowngradeStylesheet> copy = family.downgraded(*family.scene.sheet);
+  copy->replaceStyleWithStyle(Ref<ZTSStyle>(&replaced), make<TestStyle>({.identifier = "new"}));
+  const Loaded loaded(archived(*family.scene.sheet, *family.archiver));
+  EXPECT_EQ(loaded.sheet->styles().count(), 3u) << "h1, the loose one and the replacement";
+  EXPECT_NE(loaded.sheet->styleWithIdentifier("new"), nullptr);
+  replaced.decrementUsageCount();
+}
+
+TEST(DowngradeStylesheetTest, CopiesFollowWhatIsReplacedAndForgetWhatIsRemoved) {
+  Family family;
+  const Ref<ZTSDowngradeStylesheet> copy = family.downgraded(*family.scene.sheet);
+  const Ref<ZTSStyle> next = make<TestStyle>({.identifier = "body"});
+  const Ref<ZTSDowngradeStylesheet> above = family.downgraded(*family.parent.sheet);
+  above->replaceStyleWithStyle(Ref<ZTSStyle>(&family.body), next);
+  EXPECT_EQ(family.copyOf(family.h1).rawValueForProperty(list), next.get());
+  const Ref<ZTSStyle> loose(&family.copyOf(family.loose));
+  copy->removeStyle(Ref<ZTSStyle>(&family.h1));
+  EXPECT_EQ(loose->rawValueForProperty(list), nullptr);
+  EXPECT_EQ(family.loose.rawValueForProperty(list), &family.h1) << "the original stays as it is";
+}
+
+TEST(DowngradeStylesheetTest, InheritedValuesAndDefaultsDoNotBecomeOwnOnes) {
+  Family family;
+  auto& heir = family.scene.style<Defaulting>("heir", "h1", {{size, 7}});
+  family.scene.add(static_cast<ZTSStyle&>(*heir.standIn));
+  family.downgraded(*family.scene.sheet);
+  ZTSStyle& copy = family.copyOf(heir);
+  EXPECT_EQ(valueOf(copy, size), 7);
+  for (const PropertyKey key : {weight, list, label}) EXPECT_EQ(copy.rawValueForProperty(key), nullptr) << key.view();
 }
 
 TEST(DowngradeStylesheetTest, NothingOfTheCopiesStaysOnTheOriginals) {

@@ -90,6 +90,7 @@ TEST(StylePersistenceTest, ShortcutsWriteTheIdentifierAlone) {
   Scene scene;
   scene.style<BuiltIn>("one", "parent", {{size, 3}});
   scene.style<BuiltIn>("plain", {}, {{weight, 3}, {size, 4}});
+  scene.style<BuiltIn>({}, "one", {{weight, 5}});
   const std::string full = archived(*scene.sheet);
   EXPECT_NE(full.find("parent-ident"), std::string::npos);
   EXPECT_NE(full.find("<zt:size/>"), std::string::npos) << "a default is written empty";
@@ -104,6 +105,7 @@ TEST(StylePersistenceTest, ShortcutsWriteTheIdentifierAlone) {
   EXPECT_NE(brief.find("<zt:object zt:class=\"TestBuiltIn\" zt:ident=\"one\"/>"), std::string::npos) << brief;
   EXPECT_NE(brief.find("zt:ident=\"plain\" zt:locked=\"false\""), std::string::npos);
   EXPECT_EQ(valueOf(Loaded(brief)["one"], size), 99);
+  EXPECT_EQ(valueOf(Loaded(brief).anonymous(0), weight), 5) << "without an identifier nothing is short";
 
   const Loaded broken(sheetOf(element("zt:ident='broken'", "", "TestBuiltIn") + element("zt:ident='ok'")));
   EXPECT_EQ(broken.sheet->styles().count(), 1u);
@@ -145,7 +147,55 @@ TEST(StylePersistenceTest, WhatIsMissingIsDefaultedLoggedOrDropped) {
                  "f:3: expected an object or a value, found 'noise' (in the style with identifier 'a')",
                  "f:4: expected an element 'property-map' in a style, found none (in the style with identifier 'c')",
                  "f:5: expected a style as value of 'list', found one of the class 'NSNumber' (in the style with "
-                 "identifier 'd')"}));
+                 "identifier 'd')",
+                 "f: the class 'TestBuiltIn' has no property 'other'; not kept (in the style with identifier 'a')"}));
+}
+
+TEST(StylePersistenceTest, WhatIsNotUnderstoodIsTold) {
+  const auto told = [](const std::string& attributes, const std::string& properties, const std::string& more = {}) {
+    return Loaded(sheetOf("<zt:object zt:class='TestStyle' zt:ident='s' " + attributes + "><zt:property-map>" +
+                          properties + "</zt:property-map>" + more + "</zt:object>"))
+        .findings();
+  };
+  const auto saying = [](const char* text) { return ::testing::ElementsAre(::testing::HasSubstr(text)); };
+  const std::string one = "<zt:integer>1</zt:integer>";
+  EXPECT_EQ(told("zt:locked='true'", "<zt:size>" + one + "</zt:size>"), Log{});
+  EXPECT_THAT(told("zt:locked='maybe'", ""), saying("expected 'true' or 'false' in 'locked', found 'maybe'"));
+  EXPECT_THAT(told("zt:colour='red'", ""), saying("expected no attribute 'colour' in 'object'"));
+  EXPECT_THAT(told("ident='t'", ""), saying("expected no attribute 'ident' in 'object'"));
+  EXPECT_THAT(told("", "", "<zt:property-map/>"), saying("the element 'property-map' has been given before"));
+  EXPECT_THAT(told("", "", "<zt:extra/>"), saying("expected no element 'extra' in 'object'"));
+  EXPECT_EQ(told("", "", "<zt:extra zt:optional='true'/>"), Log{});
+  EXPECT_THAT(told("", "12"), saying("expected no text in 'property-map', found '12'"));
+  EXPECT_THAT(told("", "<zt:size>12</zt:size>"), saying("expected no text in 'size', found '12'"));
+  EXPECT_THAT(told("", "<zt:size>" + one + one + "</zt:size>"), saying("expected one value of 'size', found more"));
+  EXPECT_THAT(told("", "<zt:size>" + one + "</zt:size><zt:size/><zt:size>" + one + "</zt:size>"),
+              ::testing::Each(::testing::HasSubstr("'size' has been set before")));
+  EXPECT_THAT(told("", "<size xmlns='urn:other'>" + one + "</size>"), saying("an element of another namespace"));
+  EXPECT_THAT(told("", "<zt:size><zt:integer zt:unit='cm'>1</zt:integer></zt:size>"), saying("no attribute 'unit'"));
+  EXPECT_THAT(told("", "<zt:size><zt:null>1</zt:null></zt:size>"), saying("expected no text in 'null'"));
+  EXPECT_THAT(told("", "<zt:size><zt:integer>-1</zt:integer></zt:size>"), saying("refuses the value of 'size'"));
+  EXPECT_THAT(told("", "<zt:girth>" + one + "</zt:girth>"), saying("has no property 'girth'"));
+  const std::string shelf = sheetOf(element("zt:ident='s'"));
+  const std::string end = "</zt:archive>";
+  EXPECT_THAT(
+      Loaded(shelf.substr(0, shelf.size() - end.size()) + "<zt:objects>" + element("zt:id='9'") + "</zt:objects>" + end)
+          .findings(),
+      saying("nothing refers to this 'object'"));
+}
+
+TEST(StylePersistenceTest, SavingKeepsTheNameOfAClassThatIsNotKnown) {
+  const std::string text =
+      sheetOf("<zt:object zt:class='Foreign' zt:ancestor='TestStyle' zt:ident='s'><zt:property-map/></zt:object>");
+  const Loaded loaded(text);
+  EXPECT_THAT(loaded.findings(),
+              ::testing::ElementsAre(::testing::HasSubstr("no class is named 'Foreign'; 'TestStyle'")));
+  const std::string again = archived(*loaded.sheet);
+  EXPECT_NE(again.find("zt:class=\"Foreign\" zt:ancestor=\"TestStyle\""), std::string::npos) << again;
+  const Ref<ZTSStyle> kept(&loaded["s"]);
+  loaded.sheet->removeStyle(kept);
+  loaded.sheet->addStyle(make<TestStyle>({.identifier = "s"}));
+  EXPECT_EQ(archived(*loaded.sheet).find("Foreign"), std::string::npos) << "it is the style's, not the identifier's";
 }
 
 TEST(StylePersistenceTest, ErrorsNameTheStyleAndNeverNest) {

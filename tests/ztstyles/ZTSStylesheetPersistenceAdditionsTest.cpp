@@ -12,6 +12,19 @@ class ArchiveHost final : public ZTSStylesheetHost {
   bool shouldArchiveStyle(const ZTSStyle& style) const override { return style.identifier().view() != "secret"; }
 };
 
+struct Clinging : ZTSStyleOf<Clinging, TestStyle> {
+  static constexpr const char* kClassName = "Clinging";
+  void archivingSetStylesheet(ZTSStylesheet* sheet) override {
+    if (sheet == nullptr) throw std::runtime_error("no");
+    TestStyle::archivingSetStylesheet(sheet);
+    last() = Ref<ZTSStyle>(this);
+  }
+  static Ref<ZTSStyle>& last() {
+    static Ref<ZTSStyle> style;
+    return style;
+  }
+};
+
 }  // namespace
 
 TEST(StylesheetPersistenceTest, AnEmptyStylesheetHasTwoEmptyContainers) {
@@ -61,6 +74,43 @@ TEST(StylesheetPersistenceTest, WhatCanBeKeptIsKeptAndSaid) {
   EXPECT_EQ(reportsOf(*loaded.sheet), Log{});
 }
 
+TEST(StylesheetPersistenceTest, WhatIsHeldBackAndReferredToIsWrittenInItsContainer) {
+  ArchiveHost host;
+  Scene scene;
+  auto& secret = scene.style("secret");
+  auto& unused = scene.style<TestAggregate>("unused", {}, {{list, secret}});
+  scene.style<TestAggregate>("kept", {}, {{list, unused}});
+  scene.sheet->setHost(&host);
+  const std::string text = archived(*scene.sheet);
+  EXPECT_EQ(text.find("zt:objects"), std::string::npos) << text;
+  const Loaded loaded(text);
+  EXPECT_EQ(loaded["kept"].rawValueForProperty(list), &loaded["unused"]);
+  EXPECT_EQ(loaded["unused"].rawValueForProperty(list), &loaded["secret"]);
+  EXPECT_EQ(loaded.findings(), Log{});
+}
+
+TEST(StylesheetPersistenceTest, ReferencesToAStyleWhoseIdentifierIsGivenAgainLeadToTheLaterOne) {
+  const auto refersTo = [](const char* id) { return "<zt:list><zt:ref zt:to='" + std::string(id) + "'/></zt:list>"; };
+  const std::string above = "<zt:parent><zt:styles>" + element("zt:ident='a' zt:id='1'") +
+                            element("zt:ident='early'", refersTo("1"), "TestAggregate") +
+                            element("zt:ident='a' zt:id='2'") + element("zt:ident='a' zt:id='3'") +
+                            "</zt:styles><zt:anon-styles/></zt:parent>";
+  const Loaded loaded(sheetOf(element("zt:ident='late'", refersTo("2"), "TestAggregate"), {}, above));
+  ZTSStyle* later = loaded.sheet->parent()->styleWithIdentifier("a");
+  EXPECT_EQ(loaded["late"].rawValueForProperty(list), later);
+  EXPECT_EQ(loaded.sheet->parent()->styleWithIdentifier("early")->rawValueForProperty(list), later);
+  EXPECT_EQ(later->observers().allObjects().size(), 2u);
+  EXPECT_EQ(reportsOf(*loaded.sheet), Log{});
+}
+
+TEST(StylesheetPersistenceTest, AStyleThatIsReplacedIsUnlinkedWhateverItThrows) {
+  Clinging::styleClass();
+  EXPECT_THROW(Loaded(sheetOf(element("zt:ident='a'", {}, "Clinging") + element("zt:ident='a'"))), std::runtime_error);
+  EXPECT_EQ(Clinging::last()->stylesheet(), nullptr);
+  EXPECT_EQ(Clinging::last()->document(), nullptr);
+  Clinging::last().reset();
+}
+
 TEST(StylesheetPersistenceTest, WhatCannotBeKeptEndsTheReading) {
   const std::string open = "<zt:archive xmlns:zt='urn:ztstyles:archive' zt:version='1'>\n<zt:stylesheet zt:id='1'>";
   const std::string close = "<zt:anon-styles/></zt:stylesheet></zt:archive>";
@@ -71,6 +121,12 @@ TEST(StylesheetPersistenceTest, WhatCannotBeKeptEndsTheReading) {
   EXPECT_EQ(errorOf(open + "<zt:parent zt:to='1'/>" + close), "f:2: a stylesheet cannot be among its own ancestors");
   EXPECT_EQ(errorOf(open + "<zt:parent><zt:parent zt:to='1'/><zt:anon-styles/></zt:parent>" + close),
             "f:2: a stylesheet cannot be among its own ancestors");
+  EXPECT_THAT(errorOf(open + "<zt:parent><zt:styles>" +
+                      element("zt:ident='a' zt:id='2'", "<zt:list><zt:ref zt:to='3'/></zt:list>", "TestAggregate") +
+                      element("zt:ident='b' zt:id='3'", "<zt:list><zt:ref zt:to='2'/></zt:list>", "TestAggregate") +
+                      "</zt:styles><zt:anon-styles/></zt:parent></zt:stylesheet></zt:archive>"),
+              ::testing::HasSubstr("couldn't create anonymous children"))
+      << "and what was read is freed";
   EXPECT_EQ(errorOf(open + "<zt:parent><zt:anon-styles><zt:ref zt:to='1'/></zt:anon-styles></zt:parent>" + close),
             "no error");
   std::string deep;
@@ -91,9 +147,9 @@ TEST(StylesheetPersistenceTest, UpgradersAndDowngradersRunInTheirOrder) {
   struct Down final : ZTSStylesheetDowngrader {
     Log& log;
     explicit Down(Log& all) : log(all) {}
-    void preArchiveDowngradeStylesheetForVersionArchiver(ZTSStylesheet&, std::uint64_t version,
+    void preArchiveDowngradeStylesheetForVersionArchiver(ZTSStylesheet& sheet, std::uint64_t version,
                                                          ZTAXMLArchiver&) override {
-      log.push_back(format("down to %d", version));
+      log.push_back(format("down to %d%s", version, sheet.parent() != nullptr ? " child" : ""));
     }
   };
   Scene parent;
@@ -104,8 +160,8 @@ TEST(StylesheetPersistenceTest, UpgradersAndDowngradersRunInTheirOrder) {
   ZTSStylesheet::registerDowngrader(make<Down>(scene.log));
   archived(*scene.sheet, *make<ZTAXMLArchiver>(2, 2));
   Loaded(archived(*scene.sheet, *make<ZTAXMLArchiver>(1, 2)));
-  EXPECT_EQ(scene.log, (Log{"down to 1", "first up from 1", "second up from 1", "first up from 1 child",
-                            "second up from 1 child"}));
+  EXPECT_EQ(scene.log, (Log{"down to 1", "down to 1 child", "first up from 1", "second up from 1",
+                            "first up from 1 child", "second up from 1 child"}));
 }
 
 }  // namespace zt::testing

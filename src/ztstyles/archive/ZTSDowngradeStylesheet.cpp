@@ -19,12 +19,21 @@ ZTSStyle* substituteFor(const ZTAXMLArchiver& archiver, const NSObject* object) 
 }  // namespace
 
 Ref<ZTSStyle> ZTSStyle::downgradeCopy() const {
-  const Ref<const PropertyMap> overrides = overridePropertyMap();
-  return classObject().makeStyle({.name = name(),
-                                  .identifier = identifier(),
-                                  .parentIdentifier = parentIdentifier(),
-                                  .overridePropertyMap = overrides.get(),
-                                  .isLocked = isLocked()});
+  // The stored values themselves: what the class answers as its own values may hold derived ones and defaults.
+  const Ref<const PropertyMap> own = mLocalPropertyMap;
+  Ref<ZTSStyle> copy = classObject().makeStyle({.name = name(),
+                                                .identifier = identifier(),
+                                                .parentIdentifier = parentIdentifier(),
+                                                .overridePropertyMap = own.get(),
+                                                .isLocked = isLocked()});
+  const auto isSame = [](const PropertyMap* left, const PropertyMap* right) {
+    if (left == nullptr || right == nullptr)
+      return (left == nullptr || left->isEmpty()) && (right == nullptr || right->isEmpty());
+    return left->isEqual(*right);
+  };
+  if (copy && !isSame(copy->mLocalPropertyMap.get(), own.get()))
+    copy->p_setPropertyMap(own ? own->copy() : Ref<PropertyMap>());
+  return copy;
 }
 
 // ---- Finding and making
@@ -42,6 +51,11 @@ Ref<ZTSStylesheet> ZTSStylesheet::overrideDowngradeStylesheetWithArchiver(ZTAXML
   if (Ref<ZTSStylesheet> existing = downgradeStylesheetWithArchiver(archiver)) return existing;
   const NestingGuard guard("overrideDowngradeStylesheetWithArchiver:", Nesting::archive);
   const Ref<ZTSStylesheet> self(this);
+  // The parent's family holds this stylesheet too: making it there first leaves nothing to make here.
+  if (const Ref<ZTSStylesheet> above(parent()); above != nullptr) {
+    above->overrideDowngradeStylesheetWithArchiver(archiver);
+    if (Ref<ZTSStylesheet> existing = downgradeStylesheetWithArchiver(archiver)) return existing;
+  }
   const Ref<ZTSDowngradeStylesheet> made = ZTSDowngradeStylesheet::withStylesheetArchiver(*this, archiver);
   if (!made) return {};
   archiver.setEncoderForObject(made, self);
@@ -88,6 +102,7 @@ bool ZTSDowngradeStylesheet::p_initForDowngradeWithStylesheet(ZTSStylesheet& ori
       return;
     }
     store(copy);
+    mOriginals.setObjectForKey(Ref<ZTSStyle>(&style), copy);
     archiver.setEncoderForObject(Ref<NSObject>(static_cast<ZTAXMLCoding*>(copy.get())),
                                  Ref<NSObject>(static_cast<ZTAXMLCoding*>(&style)));
     copy->setStylesheet(this);
@@ -113,9 +128,10 @@ bool ZTSDowngradeStylesheet::p_initForDowngradeWithStylesheet(ZTSStylesheet& ori
   // Copies refer to copies.
   for (const Ref<ZTSStyle>& copy : aggregates) {
     for (PropertyKey key : asAggregateStyle(static_cast<ZTAXMLCoding*>(copy.get()))->referencedStyleProperties()) {
-      const Ref<NSObject> value = copy->valueForProperty(key);
+      // Inherited values and defaults are others' and stay theirs.
+      const Ref<NSObject> value(copy->rawValueForProperty(key));
       if (asStyle(value.get()) == nullptr) continue;
-      if (NSObject* substitute = archiver.encoderForObject(value.get()))
+      if (NSObject* substitute = archiver.encoderForObject(value.get()); asStyle(substitute) != nullptr)
         copy->setValueForProperty(Ref<NSObject>(substitute), key);
     }
   }
@@ -139,24 +155,59 @@ bool ZTSDowngradeStylesheet::hasReplacementForStyle(const ZTSStyle& style) const
   return archiver() != nullptr && archiver()->encoderForObject(static_cast<const ZTAXMLCoding*>(&style)) != nullptr;
 }
 
+namespace {
+
+/// The aggregates that observe the style, in their order.
+std::vector<Ref<ZTSAggregateStyle>> referrersOf(ZTSStyle& style) {
+  std::vector<Ref<ZTSAggregateStyle>> found;
+  for (ZTSStyleObserver* each : style.observers().allObjects()) {
+    if (auto* aggregate = dynamic_cast<ZTSAggregateStyle*>(each)) found.emplace_back(aggregate);
+  }
+  return found;
+}
+
+}  // namespace
+
 void ZTSDowngradeStylesheet::replaceStyleWithStyle(Ref<ZTSStyle> original, Ref<ZTSStyle> replacement) {
-  removeStyle(original);
+  const Ref<ZTSStyle> copy(archiver() != nullptr && original
+                               ? substituteFor(*archiver(), static_cast<ZTAXMLCoding*>(original.get()))
+                               : nullptr);
+  std::vector<Ref<ZTSAggregateStyle>> referrers;
+  if (copy) referrers = referrersOf(*copy);
+  ZTSStylesheet::removeStyle(copy ? copy : original);
+  if (copy) mOriginals.removeObjectForKey(copy.get());
   addStyle(replacement);
+  if (replacement && original) mOriginals.setObjectForKey(original, replacement);
+  for (const Ref<ZTSAggregateStyle>& each : referrers) each->didReplaceStyleWithStyle(copy.get(), replacement.get());
   if (archiver() != nullptr) archiver()->setEncoderForObject(std::move(replacement), std::move(original));
 }
 
 void ZTSDowngradeStylesheet::removeStyle(Ref<ZTSStyle> style) {
+  Ref<ZTSStyle> removed = style;
   if (style && archiver() != nullptr) {
     if (ZTSStyle* substitute = substituteFor(*archiver(), static_cast<ZTAXMLCoding*>(style.get()))) {
-      const Ref<ZTSStyle> copy(substitute);
+      removed.reset(substitute);
       archiver()->removeEncoderForObject(static_cast<ZTAXMLCoding*>(style.get()));
-      style = copy;
     }
   }
-  ZTSStylesheet::removeStyle(std::move(style));
+  const bool isHeld = removed && holdsStyle(*removed);
+  ZTSStylesheet::removeStyle(removed);
+  if (!isHeld) return;
+  mOriginals.removeObjectForKey(removed.get());
+  // A reference to it would bring it back into the archive, where it belongs to nobody.
+  for (const Ref<ZTSAggregateStyle>& each : referrersOf(*removed)) {
+    for (PropertyKey key : std::vector<PropertyKey>(each->referencedStyleProperties())) {
+      if (each->rawValueForProperty(key) == static_cast<NSObject*>(removed.get())) each->removeValueForProperty(key);
+    }
+  }
 }
 
 // ---- Writing
+
+bool ZTSDowngradeStylesheet::isUsedInArchive(const ZTSStyle& style) const {
+  const ZTSStyle* original = mOriginals.objectForKey(&style);
+  return ZTSStylesheet::isUsedInArchive(original != nullptr ? *original : style);
+}
 
 void ZTSDowngradeStylesheet::encodeWithXMLArchiver(ZTAXMLArchiver& archiver, _xmlNode* node, std::uint64_t version) {
   // The parent is named by the original, in whose place the archiver then writes the parent's own copy; the

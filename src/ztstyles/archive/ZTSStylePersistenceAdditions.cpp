@@ -7,8 +7,6 @@
 #include <platform/NSException.h>
 #include <platform/NSNull.h>
 #include <platform/NSUserDefaults.h>
-#include <platform/NSValue.h>
-#include <platform/ZTNesting.h>
 #include <support/ZTUDynamicCast.h>
 #include <support/ZTULog.h>
 #include <ztstyles/ZTSAggregateStyle.h>
@@ -23,7 +21,9 @@
 #include <algorithm>
 #include <atomic>
 #include <memory>
+#include <mutex>
 #include <new>
+#include <unordered_map>
 #include <utility>
 
 namespace zt {
@@ -53,11 +53,50 @@ StringRef attribute(ZTAXMLUnarchiver& unarchiver, xmlNode* node, const char* nam
 
 bool isElement(const xmlNode* node) { return node->type == XML_ELEMENT_NODE && node->name != nullptr; }
 
-xmlNode* firstElementIn(xmlNode* node) {
-  xmlNode* child = node->children;
-  while (child != nullptr && !isElement(child)) child = child->next;
-  return child;
+xmlNode* firstElementFrom(xmlNode* node) {
+  while (node != nullptr && !isElement(node)) node = node->next;
+  return node;
 }
+
+bool isOurs(const xmlNode* node) {
+  return node->ns == &CorvaleNamespace ||
+         (node->ns != nullptr && xmlStrEqual(node->ns->href, CorvaleNamespace.href) != 0);
+}
+
+/// The styles that stand in for one of a class that was unknown when they were read, and that class's name. Each is
+/// here until it dies. Shared by all threads; while there are none, which is as good as always, nobody waits.
+class StandIns {
+ public:
+  static void set(const ZTSStyle& style, const StringRef& className) {
+    const std::lock_guard lock(mutex());
+    names().insert_or_assign(&style, className);
+    sCount = names().size();
+  }
+  static StringRef classOf(const ZTSStyle& style) {
+    if (sCount.load(std::memory_order_relaxed) == 0) return {};
+    const std::lock_guard lock(mutex());
+    auto found = names().find(&style);
+    return found != names().end() ? found->second : StringRef();
+  }
+  static void remove(const ZTSStyle& style) noexcept {
+    if (sCount.load(std::memory_order_relaxed) == 0) return;
+    const std::lock_guard lock(mutex());
+    names().erase(&style);
+    sCount = names().size();
+  }
+
+ private:
+  static std::mutex& mutex() noexcept {
+    static auto* all = new std::mutex;  // outlives every static
+    return *all;
+  }
+  static std::unordered_map<const ZTSStyle*, StringRef>& names() {
+    static auto* all = new std::unordered_map<const ZTSStyle*, StringRef>;
+    return *all;
+  }
+  static std::atomic<std::size_t> sCount;
+};
+std::atomic<std::size_t> StandIns::sCount = 0;
 
 /// The list with one element replaced, or left out, wherever it occurs; none where it does not.
 Ref<NSObject> listWithout(const NSArray& list, NSObject& dropped, NSObject* kept) {
@@ -125,7 +164,11 @@ Ref<ZTAError> ZTSStyle::handleError(Ref<ZTAError> error) {
 void ZTSStyle::encodeWithXMLArchiver(ZTAXMLArchiver& archiver, _xmlNode* node, std::uint64_t version) {
   archiver.setErrorHandler(Ref<ZTAErrorHandler>(this));
   ztaxmlSetZTClassOnNodeOrRaise(node, *this);
-  const bool isShort = checkUsingIdentifiers() && canBeReconstructedFromIdentifier();
+  if (const StringRef unknown = StandIns::classOf(*this)) {
+    ztaxmlSetNSStringNsPropOrRaise(node, CorvaleNamespace, "class", unknown);
+    ztaxmlSetNSStringNsPropOrRaise(node, CorvaleNamespace, "ancestor", classObject().name());
+  }
+  const bool isShort = isIdentified() && checkUsingIdentifiers() && canBeReconstructedFromIdentifier();
   if (!isShort && name()) ztaxmlSetNSStringNsPropOrRaise(node, CorvaleNamespace, "name", name());
   if (identifier()) ztaxmlSetNSStringNsPropOrRaise(node, CorvaleNamespace, "ident", identifier());
   if (isShort) return;
@@ -171,6 +214,11 @@ Ref<NSObject> ZTSStyle::initMoreWithXMLUnarchiver(ZTAXMLUnarchiver& unarchiver, 
   }
   if (StringRef parent = attribute(unarchiver, node, "parent-ident")) p_setParentIdentifier(std::move(parent));
   p_setIsLocked(ztaxmlBoolNsPropDefault(node, CorvaleNamespace, "locked", false));
+  if (const XMLText locked{xmlGetNsProp(node, chars("locked"), CorvaleNamespace.href)}) {
+    const std::string_view word = text(locked.get());
+    if (word != "true" && word != "false" && word != "1" && word != "0")
+      unarchiver.report(node, format("expected 'true' or 'false' in 'locked', found '%s'", word.substr(0, 60)));
+  }
 
   xmlNode* properties = ztaxmlFirstChildNsNamed(node, CorvaleNamespace, "property-map");
   if (properties == nullptr) {
@@ -182,28 +230,42 @@ Ref<NSObject> ZTSStyle::initMoreWithXMLUnarchiver(ZTAXMLUnarchiver& unarchiver, 
   std::size_t count = 0;
   for (xmlNode* each = properties->children; each != nullptr; each = each->next) count += isElement(each) ? 1 : 0;
   const Ref<PropertyMap> map = PropertyMap::make(count);
+  unarchiver.reportUnknown(properties);
   for (xmlNode* each = properties->children; each != nullptr; each = each->next) {
     if (!isElement(each)) continue;
+    if (!isOurs(each)) {
+      if (!ztaxmlOkToSkipNode(each))
+        unarchiver.report(each, "expected a property, found an element of another namespace");
+      continue;
+    }
     const PropertyKey key = unarchiver.propertyKeyForNode(each);
-    Ref<NSObject> value;
-    if (xmlNode* element = firstElementIn(each)) {
-      value = unarchiver.createObjectFromNode(element);
-      if (!value && !ztaxmlOkToSkipNode(element)) {
-        ZTULog_Fn(kZTULogFailure, kSourceFile, "Couldn't create property from node %s, using default",
-                  text(element->name));
-      }
-    }
-    if (!value) value = defaultValueForProp(key);
-    if (value) {
-      map->set(key, std::move(value));
-    } else if (classObject().isValidProperty(key)) {
-      ZTULog_Fn(kZTULogNotice, kSourceFile, "Couldn't get value for %@ from node or defaults, skipping", key);
-    }
+    if (map->contains(key)) unarchiver.report(each, format("'%@' has been set before; this value counts", key));
+    if (Ref<NSObject> value = archivedValue(unarchiver, each, key)) map->set(key, std::move(value));
   }
   p_setPropertyMap(map);
   p_setChildren({});
   p_setObservers({});
   return Ref<NSObject>(static_cast<ZTAXMLCoding*>(this));
+}
+
+/// The value in the property's element, else the default. None where there is neither.
+Ref<NSObject> ZTSStyle::archivedValue(ZTAXMLUnarchiver& unarchiver, _xmlNode* property, PropertyKey key) const {
+  unarchiver.reportUnknown(property);
+  Ref<NSObject> value;
+  if (xmlNode* element = firstElementFrom(property->children)) {
+    value = unarchiver.createObjectFromNode(element);
+    if (!value && !ztaxmlOkToSkipNode(element)) {
+      ZTULog_Fn(kZTULogFailure, kSourceFile, "Couldn't create property from node %s, using default",
+                text(element->name));
+    }
+    if (const xmlNode* second = firstElementFrom(element->next); second != nullptr && !ztaxmlOkToSkipNode(second))
+      unarchiver.report(second, format("expected one value of '%@', found more; the first one counts", key));
+  }
+  if (!value) value = defaultValueForProp(key);
+  if (!value && classObject().isValidProperty(key)) {
+    ZTULog_Fn(kZTULogNotice, kSourceFile, "Couldn't get value for %@ from node or defaults, skipping", key);
+  }
+  return value;
 }
 
 void ZTSStyle::replaceUnarchivedObject(NSObject& dropped, NSObject* kept) {
@@ -259,106 +321,38 @@ void ZTSStyle::releaseArchivedObjects(std::vector<Ref<NSObject>>&& objects) cons
 void ZTSStyle::archivingSetStylesheet(ZTSStylesheet* stylesheet) { p_setStylesheet(stylesheet); }
 void ZTSStyle::archivingUpdateParent() { p_updateParent(); }
 
-void ZTSStyle::upgradeStyleWithUnarchiver(ZTAXMLUnarchiver&, std::uint64_t) {
+void ZTSStyle::upgradeStyleWithUnarchiver(ZTAXMLUnarchiver& unarchiver, std::uint64_t) {
   if (!mLocalPropertyMap) return;
   const ZTSStyleClass& mine = classObject();
   std::vector<PropertyKey> refused;
-  for (const PropertyMap::Entry& entry : *mLocalPropertyMap) {
-    if (!mine.isValidProperty(entry.key)) refused.push_back(entry.key);
-  }
-  for (PropertyKey key : refused) unconditionalRemoveValueForProperty(key);
-}
-
-// ---- Saving on demand
-
-void ZTSStyle::preencodeHookWithXMLArchiver(ZTAXMLArchiver& archiver) { ensureSavedWithXMLArchiver(archiver); }
-
-void ZTSStyle::ensureSavedWithXMLArchiver(ZTAXMLArchiver& archiver) {
-  if (dynamic_cast<ZTVXMLArchiverForPB*>(&archiver) != nullptr) p_archiveStyleAndRelatedWithArchiver(archiver);
-}
-
-namespace {
-
-/// The container that a style is saved into. Raises where there is none.
-xmlNode* containerFor(const ZTSStyle& style, const ZTUPointerKeyDictionary& nodes) {
-  const ZTSStylesheet* stylesheet = style.stylesheet();
-  const auto* pair = ZTUDynamicCast<ZTUPair>(nodes.objectForKey(stylesheet));
-  if (pair == nullptr) {
-    ZTULog_Fn(kZTULogFailure, kSourceFile, "Couldn't get ident/anon styles node pair for style %p, stylesheet %p",
-              address(&style), address(stylesheet));
-    throw NSGenericException(format("Couldn't get ident/anon styles node pair for %@ %p, stylesheet %p",
-                                    style.classObject().name(), address(&style), address(stylesheet)));
-  }
-  const NSValue* wrapped = NSValue::from(style.isIdentified() ? pair->first() : pair->second());
-  auto* node = wrapped != nullptr ? static_cast<xmlNode*>(wrapped->pointerValue()) : nullptr;
-  if (node == nullptr) {
-    ZTULog_Fn(kZTULogFailure, kSourceFile, "Couldn't get dest element node for style %p, stylesheet %p",
-              address(&style), address(stylesheet));
-    throw NSGenericException(format("Couldn't get dest element node for %@ %p, stylesheet %p",
-                                    style.classObject().name(), address(&style), address(stylesheet)));
-  }
-  return node;
-}
-
-/// A style whose needs are being saved: its parent first, then what it refers to.
-struct Saving {
-  Ref<ZTSStyle> style;
-  xmlNode* container;
-  int stage = 0;
-  std::vector<Ref<ZTSStyle>> needs = {};
-  std::size_t nextNeed = 0;
-
-  /// The next style to save before this one; none when only the style itself is left.
-  ZTSStyle* next() {
-    while (true) {
-      if (nextNeed < needs.size()) return needs[nextNeed++].get();
-      std::optional<ZTSStyleSet> more;
-      switch (stage++) {
-        case 0:
-          if (style->parent() != nullptr) return style->parent();
-          continue;
-        case 1: more = style->referencedStyles(); break;
-        case 2: more = style->implicitlyReferencedStyles(); break;
-        default: return nullptr;
-      }
-      needs = more ? more->retainedSnapshot() : std::vector<Ref<ZTSStyle>>();
-      nextNeed = 0;
+  const Ref<const PropertyMap> map = mLocalPropertyMap->copy();  // a class that is asked may do anything
+  for (const PropertyMap::Entry& entry : *map) {
+    if (!mine.isValidProperty(entry.key)) {
+      refused.push_back(entry.key);
+    } else if (NSObject* value = isNull(entry.value.get()) ? nullptr : entry.value.get();
+               value != nullptr && !validateValueForProperty(value, entry.key) &&
+               validateValueForProperty(nullptr, entry.key)) {
+      // A class that does not even let the key be unset has no say about values.
+      unarchiver.report(nullptr, format("the class '%@' refuses the value of '%@' (in the style with identifier '%@')",
+                                        mine.name(), entry.key, identifier()));
     }
   }
-};
-
-}  // namespace
-
-void ZTSStyle::p_archiveStyleAndRelatedWithArchiver(ZTAXMLArchiver& archiver) {
-  const Ref<ZTUPointerKeyDictionary> nodes(
-      ZTUDynamicCast<ZTUPointerKeyDictionary>(archiver.metadataForKey(kZTSStyleDelayedStyleSaveNodeDict)));
-  if (!nodes) return;
-  const Ref<ZTSSavedStyleSet> saved(
-      ZTUDynamicCast<ZTSSavedStyleSet>(archiver.metadataForKey(kZTSStyleDelayedStyleSavedSet)));
-  if (!saved) {
-    ZTULog_Fn(kZTULogFailure, kSourceFile, "Couldn't get archived styles set");
-    throw NSGenericException("Couldn't get archived styles set");
-  }
-  const NestingGuard guard("p_archiveStyleAndRelatedWithArchiver:", Nesting::archive);
-  // Parents and references lead on over chains of any length: they are worked off from a stack. A style
-  // counts as saved before anything is written for it, so that circles end.
-  std::vector<Saving> waiting;
-  const auto begin = [&](ZTSStyle& style) {
-    if (saved->value.containsObject(&style)) return;
-    xmlNode* container = containerFor(style, *nodes);
-    saved->value.addObject(&style);
-    waiting.push_back({Ref<ZTSStyle>(&style), container});
-  };
-  begin(*this);
-  while (!waiting.empty()) {
-    if (ZTSStyle* need = waiting.back().next()) {
-      begin(*need);
-      continue;
-    }
-    const Saving done = std::move(waiting.back());
-    waiting.pop_back();
-    archiver.encodeObject(static_cast<ZTAXMLCoding*>(done.style.get()), done.container, CorvaleNamespace);
+  for (PropertyKey key : refused) {
+    unarchiver.report(nullptr,
+                      format("the class '%@' has no property '%@'; not kept (in the style with identifier '%@')",
+                             mine.name(), key, identifier()));
+    unconditionalRemoveValueForProperty(key);
   }
 }
+
+// ---- Classes that are not known here
+
+const ZTAArchivedItems* ZTSStyle::archivedItems() const {
+  static const auto* items = new ZTAArchivedItems{{"name", "ident", "parent-ident", "locked"}, {"property-map"}};
+  return items;
+}
+
+void ZTSStyle::standInForClassNamed(const StringRef& className) { StandIns::set(*this, className); }
+void ZTSStyle::forgetClassOf(const ZTSStyle& style) noexcept { StandIns::remove(style); }
 
 }  // namespace zt

@@ -3,8 +3,10 @@
 #include <archiving/ZTAXMLArchiver.h>
 #include <archiving/ZTAXMLFunctions.h>
 #include <archiving/ZTAXMLUnarchiver.h>
+#include <platform/NSArray.h>
 #include <platform/NSException.h>
 #include <platform/NSValue.h>
+#include <platform/ZTNesting.h>
 #include <support/ZTUDynamicCast.h>
 #include <support/ZTULog.h>
 #include <ztstyles/ZTSArchiving.h>
@@ -39,10 +41,20 @@ xmlNode* newContainer(xmlNode* node, const char* name) {
   return xmlNewChild(node, &CorvaleNamespace, reinterpret_cast<const xmlChar*>(name), nullptr);
 }
 
+/// The objects among the value, or the elements of a list, that others have replaced.
+void collectReplaced(const NSObject& value, const ZTAXMLUnarchiver& unarchiver,
+                     std::vector<std::pair<Ref<NSObject>, Ref<NSObject>>>& found) {
+  if (const NSArray* list = NSArray::from(&value)) {
+    for (const Ref<NSObject>& element : list->objects()) collectReplaced(*element, unarchiver, found);
+  } else if (NSObject* kept = unarchiver.replacementForObject(&value)) {
+    found.emplace_back(const_cast<NSObject*>(&value), kept);
+  }
+}
+
 /// Whether the host lets the style into an archive.
-bool shouldArchive(const ZTSStyle& style, const ZTSStylesheetHost* host) {
+bool shouldArchive(const ZTSStyle& style, bool isUsed, const ZTSStylesheetHost* host) {
   if (host == nullptr) return true;
-  if (style.usageCount() == 0 && !host->shouldArchiveUnusedStyle(style)) return false;
+  if (!isUsed && !host->shouldArchiveUnusedStyle(style)) return false;
   return host->shouldArchiveStyle(style);
 }
 
@@ -64,6 +76,11 @@ void ZTSStylesheet::p_resetClassSettings() {
 std::optional<std::vector<Ref<ZTSStyle>>> ZTSStylesheet::enumeratorForOrderedIdentifiedStyles() const { return {}; }
 std::optional<std::vector<Ref<ZTSStyle>>> ZTSStylesheet::enumeratorForOrderedAnonymousStyles() const { return {}; }
 
+const ZTAArchivedItems* ZTSStylesheet::archivedItems() const {
+  static const auto* items = new ZTAArchivedItems{{}, {"styles", "anon-styles", "parent"}};
+  return items;
+}
+
 // ---- Upgrading and downgrading
 
 void ZTSStylesheet::registerUpgrader(Ref<ZTSStylesheetUpgrader> upgrader) {
@@ -80,6 +97,11 @@ void ZTSStylesheet::postUnarchiveUpgradeForUnarchiver(ZTAXMLUnarchiver& unarchiv
 }
 
 void ZTSStylesheet::preArchiveDowngradeForVersion(std::uint64_t version, ZTAXMLArchiver& archiver) {
+  const Ref<ZTSStylesheet> self(this);
+  if (const Ref<ZTSStylesheet> above = mParent) {
+    const NestingGuard guard("preArchiveDowngradeForVersion:archiver:", Nesting::archive);
+    above->preArchiveDowngradeForVersion(version, archiver);
+  }
   const std::vector<Ref<ZTSStylesheetDowngrader>> downgraders = settings().downgraders;
   for (const Ref<ZTSStylesheetDowngrader>& each : downgraders) {
     each->preArchiveDowngradeStylesheetForVersionArchiver(*this, version, archiver);
@@ -87,6 +109,8 @@ void ZTSStylesheet::preArchiveDowngradeForVersion(std::uint64_t version, ZTAXMLA
 }
 
 // ---- Writing
+
+bool ZTSStylesheet::isUsedInArchive(const ZTSStyle& style) const { return style.usageCount() != 0; }
 
 void ZTSStylesheet::encodeWithXMLArchiver(ZTAXMLArchiver& archiver, _xmlNode* node, std::uint64_t) {
   xmlNode* identifiedNode = newContainer(node, "styles");
@@ -105,18 +129,24 @@ void ZTSStylesheet::encodeWithXMLArchiver(ZTAXMLArchiver& archiver, _xmlNode* no
   }
   if (mParent) archiver.encodeObjectWithName(Ref<NSObject>(parent()).get(), node, "parent", CorvaleNamespace);
 
+  const Ref<ZTUPair> containers =
+      ZTUPair::pairWithFirstSecond(NSValue::withPointer(identifiedNode), NSValue::withPointer(anonymousNode));
   if (auto* nodes =
           ZTUDynamicCast<ZTUPointerKeyDictionary>(archiver.metadataForKey(kZTSStyleDelayedStyleSaveNodeDict))) {
-    nodes->setObjectForKey(
-        ZTUPair::pairWithFirstSecond(NSValue::withPointer(identifiedNode), NSValue::withPointer(anonymousNode)),
-        Ref<NSObject>(this));
+    nodes->setObjectForKey(containers, Ref<NSObject>(this));
     return;
   }
+  // For styles that are held back below and then turn out to be referred to.
+  if (archiver.metadataForKey(kStylesheetContainers) == nullptr)
+    archiver.setMetadataForKey(make<ZTUPointerKeyDictionary>(), kStylesheetContainers);
+  ZTUDynamicCast<ZTUPointerKeyDictionary>(archiver.metadataForKey(kStylesheetContainers))
+      ->setObjectForKey(containers, Ref<NSObject>(this));
 
   const bool isDiffable = ztaShouldGenerateDiffableXml();
   const auto write = [&](const std::vector<Ref<ZTSStyle>>& styles, xmlNode* container) {
     for (const Ref<ZTSStyle>& style : styles) {
-      if (shouldArchive(*style, mHost)) archiver.encodeObject(style.get(), container, CorvaleNamespace);
+      if (shouldArchive(*style, isUsedInArchive(*style), mHost))
+        archiver.encodeObject(style.get(), container, CorvaleNamespace);
     }
   };
 
@@ -159,6 +189,7 @@ bool ZTSStylesheet::initWithXMLUnarchiver(ZTAXMLUnarchiver& unarchiver, _xmlNode
   readStyles(unarchiver, container,
              [&](Ref<ZTSStyle> style, _xmlNode* child) { takeFromAnonymous(unarchiver, std::move(style), child); });
 
+  if (unarchiver.hasReplacements()) relinkReplaced(unarchiver);
   const std::vector<Ref<ZTSStyle>> all = retainedStyles();
   for (const Ref<ZTSStyle>& style : all) style->archivingUpdateParent();
   for (const Ref<ZTSStyle>& style : all) style->upgradeStyleWithUnarchiver(unarchiver, version);
@@ -182,6 +213,7 @@ void ZTSStylesheet::readParent(ZTAXMLUnarchiver& unarchiver, _xmlNode* node) {
 /// Makes the styles of a container, one after the other, and hands over those that may be kept.
 void ZTSStylesheet::readStyles(ZTAXMLUnarchiver& unarchiver, _xmlNode* container,
                                const std::function<void(Ref<ZTSStyle>, _xmlNode*)>& take) {
+  unarchiver.reportUnknown(container);
   for (xmlNode* child = container->children; child != nullptr; child = child->next) {
     if (child->type != XML_ELEMENT_NODE || child->name == nullptr) continue;
     const Ref<NSObject> object = unarchiver.createObjectFromNode(child);
@@ -235,11 +267,36 @@ void ZTSStylesheet::takeIdentified(ZTAXMLUnarchiver& unarchiver, Ref<ZTSStyle> s
   const Ref<ZTSStyle> earlier = mIdentifiedStyles.set(style->identifier(), style);
   if (earlier == style) return;
   if (earlier) {
-    unarchiver.report(child, format("the identifier '%@' has been given before; this style replaces the earlier one",
-                                    style->identifier()));
-    earlier->archivingSetStylesheet(nullptr);
+    // It is held here no more: whatever is said and thrown from now on, its link must be gone.
+    try {
+      earlier->archivingSetStylesheet(nullptr);
+    } catch (...) {
+      earlier->p_setStylesheet(nullptr);
+      throw;
+    }
   }
   style->archivingSetStylesheet(this);
+  if (!earlier) return;
+  unarchiver.setReplacementForObject(Ref<NSObject>(static_cast<ZTAXMLCoding*>(style.get())),
+                                     Ref<NSObject>(static_cast<ZTAXMLCoding*>(earlier.get())));
+  unarchiver.report(child, format("the identifier '%s' has been given before; this style replaces the earlier one",
+                                  style->identifier()));
+}
+
+/// What refers to a style whose identifier another has taken refers to that other, here and above.
+void ZTSStylesheet::relinkReplaced(ZTAXMLUnarchiver& unarchiver) {
+  for (ZTSStylesheet* each = this; each != nullptr; each = each->parent()) {
+    for (const Ref<ZTSStyle>& style : each->retainedStyles()) {
+      std::vector<std::pair<Ref<NSObject>, Ref<NSObject>>> changes;
+      if (const PropertyMap* map = style->mLocalPropertyMap.get()) {
+        for (const PropertyMap::Entry& entry : *map) collectReplaced(*entry.value, unarchiver, changes);
+      }
+      if (changes.empty()) continue;
+      style->archivingSetStylesheet(nullptr);  // an aggregate does not observe while its values change
+      for (const auto& [dropped, kept] : changes) style->replaceUnarchivedObject(*dropped, kept.get());
+      style->archivingSetStylesheet(each);
+    }
+  }
 }
 
 void ZTSStylesheet::takeAnonymous(Ref<ZTSStyle> style) {

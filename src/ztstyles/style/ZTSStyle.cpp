@@ -60,6 +60,7 @@ ZTSStyle::~ZTSStyle() {
   storeStylesheet(nullptr);
   if (hasState(kIsIndexedValue)) ZTSVariationIndexes::valueDies(*this);
   if (hasState(kRefused)) --sRefusedStyles;
+  forgetClassOf(*this);
   if (mParent) {
     try {
       mParent->p_removeChild(*this);
