@@ -38,6 +38,7 @@ const ZTClass& ZTDocument::appDocumentClass() {
 
 ZTDocument::ZTDocument()
     : mUndoManager(make<NSUndoManager>()),
+      mUses(make<Uses>()),
       mDefaults(ZTSStylesheet::withHost(this)),
       mStylesheet(ZTSStylesheet::withHost(this)) {}
 
@@ -117,6 +118,27 @@ void ZTDocument::recordOrigin(Ref<OdfStyle> style, StyleOrigin origin) {
   }
   mOrigins[style.get()] = std::move(origin);
   mReadStyles.push_back(std::move(style));
+}
+
+void ZTDocument::recordUse(StyleUse use) {
+  if (use.style) countUses(*use.style, use.count);
+  mUses->all.push_back(std::move(use));
+}
+
+void ZTDocument::moveUse(std::size_t index, OdfStyle& style) {
+  mUses->move(*mUndoManager, index, Ref<OdfStyle>(&style));
+}
+
+void ZTDocument::Uses::move(NSUndoManager& manager, std::size_t index, Ref<OdfStyle> style) {
+  StyleUse& use = all[index];
+  const Ref<OdfStyle> before = use.style;
+  manager.registerUndo("moveUse:toStyle:", Ref<Uses>(this),
+                       [undo = &manager, index, before](Uses& uses) { uses.move(*undo, index, before); });
+  use.style = style;
+  for (std::size_t count = 0; count < use.count; ++count) {
+    if (style) style->incrementUsageCount();
+    if (before) before->decrementUsageCount();
+  }
 }
 
 void ZTDocument::countUses(OdfStyle& style, std::size_t uses) {

@@ -33,6 +33,20 @@ struct StyleOrigin {
   int line = 0;          ///< 0 if made
   std::string name;      ///< style:name; of a level, that of its list style and its number
   std::size_t uses = 0;  ///< how often the text uses the style, as `countUses` was told
+  /// Which of the style elements of its part it is, from 0; of a level, its list's. For those who write it back.
+  std::size_t element = kNoElement;
+  std::size_t level = 0;  ///< of a level: which of the elements of its list
+
+  static constexpr std::size_t kNoElement = static_cast<std::size_t>(-1);
+};
+
+/// All places of one part that name one style outside of styles: paragraphs, spans, tables, frames, master pages.
+struct StyleUse {
+  std::size_t part = 0;
+  std::string family;
+  std::string name;  ///< as it was read
+  std::size_t count = 0;
+  Ref<OdfStyle> style;  ///< none where no style has the name
 };
 
 /// The word for a kind: "named", "automatic", ...
@@ -75,6 +89,13 @@ class ZTDocument final : public NSDocument, public ZTSStylesheetHost {
   std::string shown;  ///< the file or folder
   std::vector<Part> parts;
   std::vector<Finding> findings;
+  /// Styles that something names which no reader here understands: they are in use and keep their names.
+  struct UnknownUse {
+    Ref<OdfStyle> style;
+    SourcePlace place;
+    std::string attribute;
+  };
+  std::vector<UnknownUse> unknownUses;
   std::unordered_map<std::string, std::string> fontFamilies;  ///< declared font to family
   /// @}
 
@@ -97,6 +118,12 @@ class ZTDocument final : public NSDocument, public ZTSStylesheetHost {
 
   /// Notes where a style came from, and the name of an automatic style in its part.
   void recordOrigin(Ref<OdfStyle> style, StyleOrigin origin);
+  /// Notes uses by the text, and counts them on their style.
+  void recordUse(StyleUse use);
+  /// In the order in which they were noted.
+  [[nodiscard]] const std::vector<StyleUse>& styleUses() const noexcept { return mUses->all; }
+  /// Lets these places of the text use another style, undoably. The counts go over.
+  void moveUse(std::size_t index, OdfStyle& style);
   /// Counts uses by the text on a style.
   void countUses(OdfStyle& style, std::size_t uses);
   /// Each first style has left the stylesheet, and the second answers for it: what files call the first means the
@@ -119,7 +146,14 @@ class ZTDocument final : public NSDocument, public ZTSStylesheetHost {
   ZTDocument();
   ~ZTDocument() override;
 
+  /// What undo actions of `moveUse` hold: the document itself holds the actions.
+  struct Uses final : NSObject {
+    void move(NSUndoManager& manager, std::size_t index, Ref<OdfStyle> style);
+    std::vector<StyleUse> all;
+  };
+
   Ref<NSUndoManager> mUndoManager;
+  Ref<Uses> mUses;
   Ref<ZTSStylesheet> mDefaults;
   Ref<ZTSStylesheet> mStylesheet;
   std::vector<Ref<OdfStyle>> mReadStyles;

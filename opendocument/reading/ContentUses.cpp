@@ -1,5 +1,7 @@
 #include <opendocument/reading/ContentUses.h>
 
+#include <document/xml/Namespaces.h>
+
 #include <algorithm>
 #include <array>
 
@@ -35,8 +37,8 @@ std::string_view familyOfTableStyleName(std::string_view element) {
 
 }  // namespace
 
-std::string_view referredFamily(const XmlElement& element, const XmlAttribute& attribute) {
-  const auto [prefix, name, value] = attribute;
+std::string_view referredFamily(const XmlName& element, const XmlName& attribute) {
+  const auto [prefix, name] = attribute;
   if (prefix == "text") {
     if (name == "style-name") return familyOfTextStyleName(element.name);
     if (isOneOf(name,
@@ -52,10 +54,14 @@ std::string_view referredFamily(const XmlElement& element, const XmlAttribute& a
   } else if (prefix == "draw") {
     if (name == "text-style-name") return "paragraph";
     if (name == "style-name") {
-      const bool isPage = element.is("draw", "page") || element.is("style", "master-page") ||
-                          element.is("style", "handout-master") || element.is("presentation", "notes");
+      const bool isPage = element == XmlName{"draw", "page"} || element == XmlName{"style", "master-page"} ||
+                          element == XmlName{"style", "handout-master"} || element == XmlName{"presentation", "notes"};
       return isPage ? "drawing-page" : "graphic";
     }
+  } else if (prefix == "style") {
+    if (name == "register-truth-ref-style-name") return "paragraph";
+  } else if (prefix == "form") {
+    if (name == "text-style-name") return "paragraph";
   } else if (name == "style-name") {
     if (prefix == "presentation") return "presentation";
     if (prefix == "chart") return "chart";
@@ -65,11 +71,38 @@ std::string_view referredFamily(const XmlElement& element, const XmlAttribute& a
 
 void ContentUses::addElement(std::size_t part, const XmlElement& element) {
   for (const XmlAttribute& attribute : element.attributes) {
-    if (!attribute.name.ends_with("style-name") && attribute.name != "style-override") continue;
     if (attribute.value.empty()) continue;
-    if (const auto family = referredFamily(element, attribute); !family.empty()) {
+    const XmlName name{attribute.prefix, attribute.name};
+    const bool isReference = attribute.name.ends_with("style-name") || attribute.name == "style-override";
+    const auto family = isReference ? referredFamily({element.prefix, element.name}, name) : std::string_view();
+    if (!family.empty()) {
       add(part, family, attribute.value, element.line);
+    } else if (mayReferToStyle(name)) {
+      addUnknown(part, element, attribute);
     }
+  }
+}
+
+bool mayReferToStyle(const XmlName& attribute) {
+  const auto [prefix, name] = attribute;
+  if (prefix == "xml" || prefix == "none") return false;
+  if (addressForPrefix(prefix).empty()) return true;
+  if (!name.ends_with("style-name") && name != "class-names") return false;
+  // References to other things than styles.
+  return !name.ends_with("data-style-name") && name != "font-style-name" &&
+         !(prefix == "style" && name == "next-style-name");
+}
+
+void ContentUses::addUnknown(std::size_t part, const XmlElement& element, const XmlAttribute& attribute) {
+  constexpr std::size_t kLongestName = 200;
+  for (std::size_t at = 0; at < attribute.value.size() && attribute.value.size() <= kLongestName;) {
+    const std::size_t end = std::min(attribute.value.find(' ', at), attribute.value.size());
+    const std::string_view name = attribute.value.substr(at, end - at);
+    at = end + 1;
+    std::string key = std::string(1, static_cast<char>('0' + part)) + '?';
+    if (name.empty() || !mPlaces.try_emplace(key.append(name), mUnknown.size()).second) continue;
+    const std::string shown = std::string(attribute.prefix) + ':' + std::string(attribute.name);
+    mUnknown.push_back({part, shown, std::string(name), 1, element.line});
   }
 }
 

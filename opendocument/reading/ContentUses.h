@@ -29,14 +29,30 @@ class ContentUses {
 
   [[nodiscard]] const std::vector<ContentUse>& all() const noexcept { return mUses; }
 
+  /// Names in attributes that may refer to styles in a way that is not known here; `family` is the attribute's name.
+  [[nodiscard]] const std::vector<ContentUse>& unknown() const noexcept { return mUnknown; }
+
  private:
+  void addUnknown(std::size_t part, const XmlElement& element, const XmlAttribute& attribute);
   void add(std::size_t part, std::string_view family, std::string_view name, int line);
 
   std::vector<ContentUse> mUses;
+  std::vector<ContentUse> mUnknown;
   std::unordered_map<std::string, std::size_t> mPlaces;
 };
 
-/// The family that an attribute of an element refers to; empty if it is no reference to a style.
-std::string_view referredFamily(const XmlElement& element, const XmlAttribute& attribute);
+/// A name with the standard prefix of its namespace.
+struct XmlName {
+  std::string_view prefix;
+  std::string_view name;
+
+  bool operator==(const XmlName&) const = default;
+};
+
+/// The family that an attribute of an element outside of styles refers to; empty if it is no reference to a style.
+std::string_view referredFamily(const XmlName& element, const XmlName& attribute);
+
+/// Whether an attribute may refer to a style all the same, as those of extensions do.
+bool mayReferToStyle(const XmlName& attribute);
 
 }  // namespace zt

@@ -60,7 +60,11 @@ void ListImporter::makeStyles() {
     fields.parentIdentifier = rootIdentifier("list");
     fields.overridePropertyMap = list.map.get();
     list.style = makeFamilyStyle(StyleFamily::list, fields);
-    mDocument.recordOrigin(list.style, {StyleOrigin::Kind::listStyle, raw.part, raw.line, raw.name});
+    mDocument.recordOrigin(list.style, {.kind = StyleOrigin::Kind::listStyle,
+                                        .part = raw.part,
+                                        .line = raw.line,
+                                        .name = raw.name,
+                                        .element = raw.element});
     const std::string label = mDocument.labelOf(*list.style);
     for (std::size_t index = 0; index < raw.levels.size(); ++index)
       list.levels.push_back(makeLevel(list, index, label));
@@ -80,8 +84,12 @@ Ref<OdfStyle> ListImporter::makeLevel(List& list, std::size_t index, const std::
   fields.overridePropertyMap = list.levelMaps[index].get();
   Ref<OdfStyle> level = makeFamilyStyle(StyleFamily::listLevel, fields);
   list.style->p_setValueForProperty(level, keys::listLevel(position));
-  mDocument.recordOrigin(
-      level, {StyleOrigin::Kind::listLevel, list.raw->part, raw.line, fmt::format("{}/level-{}", label, position)});
+  mDocument.recordOrigin(level, {.kind = StyleOrigin::Kind::listLevel,
+                                 .part = list.raw->part,
+                                 .line = raw.line,
+                                 .name = fmt::format("{}/level-{}", label, position),
+                                 .element = list.raw->element,
+                                 .level = index});
   return level;
 }
 

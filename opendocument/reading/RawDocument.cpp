@@ -94,14 +94,17 @@ class PartReader : public XmlHandler {
   }
 
   void startInStyles(const XmlElement& element) {
-    if (mDepth == 3) return startStyle(element);
+    if (mDepth == 3) {
+      ++mElement;
+      return startStyle(element);
+    }
     if (mScene == Scene::style) {
       if (mDepth == 4) return startStyleChild(element);
     } else if (mScene == Scene::listStyle) {
       if (mDepth == 4) return startLevel(element);
       if (mDepth == 5 && startGroup(element, mListStyle.levels.back().properties)) return;
     } else {
-      return;
+      return mDocument.settingUses.addElement(mPart, element);
     }
     // Below a property element, and below what is neither known nor to be lost.
     mOpaqueLine = element.line;
@@ -121,6 +124,7 @@ class PartReader : public XmlHandler {
                                                      : RawStyle::Kind::named;
       mStyle.part = mPart;
       mStyle.line = element.line;
+      mStyle.element = mElement;
       for (const XmlAttribute& attribute : element.attributes) {
         if (attribute.is("style", "family")) {
           mStyle.family = attribute.value;
@@ -139,6 +143,7 @@ class PartReader : public XmlHandler {
       mListStyle.isAutomatic = mSection == Section::automatic;
       mListStyle.part = mPart;
       mListStyle.line = element.line;
+      mListStyle.element = mElement;
       for (const XmlAttribute& attribute : element.attributes) {
         if (attribute.is("style", "name")) {
           mListStyle.name = attribute.value;
@@ -146,6 +151,9 @@ class PartReader : public XmlHandler {
           mListStyle.attributes.push_back(raw(attribute));
         }
       }
+    } else {
+      mDocument.settingUses.addElement(mPart,
+                                       element);  // settings of notes and line numbers, page layouts, table templates
     }
   }
 
@@ -210,6 +218,7 @@ class PartReader : public XmlHandler {
   RawDocument& mDocument;
   std::size_t mPart;
   std::size_t mDepth = 0;
+  std::size_t mElement = static_cast<std::size_t>(-1);  // of the styles of the part; the first becomes 0
   bool mSawRoot = false;
   Section mSection = Section::other;
   Scene mScene = Scene::none;

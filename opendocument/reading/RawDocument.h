@@ -22,6 +22,7 @@ struct RawDocument {
   std::vector<RawListStyle> listStyles;
   std::vector<RawFontFace> fontFaces;
   ContentUses uses;
+  ContentUses settingUses;        ///< of settings, page layouts and templates beside the styles
   std::vector<Finding> findings;  ///< of the package and of its text
 
   /// Reads all parts. Where a part stops being readable, what stood before is kept and a finding

@@ -48,8 +48,9 @@ struct RawStyle {
   Kind kind = Kind::named;
   std::size_t part = 0;  ///< index into the document's parts
   int line = 0;
-  std::string family;  ///< may be empty in a bad file
-  std::string name;    ///< empty for a default style, and in a bad file
+  std::size_t element = 0;  ///< which of the style elements of its part, from 0
+  std::string family;       ///< may be empty in a bad file
+  std::string name;         ///< empty for a default style, and in a bad file
   std::optional<std::string> parent;
   std::vector<RawAttribute> attributes;  ///< all the others of the element
   std::vector<RawProperty> properties;   ///< in the order of the file
@@ -75,9 +76,10 @@ struct RawListStyle {
   bool isAutomatic = false;
   std::size_t part = 0;
   int line = 0;
+  std::size_t element = 0;  ///< which of the style elements of its part, from 0
   std::string name;
   std::vector<RawAttribute> attributes;
-  std::vector<RawListLevel> levels;
+  std::vector<RawListLevel> levels;  ///< one for each child element
 
   [[nodiscard]] const std::string* attribute(std::string_view prefix, std::string_view attributeName) const;
 };

@@ -104,9 +104,11 @@ class StyleImporter {
       mRoots.push_back(makeFamilyStyle(family, {.identifier = identifier,
                                                 .parentIdentifier = hasDefault ? identifier : StringRef(),
                                                 .overridePropertyMap = map.get()}));
-      mDocument->recordOrigin(
-          mRoots.back(),
-          raw != nullptr ? StyleOrigin{StyleOrigin::Kind::defaultStyle, raw->part, raw->line, {}} : StyleOrigin{});
+      mDocument->recordOrigin(mRoots.back(), raw != nullptr ? StyleOrigin{.kind = StyleOrigin::Kind::defaultStyle,
+                                                                          .part = raw->part,
+                                                                          .line = raw->line,
+                                                                          .element = raw->element}
+                                                            : StyleOrigin{});
       if (raw != nullptr) mStyles[indexOf(*raw)] = mRoots.back();
     }
   }
@@ -128,7 +130,8 @@ class StyleImporter {
       Ref<OdfStyle>& style = mStyles[indexOf(raw)];
       style = makeFamilyStyle(*familyWithName(raw.family), fields);
       const auto kind = isNamed ? StyleOrigin::Kind::named : StyleOrigin::Kind::automatic;
-      mDocument->recordOrigin(style, {kind, raw.part, raw.line, raw.name});
+      mDocument->recordOrigin(
+          style, {.kind = kind, .part = raw.part, .line = raw.line, .name = raw.name, .element = raw.element});
     }
   }
 
@@ -180,12 +183,30 @@ class StyleImporter {
     addFamily(true);
     mLists.addStyles();
     addFamily(false);
-    for (const ContentUse& use : mRaw.uses.all()) {
-      OdfStyle* style = mDocument->referredStyle(use.part, use.family, use.name);
-      if (style != nullptr) mDocument->countUses(*style, use.count);
-    }
+    for (const auto* uses : {&mRaw.uses, &mRaw.settingUses}) readUses(*uses);
     stylesheet.setIsChangeCommunicationEnabled(true);
     mDocument->undoManager()->enableUndoRegistration();
+  }
+
+  void readUses(const ContentUses& uses) {
+    for (const ContentUse& use : uses.all()) {
+      OdfStyle* style = mDocument->referredStyle(use.part, use.family, use.name);
+      mDocument->recordUse({use.part, use.family, use.name, use.count, Ref<OdfStyle>(style)});
+    }
+    for (const ContentUse& use : uses.unknown()) keepInUse(use);
+  }
+
+  // What an attribute of an extension calls by name may be a style: it is not to be removed.
+  void keepInUse(const ContentUse& use) {
+    for (const StyleFamily family : kStyleFamilies) {
+      OdfStyle* style = mDocument->referredStyle(use.part, familyName(family), use.name);
+      if (style == nullptr) continue;
+      style->incrementUsageCount();
+      mDocument->unknownUses.push_back({Ref<OdfStyle>(style), mRaw.place(use.part, use.line), use.family});
+      mDocument->findings.push_back(
+          {Finding::Severity::note, "unknown-use", mRaw.place(use.part, use.line), mDocument->labelOf(*style),
+           fmt::format("is named by {:.60}, which is not known; taken for used", use.family)});
+    }
   }
 
   const RawDocument& mRaw;
