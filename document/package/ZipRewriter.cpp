@@ -86,8 +86,25 @@ std::vector<std::string> zipEntryNames(std::string_view bytes, const std::string
   return namesIn(*open(*source, ZIP_RDONLY, shown), shown);
 }
 
+std::string zipEntry(std::string_view bytes, const std::string& name, const std::string& shown) {
+  const Source source = sourceOf(bytes);
+  const Archive archive = open(*source, ZIP_RDONLY, shown);
+  zip_stat_t facts;
+  zip_stat_init(&facts);
+  if (zip_stat(archive.get(), name.c_str(), ZIP_FL_ENC_RAW, &facts) != 0) return {};
+  const std::unique_ptr<zip_file_t, int (*)(zip_file_t*)> file(zip_fopen_index(archive.get(), facts.index, 0),
+                                                               zip_fclose);
+  if (file == nullptr) fail(*archive, shown);
+  constexpr zip_uint64_t kLargest = std::uint64_t{1} << 30;
+  if (facts.size > kLargest) throw ReadError({shown}, fmt::format("the entry '{}' is too large", name));
+  std::string content(facts.size, '\0');
+  const zip_int64_t read = zip_fread(file.get(), content.data(), content.size());
+  if (read < 0 || static_cast<zip_uint64_t>(read) != facts.size) fail(*archive, shown);
+  return content;
+}
+
 std::string zipWithEntries(std::string_view bytes, const std::map<std::string, std::string>& replaced,
-                           const std::string& shown) {
+                           const std::string& shown, const std::vector<std::string>& dropped) {
   const Source source = sourceOf(bytes);
   Archive archive = open(*source, 0, shown);
   std::set<std::string> seen;
@@ -95,6 +112,10 @@ std::string zipWithEntries(std::string_view bytes, const std::map<std::string, s
     if (!seen.insert(name).second) throw ReadError({shown}, fmt::format("the package has two entries '{}'", name));
   }
   for (const auto& [name, content] : replaced) replace(*archive, name, content, shown);
+  for (const std::string& name : dropped) {
+    const zip_int64_t index = zip_name_locate(archive.get(), name.c_str(), ZIP_FL_ENC_RAW);
+    if (index < 0 || zip_delete(archive.get(), static_cast<zip_uint64_t>(index)) != 0) fail(*archive, shown);
+  }
   if (zip_close(archive.get()) != 0) fail(*archive, shown);
   archive.release();  // closed, and released by that
 

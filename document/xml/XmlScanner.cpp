@@ -242,7 +242,7 @@ std::string_view XmlScanner::standard(std::string_view written) const {
   for (auto declared = mDeclared.rbegin(); declared != mDeclared.rend(); ++declared) {
     if (declared->written == written) return declared->standard;
   }
-  return "none";
+  return mPrefixes == Prefixes::standard ? written : "none";
 }
 
 }  // namespace zt

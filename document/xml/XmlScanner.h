@@ -39,6 +39,9 @@ class XmlScanner {
  public:
   /// What the prefixes of a piece of a larger text mean has to be handed over.
   explicit XmlScanner(std::string_view text, std::vector<XmlDeclaredPrefix> declared = {});
+  /// Of a text in the form that `OpaqueText` writes: prefixes without a declaration are standard ones.
+  enum class Prefixes : bool { declared, standard };
+  XmlScanner(std::string_view text, Prefixes prefixes) : XmlScanner(text) { mPrefixes = prefixes; }
 
   /// Goes to the next tag; false at the end. Throws `std::runtime_error` where the text is not well-formed after all.
   bool next();
@@ -84,6 +87,7 @@ class XmlScanner {
   std::string_view mPrefix;
   std::string mPrefixOfEnd;  // declarations of an element are gone when its end is told
   std::string_view mName;
+  Prefixes mPrefixes = Prefixes::declared;
   bool mIsStart = false;
   bool mIsEmpty = false;
   bool mOwesEnd = false;

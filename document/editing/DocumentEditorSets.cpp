@@ -1,0 +1,275 @@
+// Edits of many styles at once, and what the single ones share.
+
+#include <document/editing/DocumentEditor.h>
+#include <document/editing/LookImage.h>
+#include <document/editing/StyleNames.h>
+#include <document/styles/PropertyRules.h>
+#include <document/styles/StyleValues.h>
+
+#include <platform/NSString.h>
+#include <ztstyles/ZTSStylesheetObserver.h>
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace zt {
+
+namespace {
+
+/// Notes what leaves the stylesheet while it lives.
+class Leaving : public ZTSStylesheetObserver {
+ public:
+  explicit Leaving(ZTSStylesheet& stylesheet) : mStylesheet(stylesheet) { mStylesheet.addObserver(this); }
+  ~Leaving() override { mStylesheet.removeObserver(this); }
+  void removedStyleFromStylesheet(ZTSStyle& style, ZTSStylesheet&) override {
+    if (OdfStyle* left = asOdfStyle(static_cast<NSObject*>(&style))) styles.emplace_back(left);
+  }
+  std::vector<Ref<OdfStyle>> styles;
+
+ private:
+  ZTSStylesheet& mStylesheet;
+};
+
+/// Own values that count for whether two styles are one; styles among them are compared by identity.
+Ref<PropertyMap> comparedValues(const OdfStyle& style, bool ignoresRevisionMarks) {
+  const Ref<PropertyMap> values = PropertyMap::make();
+  if (const Ref<const PropertyMap> own = style.overridePropertyMap()) {
+    for (const PropertyMap::Entry& entry : *own) {
+      if (!ignoresRevisionMarks || !entry.key.view().ends_with("rsid")) values->set(entry.key, entry.value);
+    }
+  }
+  return values;
+}
+
+bool areSame(const PropertyMap& first, const PropertyMap& second) {
+  return first.count() == second.count() &&
+         std::all_of(first.begin(), first.end(), [&](const PropertyMap::Entry& entry) {
+           const NSObject* other = second.find(entry.key);
+           return asStyle(entry.value.get()) != nullptr ? entry.value.get() == other
+                                                        : sameOrEqual(entry.value.get(), other);
+         });
+}
+
+/// Applications take these for text that names no style.
+bool isUsedUnnamed(const ZTSStyle& style) {
+  if (!style.isIdentified()) return false;
+  const std::string_view identifier = style.identifier().view();
+  const std::string_view name = fileNameOf(style);
+  return identifier.starts_with("outline:") || name == "Standard" || name == "standard" || name == "Default" ||
+         name == "default";
+}
+
+}  // namespace
+
+std::vector<Ref<OdfStyle>> DocumentEditor::dedupe(const DedupeOptions& options) {
+  std::set<const ZTSStyle*> fixed;  // what values refer to, and what nobody here understands
+  for (const ZTDocument::UnknownUse& use : mDocument.unknownUses) fixed.insert(use.style.get());
+  for (const Ref<ZTSStyle>& each : mDocument.stylesheet().retainedStyles()) {
+    if (const Ref<const PropertyMap> own = each->overridePropertyMap()) {
+      for (const PropertyMap::Entry& entry : *own) {
+        if (const ZTSStyle* referred = asStyle(entry.value.get())) fixed.insert(referred);
+        for (const NamedStyle& named :
+             stylesNamedBy(*asOdfStyle(static_cast<NSObject*>(each.get())), entry.key, *entry.value))
+          fixed.insert(mDocument.referredStyle(partOf(*asOdfStyle(static_cast<NSObject*>(each.get()))), named.family,
+                                               named.name));
+      }
+    }
+  }
+  struct Candidate {
+    Ref<OdfStyle> style;
+    Ref<PropertyMap> values;
+  };
+  std::unordered_map<std::string, std::vector<Candidate>> groups;
+  std::unordered_map<const ZTSStyle*, OdfStyle*> answers;
+  std::vector<Ref<OdfStyle>> gone;
+  for (const Ref<OdfStyle>& read : mDocument.readStyles()) {
+    const StyleOrigin* origin = mDocument.originOf(*read);
+    if (origin->kind != StyleOrigin::Kind::automatic || read->stylesheet() == nullptr || read->isIdentified() ||
+        origin->name.empty() || fixed.contains(read.get()))
+      continue;
+    Ref<PropertyMap> values = comparedValues(*read, options.ignoresRevisionMarks);
+    const std::string key =
+        fmt::format("{}/{}/{}/{}", origin->part, read->familyName(), read->parentIdentifier().view(), values->hash());
+    std::vector<Candidate>& group = groups[key];
+    const auto same = std::find_if(group.begin(), group.end(),
+                                   [&](const Candidate& candidate) { return areSame(*candidate.values, *values); });
+    if (same == group.end()) {
+      group.push_back({read, std::move(values)});
+    } else {
+      answers[read.get()] = same->style.get();
+      gone.push_back(read);
+    }
+  }
+  for (std::size_t index = 0; index < mDocument.styleUses().size(); ++index) {
+    const auto answer = answers.find(mDocument.styleUses()[index].style.get());
+    if (answer != answers.end()) mDocument.moveUse(index, *answer->second);
+  }
+  for (const Ref<OdfStyle>& style : gone) mDocument.stylesheet().removeStyle(style);
+  return gone;
+}
+
+std::vector<Ref<OdfStyle>> DocumentEditor::cleanup(const CleanupOptions& options) {
+  ZTSStylesheet& sheet = mDocument.stylesheet();
+  // What a style that stays calls by name stays too: each of them counts as used for as long as this takes.
+  std::vector<Ref<OdfStyle>> held;
+  const auto hold = [&](OdfStyle* style) {
+    if (style == nullptr || style->usageCount() != 0) return;
+    style->incrementUsageCount();
+    held.emplace_back(style);
+  };
+  const auto stays = [&](const OdfStyle& style) {
+    const StyleOrigin* origin = mDocument.originOf(style);
+    const bool isRoot = origin != nullptr &&
+                        (origin->kind == StyleOrigin::Kind::made || origin->kind == StyleOrigin::Kind::defaultStyle);
+    return isRoot || isUsedUnnamed(style) || (options.keepsNamed && style.isIdentified()) ||
+           options.kept.contains(mDocument.labelOf(style)) || options.kept.contains(style.name().text()) ||
+           (origin != nullptr && options.kept.contains(origin->name));
+  };
+  for (const Ref<ZTSStyle>& each : sheet.retainedStyles()) {
+    OdfStyle* style = asOdfStyle(static_cast<NSObject*>(each.get()));
+    if (style != nullptr && stays(*style)) hold(style);
+  }
+  std::set<const ZTSStyle*> seen;
+  for (bool isNew = true; isNew;) {
+    isNew = false;
+    for (const Ref<ZTSStyle>& each : sheet.retainedStyles()) {
+      OdfStyle* style = asOdfStyle(static_cast<NSObject*>(each.get()));
+      if (style == nullptr || style->usageCount() == 0 || !seen.insert(style).second) continue;
+      isNew = true;
+      const Ref<const PropertyMap> own = style->overridePropertyMap();
+      if (!own) continue;
+      for (const PropertyMap::Entry& entry : *own) {
+        for (const NamedStyle& named : stylesNamedBy(*style, entry.key, *entry.value))
+          hold(mDocument.referredStyle(partOf(*style), named.family, named.name));
+      }
+    }
+  }
+  Leaving leaving(sheet);
+  mDocument.mayRemoveUnused = [](const ZTSStyle&) { return true; };
+  sheet.enableUnusedStyleCleanup();
+  sheet.cleanupUnusedStyles();
+  sheet.disableUnusedStyleCleanup();
+  mDocument.mayRemoveUnused = {};
+  for (const Ref<OdfStyle>& style : held) style->decrementUsageCount();
+  return std::move(leaving.styles);
+}
+
+bool DocumentEditor::isMeant(const OdfStyle& style, PropertyKey key) const {
+  const auto found = mMeant.find(&style);
+  return found != mMeant.end() && (!found->second || found->second->contains(key.view()));
+}
+
+// The style, what inherits from it, and what refers to any of these.
+void DocumentEditor::mean(const OdfStyle& start, const std::set<std::string_view>* keys) {
+  std::vector<const ZTSStyle*> open = {&start};
+  std::set<const ZTSStyle*> seen;
+  std::unordered_map<const ZTSStyle*, std::vector<const ZTSStyle*>> referring;
+  for (const Ref<ZTSStyle>& each : mDocument.stylesheet().retainedStyles()) {
+    if (const Ref<const PropertyMap> own = each->overridePropertyMap()) {
+      for (const PropertyMap::Entry& entry : *own) {
+        if (const ZTSStyle* referred = asStyle(entry.value.get())) referring[referred].push_back(each.get());
+      }
+    }
+  }
+  std::set<const ZTSStyle*> wholly;  // reached by way of a reference: the key that differs is that of the reference
+  while (!open.empty()) {
+    const ZTSStyle* style = open.back();
+    open.pop_back();
+    if (!seen.insert(style).second) continue;
+    auto& meant = mMeant[style];
+    const bool isNew = std::none_of(mHeld.begin(), mHeld.end(), [&](const auto& held) { return held.get() == style; });
+    if (isNew) {
+      mHeld.emplace_back(asOdfStyle(const_cast<NSObject*>(static_cast<const NSObject*>(style))));
+      meant.emplace();
+    }
+    if (keys == nullptr || wholly.contains(style)) {
+      meant.reset();
+    } else if (meant) {
+      meant->insert(keys->begin(), keys->end());
+    }
+    for (const Ref<ZTSStyle>& child : style->children().retainedSnapshot()) {
+      if (wholly.contains(style)) wholly.insert(child.get());
+      open.push_back(child.get());
+    }
+    for (const ZTSStyle* each : referring[style]) {
+      wholly.insert(each);
+      open.push_back(each);
+    }
+  }
+}
+
+void DocumentEditor::refuseUnknownUses(const OdfStyle& style, const char* what) const {
+  for (const ZTDocument::UnknownUse& use : mDocument.unknownUses) {
+    if (use.style != &style) continue;
+    throw EditError(fmt::format("{} cannot be {}: {} names it at {}, and what that means is not known",
+                                mDocument.labelOf(style), what, use.attribute, use.place.text()));
+  }
+}
+
+void DocumentEditor::moveUses(const OdfStyle& from, OdfStyle& to) {
+  for (std::size_t index = 0; index < mDocument.styleUses().size(); ++index) {
+    if (mDocument.styleUses()[index].style == &from) mDocument.moveUse(index, to);
+  }
+}
+
+void DocumentEditor::followNames(const OdfStyle& style, const std::string& oldName, const std::string& newName) {
+  const NamedStyle wanted{style.family() == StyleFamily::list ? "list" : style.familyName(), oldName};
+  for (const Ref<ZTSStyle>& each : mDocument.stylesheet().retainedStyles()) {
+    OdfStyle& holder = *asOdfStyle(static_cast<NSObject*>(each.get()));
+    const Ref<const PropertyMap> own = holder.overridePropertyMap();
+    if (!own || &holder == &style) continue;
+    std::vector<std::pair<PropertyKey, Ref<NSObject>>> found;
+    for (const PropertyMap::Entry& entry : *own) {
+      const std::vector<NamedStyle> named = stylesNamedBy(holder, entry.key, *entry.value);
+      if (std::find(named.begin(), named.end(), wanted) != named.end()) found.emplace_back(entry.key, entry.value);
+    }
+    // An automatic style of the same name is what the holder means.
+    if (found.empty() || mDocument.automaticStyle(partOf(holder), wanted.family, oldName) != nullptr) continue;
+    for (const auto& [key, value] : found) {
+      if (!newName.empty()) {
+        holder.setValueForProperty(
+            valueWithNames(holder, key, *value,
+                           [&](const NamedStyle& named) { return named == wanted ? newName : std::string(); }),
+            key);
+      } else if (NSString::from(value.get()) != nullptr) {
+        holder.removeValueForProperty(key);
+      } else {
+        throw EditError(fmt::format("{} names {} in {}, and nothing could take its place", mDocument.labelOf(holder),
+                                    mDocument.labelOf(style), key.view()));
+      }
+    }
+  }
+  // A style may name itself, as the style of the next paragraph.
+  if (newName.empty() || style.stylesheet() == nullptr) return;
+  OdfStyle& self = const_cast<OdfStyle&>(style);
+  for (const PropertyKey key : {keys::nextStyle(), keys::linkedStyle()}) {
+    const NSObject* own = self.p_overrideValueForProperty(key);
+    if (own == nullptr) continue;
+    const std::vector<NamedStyle> named = stylesNamedBy(self, key, *own);
+    if (named.size() == 1 && named.front() == wanted) self.setValueForProperty(NSString::make(newName), key);
+  }
+}
+
+std::size_t DocumentEditor::partOf(const OdfStyle& style) const {
+  const StyleOrigin* origin = mDocument.originOf(style);
+  return origin != nullptr ? origin->part : 0;
+}
+
+// The levels of a list style have no other use.
+void DocumentEditor::takeOut(OdfStyle& style) {
+  const Ref<OdfStyle> held(&style);
+  std::vector<Ref<OdfStyle>> levels;
+  if (const Ref<const PropertyMap> own = style.overridePropertyMap()) {
+    for (const PropertyMap::Entry& entry : *own) {
+      OdfStyle* level = asOdfStyle(entry.value.get());
+      if (level != nullptr && level->family() == StyleFamily::listLevel) levels.emplace_back(level);
+    }
+  }
+  mDocument.stylesheet().removeStyle(held);
+  for (const Ref<OdfStyle>& level : levels) {
+    if (level->stylesheet() != nullptr && level->usageCount() == 0) mDocument.stylesheet().removeStyle(level);
+  }
+}
+
+}  // namespace zt

@@ -1,0 +1,123 @@
+#include <document/editing/LookImage.h>
+
+#include <document/styles/PropertyRules.h>
+#include <document/styles/StyleValues.h>
+
+#include <platform/NSNull.h>
+
+#include <algorithm>
+#include <set>
+
+namespace zt {
+
+bool isLook(PropertyKey key) {
+  const std::string_view name = key.view();
+  if (name.ends_with("rsid")) return false;  // marks of revisions
+  if (!name.starts_with("style.")) return true;
+  return name == keys::listStyle().view() || name == keys::masterPage().view() || name.ends_with("data-style-name") ||
+         name == "style.style.default-outline-level" || name == "style.style.list-level";
+}
+
+LookImage::LookImage(const ZTDocument& document) {
+  for (const StyleUse& use : document.styleUses()) {
+    const StyleLook* look = use.style ? lookOf(*use.style) : nullptr;
+    const std::string label = use.style ? document.labelOf(*use.style) : std::string();
+    mUses.push_back({use.part, use.family, use.count, use.style, label, look});
+  }
+  for (const StyleFamily family : kStyleFamilies) {
+    OdfStyle* root = document.rootStyle(familyName(family));
+    if (root != nullptr && family != StyleFamily::other)
+      mRoots.push_back(
+          {0, std::string(familyName(family)), 0, Ref<OdfStyle>(root), document.labelOf(*root), lookOf(*root)});
+  }
+}
+
+const StyleLook* LookImage::lookOf(const OdfStyle& style) {
+  auto [found, isNew] = mLooks.try_emplace(&style);
+  if (!isNew) return found->second.get();
+  found->second = std::make_unique<StyleLook>();
+  StyleLook* look = found->second.get();
+  look->values = PropertyMap::make();
+  const Ref<PropertyMap> all = style.propertyMap();
+  if (!all) return look;
+  for (const PropertyMap::Entry& entry : *all) {
+    if (!isLook(entry.key)) continue;
+    const Ref<NSObject> value = style.valueForProperty(entry.key);
+    if (!value) continue;
+    if (const OdfStyle* reference = asOdfStyle(static_cast<const NSObject*>(value.get()))) {
+      look->references.emplace_back(entry.key, lookOf(*reference));
+    } else {
+      look->values->set(entry.key, value);
+    }
+  }
+  return look;
+}
+
+std::vector<LookImage::Difference> LookImage::compare(const StyleLook& before, const StyleLook& after) {
+  std::vector<Difference> differences;
+  const auto text = [](const NSObject* value) { return value == nullptr ? std::string("(none)") : valueText(value); };
+  for (const PropertyMap::Entry& entry : *before.values) {
+    const NSObject* now = after.values->find(entry.key);
+    if (!sameOrEqual(entry.value.get(), now))
+      differences.push_back({{}, entry.key, text(entry.value.get()), text(now)});
+  }
+  for (const PropertyMap::Entry& entry : *after.values) {
+    if (!before.values->contains(entry.key)) differences.push_back({{}, entry.key, "(none)", text(entry.value.get())});
+  }
+  const auto referenceIn = [](const StyleLook& look, PropertyKey key) -> const StyleLook* {
+    const auto found = std::find_if(look.references.begin(), look.references.end(),
+                                    [key](const auto& reference) { return reference.first == key; });
+    return found == look.references.end() ? nullptr : found->second;
+  };
+  std::set<std::string_view> keys;
+  for (const StyleLook* look : {&before, &after}) {
+    for (const auto& reference : look->references) {
+      if (!keys.insert(reference.first.view()).second) continue;
+      const StyleLook* first = referenceIn(before, reference.first);
+      const StyleLook* second = referenceIn(after, reference.first);
+      if (first == nullptr || second == nullptr || !compare(*first, *second).empty())
+        differences.push_back({{},
+                               reference.first,
+                               first != nullptr ? "a style" : "(none)",
+                               second == nullptr  ? "(none)"
+                               : first == nullptr ? "a style"
+                                                  : "another look"});
+    }
+  }
+  return differences;
+}
+
+std::vector<LookImage::Difference> LookImage::differencesTo(const ZTDocument& after,
+                                                            const std::function<std::string(std::size_t)>& nameOf,
+                                                            const IsMeant& isMeant, std::size_t most) const {
+  LookImage now(after);
+  std::vector<Difference> told;
+  std::set<std::pair<const StyleLook*, const StyleLook*>> equal;
+  const auto compareUse = [&](const Use& use, const OdfStyle* style) {
+    if (style == nullptr) {
+      told.push_back({use.label, {}, "used", "missing"});
+      return;
+    }
+    const StyleLook* look = now.lookOf(*style);
+    if (!equal.insert({use.look, look}).second) return;
+    for (Difference& difference : compare(*use.look, *look)) {
+      if (told.size() >= most || isMeant(*use.style, difference.key)) continue;
+      difference.style = use.label;
+      told.push_back(std::move(difference));
+    }
+  };
+  std::size_t countBefore = 0;
+  std::size_t countAfter = 0;
+  for (std::size_t index = 0; index < mUses.size() && told.size() < most; ++index) {
+    const Use& use = mUses[index];
+    countBefore += use.count;
+    if (use.look != nullptr) compareUse(use, after.referredStyle(use.part, use.family, nameOf(index)));
+  }
+  for (const Use& root : mRoots) compareUse(root, after.rootStyle(root.family));
+  for (const StyleUse& use : after.styleUses()) countAfter += use.count;
+  if (told.empty() && countBefore != countAfter)
+    told.push_back({"the text", {}, std::to_string(countBefore) + " uses", std::to_string(countAfter) + " uses"});
+  return told;
+}
+
+}  // namespace zt
