@@ -42,6 +42,12 @@ Package Package::fromFlatText(std::string bytes, std::string shown) {
   return package;
 }
 
+Package Package::fromParts(Kind kind, std::vector<XmlPart> parts, std::string shown) {
+  Package package(kind, std::move(shown));
+  package.mParts = std::move(parts);
+  return package;
+}
+
 Package Package::readFolder(const std::filesystem::path& path, const PackageLimits& limits) {
   Package package(Kind::folder, path.string());
   for (const char* name : {kStyles, kContent}) {

@@ -28,6 +28,9 @@ class Package {
   /// A flat document that is in memory already.
   static Package fromFlatText(std::string bytes, std::string shown);
 
+  /// Parts that are in memory already, as those of a document of that kind.
+  static Package fromParts(Kind kind, std::vector<XmlPart> parts, std::string shown);
+
   [[nodiscard]] Kind kind() const noexcept { return mKind; }
   [[nodiscard]] const std::string& shown() const noexcept { return mShown; }
 

@@ -1,0 +1,159 @@
+// One walk over a part. It counts the elements of styles as the reader does, so that each is found by its number; names
+// in the text are found by the same table of references.
+
+#include <opendocument/writing/PartWriter.h>
+
+#include <document/editing/DocumentEditor.h>
+#include <document/xml/XmlBytes.h>
+#include <opendocument/reading/ContentUses.h>
+#include <opendocument/writing/StyleElement.h>
+#include <opendocument/writing/StyleWriter.h>
+
+#include <algorithm>
+
+namespace zt {
+
+namespace {
+
+class PartWriter {
+ public:
+  PartWriter(const XmlBytes& bytes, std::size_t index, const StyleDifference& difference)
+      : mScanner(bytes.text()),
+
+        mPart(difference.parts()[index]),
+        mEdits(mSplices, bytes.isAscii()),
+        mStyles(mEdits, difference, index) {}
+
+  XmlSplices run() {
+    while (mScanner.next()) {
+      if (!mScanner.isStart()) {
+        endElement();
+        continue;
+      }
+      if (mScanner.depth() == 2) startSection();
+      if (mScanner.depth() < 3) continue;
+      const bool isInStyles = mSection == Section::named || mSection == Section::automatic;
+      if (isInStyles && mScanner.depth() == 3) {
+        if (!startInStyles()) followNames();
+      } else if (mSection != Section::other && !mIsInStyle) {
+        followNames();
+      }
+    }
+    if (!mWroteNamed && !mPart.newNamed.empty()) throw EditError("the document has no place for named styles");
+    if (!mWroteAutomatic && !mPart.newAutomatic.empty())
+      throw EditError("the document has no place for automatic styles");
+    return std::move(mSplices);
+  }
+
+ private:
+  enum class Section : std::uint8_t { other, named, automatic, text };
+
+  void startSection() {
+    mSection = Section::other;
+    if (mScanner.prefix() != "office") return;
+    const std::string_view name = mScanner.name();
+    if (name == "styles") mSection = Section::named;
+    if (name == "automatic-styles") mSection = Section::automatic;
+    if (name == "body" || name == "master-styles") mSection = Section::text;
+    mSectionTag = {mScanner.start(), mScanner.end(), mScanner.isEmpty(), std::string(mScanner.written())};
+    mDeclared = mScanner.declared();
+    // Automatic styles stand before these, where the part has had none so far.
+    if (mSection == Section::text && !mWroteAutomatic && !mPart.newAutomatic.empty()) {
+      mWroteAutomatic = true;
+      const std::string section =
+          "<office:automatic-styles>" + mStyles.newStyles(mPart.newAutomatic) + "</office:automatic-styles>";
+      mEdits.put(mScanner.start(), mScanner.start(), mEdits.fitted(mDeclared, section));
+    }
+  }
+
+  void endElement() {
+    if (mScanner.depth() == 3) mIsInStyle = false;
+    if (mScanner.depth() != 2) return;
+    if (mSection == Section::named && !mWroteNamed) append(mPart.newNamed, mWroteNamed);
+    if (mSection == Section::automatic && !mWroteAutomatic) append(mPart.newAutomatic, mWroteAutomatic);
+    mSection = Section::other;
+  }
+
+  // At the end of a section.
+  void append(const std::vector<const OdfStyle*>& styles, bool& wrote) {
+    wrote = true;
+    if (styles.empty()) return;
+    const std::string text = mEdits.fitted(mDeclared, "<office:x>" + mStyles.newStyles(styles) + "</office:x>");
+    const std::size_t from = text.find('>') + 1;
+    const std::string inner = text.substr(from, text.rfind("</") - from);
+    if (text.substr(0, from).find("xmlns") != std::string::npos)
+      throw EditError("a namespace that a new style needs is not declared in the document");
+    if (!mSectionTag.isEmpty) return mEdits.put(mScanner.start(), mScanner.start(), inner);
+    mEdits.put(mSectionTag.end - 2, mSectionTag.end, '>' + inner + "</" + mSectionTag.written + '>');
+  }
+
+  /// Whether the element is one of styles, whose inside is the styles' own affair.
+  bool startInStyles() {
+    const std::size_t number = mElement++;
+    mIsInStyle = mScanner.is("style", "style") || mScanner.is("style", "default-style") ||
+                 mScanner.is("text", "list-style") || mScanner.is("text", "outline-style");
+    const auto found = mPart.elements.find(number);
+    if (found == mPart.elements.end()) return mIsInStyle;
+    const std::unique_ptr<PlacedElement> element = readElement(mScanner);
+    mIsInStyle = false;
+    if (found->second.isRemoved) {
+      mEdits.remove(*element);
+    } else {
+      mStyles.edit(*element, found->second);
+    }
+    return true;
+  }
+
+  void followNames() {
+    if (mPart.usedNames.empty()) return;
+    const XmlName element{mScanner.prefix(), mScanner.name()};
+    for (const XmlPlacedAttribute& attribute : mScanner.attributes()) {
+      if (!attribute.name.ends_with("style-name") && attribute.name != "style-override") continue;
+      const std::string_view family = referredFamily(element, {attribute.prefix, attribute.name});
+      if (family.empty()) continue;
+      const auto found = mPart.usedNames.find(styleIdentifier(family, attribute.value()));
+      if (found != mPart.usedNames.end())
+        mEdits.put(attribute.valueStart, attribute.end - 1, escapedAttribute(found->second));
+    }
+  }
+
+  struct Tag {
+    std::size_t start = 0;
+    std::size_t end = 0;
+    bool isEmpty = false;
+    std::string written;
+  };
+
+  XmlScanner mScanner;
+  const StyleDifference::Part& mPart;
+  XmlSplices mSplices;
+  ElementEdits mEdits;
+  StyleWriter mStyles;
+  Section mSection = Section::other;
+  Tag mSectionTag;
+  std::vector<XmlDeclaredPrefix> mDeclared;
+  std::size_t mElement = 0;
+  bool mIsInStyle = false;
+  bool mWroteNamed = false;
+  bool mWroteAutomatic = false;
+};
+
+}  // namespace
+
+std::string writtenPart(const XmlPart& part, std::size_t index, const StyleDifference& difference,
+                        std::vector<ShownEdit>& shown) {
+  const XmlBytes bytes(part);
+  const XmlSplices splices = PartWriter(bytes, index, difference).run();
+  int line = 1;
+  std::size_t at = 0;
+  for (const XmlSplices::Splice& splice : splices.sorted()) {
+    const std::string_view before = bytes.text().substr(at, splice.start - at);
+    line += static_cast<int>(std::count(before.begin(), before.end(), '\n'));
+    at = splice.start;
+    shown.push_back(
+        {{part.shown, line}, std::string(bytes.text().substr(splice.start, splice.end - splice.start)), splice.text});
+  }
+  return splices.isEmpty() ? part.bytes : bytes.bytesOf(splices.applyTo(bytes.text()));
+}
+
+}  // namespace zt

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <document/xml/XmlPart.h>
+#include <opendocument/writing/StyleDifference.h>
+
+#include <string>
+#include <vector>
+
+namespace zt {
+
+/// One edit of a part, to be shown.
+struct ShownEdit {
+  SourcePlace place;
+  std::string before;
+  std::string after;
+};
+
+/// The bytes of a part with its differences written into them; nothing else changes. What was edited is added to
+/// `shown`. Throws `EditError` for what cannot be written.
+std::string writtenPart(const XmlPart& part, std::size_t index, const StyleDifference& difference,
+                        std::vector<ShownEdit>& shown);
+
+}  // namespace zt

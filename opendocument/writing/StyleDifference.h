@@ -1,0 +1,70 @@
+#pragma once
+
+#include <document/ZTDocument.h>
+
+#include <map>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace zt {
+
+/// A style as it was read.
+struct StyleAsRead {
+  Ref<OdfStyle> style;
+  Ref<PropertyMap> own;  ///< a copy
+  StringRef identifier;
+  StringRef parentIdentifier;
+  StringRef name;
+};
+
+/// All styles that were read, as they are now.
+std::vector<StyleAsRead> stylesAsRead(const ZTDocument& document);
+
+/// What is to be done to the elements of the styles of each part, and to the names in its text.
+class StyleDifference {
+ public:
+  /// `named` is the part in which named styles stand. Throws `EditError` for what no file can say.
+  StyleDifference(const ZTDocument& document, const std::vector<StyleAsRead>& before);
+
+  struct Element {
+    const StyleAsRead* style = nullptr;  ///< none: only levels of the list changed
+    bool isRemoved = false;
+    std::vector<std::pair<std::size_t, const StyleAsRead*>> levels;  ///< by the number of the child element
+  };
+  struct Part {
+    std::map<std::size_t, Element> elements;                 ///< by the number of the style element
+    std::unordered_map<std::string, std::string> usedNames;  ///< "family:name" in the text to what it is called now
+    std::vector<const OdfStyle*> newNamed;
+    std::vector<const OdfStyle*> newAutomatic;
+
+    [[nodiscard]] bool isEmpty() const {
+      return elements.empty() && usedNames.empty() && newNamed.empty() && newAutomatic.empty();
+    }
+  };
+  [[nodiscard]] const std::vector<Part>& parts() const noexcept { return mParts; }
+  [[nodiscard]] bool isEmpty() const;
+
+  /// What a style is called in a part. Throws `EditError` for an automatic style that is not there.
+  [[nodiscard]] std::string nameIn(std::size_t part, const OdfStyle& style) const;
+  /// What a use is called.
+  [[nodiscard]] std::string nameOfUse(std::size_t use) const;
+
+ private:
+  void compare(const StyleAsRead& before);
+  void findNewStyles(const std::vector<StyleAsRead>& before);
+  void findUses();
+  std::string freeName(const OdfStyle& style);
+
+  const ZTDocument& mDocument;
+  std::vector<Part> mParts;
+  std::map<std::pair<std::size_t, const OdfStyle*>, std::string> mGivenNames;
+  std::unordered_map<std::string, bool> mTaken;  // every name of a style, filled when one is needed
+  std::size_t mNextNumber = 1;
+};
+
+/// Whether two sets of own values are the same; styles among them are compared by identity.
+bool areSameValues(const PropertyMap& first, const PropertyMap& second);
+
+}  // namespace zt
