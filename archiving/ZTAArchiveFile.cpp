@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <archiving/ZTAArchiveFile.h>
 #include <archiving/ZTAError.h>
 #include <platform/ZTFormat.h>

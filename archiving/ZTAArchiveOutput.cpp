@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // From the finished tree to bytes, by way of libxml2's serialiser and, where wanted, a gzip stream.
 
 #include <archiving/ZTAXMLArchiver.h>

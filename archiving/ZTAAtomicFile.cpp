@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Replacing a file in one step, with everything that belongs to its name rather than to its bytes.
 
 #include <archiving/ZTAArchiveFile.h>

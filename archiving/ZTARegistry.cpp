@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <archiving/ZTARegistryInternal.h>
 #include <archiving/ZTAValueCodingInternal.h>
 #include <archiving/ZTAXMLArchiver.h>

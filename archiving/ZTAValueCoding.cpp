@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The values of the platform as elements: <null/>, <boolean>, <integer>, <real>, <string>, <color>, <list>.
 
 #include <archiving/ZTAValueCodingInternal.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <archiving/ZTAError.h>
 #include <archiving/ZTARegistryInternal.h>
 #include <archiving/ZTAXMLCoding.h>

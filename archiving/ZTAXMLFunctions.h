@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 /// @file
 /// The functions of the archiver that work on single nodes. Nodes are libxml2 element nodes, names UTF-8.

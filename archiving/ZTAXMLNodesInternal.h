@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 /// @file
 /// Small helpers over libxml2 nodes, for the sources of this folder.

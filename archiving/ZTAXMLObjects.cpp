@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // How an unarchiver makes objects. Objects refer to one another in any order and in circles, over chains of
 // any length, so references are not followed by recursion: before an object is read, the objects that its
 // element refers to are made, worked off from a stack. One that is on the stack already is part of a circle

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Chains and rings of references: counting along them, and freeing them.
 
 #include "BenchStyles.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Loading and saving archives, beside what libxml2 itself takes for the same document in the same run.
 
 #include "BenchStyles.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Changing values: what it costs per inheriting style, with whom it is told, with undo; and equality.
 
 #include "BenchStyles.h"

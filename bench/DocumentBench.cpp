@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The application at work: reading OpenDocument files, beside what libxml2 takes to parse the same bytes, and
 // replaying a document's formatting. One family of many siblings, one long chain, one real document.
 

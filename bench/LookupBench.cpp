@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Reading styles: effective values, flattened maps, chains of a million levels.
 
 #include "BenchStyles.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Adding and removing styles, orphans, re-parenting, memory.
 
 #include "BenchStyles.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What registering the inverse of a change adds to the change, and what performing inverses costs.
 
 #include <bench/BenchSupport.h>

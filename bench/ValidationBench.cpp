@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Validating, copying and comparing whole stylesheets: all are linear in the styles.
 
 #include "BenchStyles.h"

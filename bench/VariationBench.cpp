@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Finding an existing style or making one, and removing the unused.
 
 #include "BenchStyles.h"

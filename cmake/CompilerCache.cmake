@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 # Compile through ccache where it is installed. A clone elsewhere, or a second work tree, finds the same results: paths
 # below the source folder are made relative before they are compared.
 

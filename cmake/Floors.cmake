@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 # The floors of the house: one object library each, seeing its own headers and those of the floors that it may use.
 #
 # A floor's headers are reached as <platform/NSObject.h>, so the folder that *holds* `platform/` has to be on the include

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 # Installing: the library, its headers, the tool, a CMake package and a pkg-config file.
 
 include(CMakePackageConfigHelpers)

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 # Sanitizers and coverage apply to everything that is compiled, tests included.
 
 if(ZT_SANITIZE)

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 # zt_build_flags: what every target of the tree is compiled with, and nobody who uses the library.
 
 add_library(zt_build_flags INTERFACE)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 /// @file
 /// What a reader has to say about a document: a problem at a place and what was done about it.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Styles that refer to other styles: a heading that names the style of its number, and the style of the paragraph that
 // follows it.
 

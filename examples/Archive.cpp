@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Saving a stylesheet as XML, and reading it again.
 
 #include <archiving/ZTAXMLArchiver.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A document that serves a stylesheet: undo, and which unused styles may go.
 
 #include <platform/NSNumber.h>

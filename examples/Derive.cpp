@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Properties that are computed, not stored: a width in inches that is the stored width in points, seen otherwise.
 
 #include <platform/NSNumber.h>

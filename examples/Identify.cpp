@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // "Make it a style": an anonymous variation becomes a named style, and back.
 
 #include <platform/NSNumber.h>

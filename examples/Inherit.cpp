@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A style class, a stylesheet with two styles, and what they look like.
 
 #include <platform/NSNumber.h>

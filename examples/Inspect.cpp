@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A panel over the values of a style: what is set here, what is inherited, what is explicitly none; and a table of
 // styles.
 

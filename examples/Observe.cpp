@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Who hears of a change, and in which order: descendants first, then observers, then the notification centre.
 
 #include <platform/NSNumber.h>

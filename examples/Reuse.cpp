@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Formatting a document: ask for variations, share what is equal, count uses, undo, clean up.
 
 #include <platform/NSNumber.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Archives of an earlier version: a property that has been renamed since and counts in half points now.
 
 #include <archiving/ZTAXMLArchiver.h>

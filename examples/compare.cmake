@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 # cmake -DPROGRAM=<program> -DEXPECTED=<file> -P compare.cmake
 # Runs the program and compares what it prints with the file.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <document/Finding.h>
 #include <document/archive/DocumentArchive.h>
 #include <insight/difference/DocumentDiff.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <inspection/HVStyleTableDataSource.h>
 #include <platform/ZTFormat.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <inspection/HVStylesheetTableDataSource.h>
 #include <platform/ZTFormat.h>
 

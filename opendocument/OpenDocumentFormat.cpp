@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <opendocument/OpenDocumentFormat.h>
 
 #include <opendocument/reading/StyleImporter.h>

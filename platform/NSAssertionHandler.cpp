@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <platform/NSAssertionHandler.h>
 #include <platform/NSException.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <platform/NSDictionary.h>
 #include <platform/NSException.h>
 #include <platform/ZTClass.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <platform/NSDocument.h>
 #include <platform/ZTClass.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 /// @file
 /// `NSLog(format, arguments...)`: the platform's log, one line a call.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Each registration stands in two lists: that of its target (the object it is filtered by, or else
 // its name) and that of its owner. Both are linked through the registration itself, so that leaving
 // them is a matter of constant time. Registrations of a target stand in the order in which they were

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <platform/NSString.h>
 #include <platform/ZTClass.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <platform/NSException.h>
 #include <platform/NSTableView.h>
 #include <platform/ZTClass.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <platform/NSUserDefaults.h>
 
 namespace zt {

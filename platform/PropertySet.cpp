@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <platform/NSException.h>
 #include <platform/PropertySet.h>
 

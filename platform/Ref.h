@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 /// @file
 /// `Ref<T>`: a counted reference. Copying shares ownership, an empty one stands for "none".

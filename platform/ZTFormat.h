@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 /// @file
 /// `format(text, arguments...)`: the formatter of every report, log line and description. The compiler checks number

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 /// @file
 /// A bound on how deep an operation nests that must recurse: walks over plain classes iterate, but

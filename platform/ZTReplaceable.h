@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 /// @file
 /// What each thread has a current one of, and what a scope can replace: log sinks and assertion handlers.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 /// @file
 /// The flat list of undo actions below `NSUndoManager`: 48 bytes an action, groups as marks.

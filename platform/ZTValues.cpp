@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The immutable values: null, numbers, colours, lists, pointers.
 
 #include <platform/NSArray.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <platform/ZTVersion.h>
 
 #define ZT_TEXT_OF(value) #value

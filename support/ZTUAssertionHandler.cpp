@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <platform/NSLog.h>
 #include <support/ZTUAssertionHandler.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 /// @file
 /// `ZTULog_Fn(level, sourceFile, format, arguments...)`: the levelled log, one line a call. `ZTULog_About(subject,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <platform/ZTClass.h>
 #include <platform/ZTHash.h>
 #include <support/ZTUPair.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <tests/AllocationFailures.h>
 
 #include <cstdlib>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 /// @file
 /// Files that tests of several floors compare with, and whether a sanitizer makes everything many times slower.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // What nearly every test includes: compiled once per test program. Tests still include what they use.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <tool/Formats.h>
 
 #include <document/archive/DocumentArchive.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <wordprocessing/WordFormat.h>
 
 #include <wordprocessing/reading/WordImporter.h>

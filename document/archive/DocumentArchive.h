@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 /// @file
 /// Documents as archives. Version 1 wrote percentages as real numbers and did not say where styles came from;

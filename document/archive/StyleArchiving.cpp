@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <document/archive/StyleArchiving.h>
 
 #include <document/styles/PropertyRules.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <document/editing/DocumentEditor.h>
 
 #include <document/editing/LookImage.h>

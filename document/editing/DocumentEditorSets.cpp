@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Edits of many styles at once, and what the single ones share.
 
 #include <document/editing/DocumentEditor.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <document/editing/LookImage.h>
 
 #include <document/styles/PropertyRules.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <document/editing/StyleNames.h>
 
 #include <document/styles/PropertyRules.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 /// @file
 /// Names of styles: as people write them, as files do, and where a style's values name other styles as text.

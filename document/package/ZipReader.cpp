@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <document/package/ZipReader.h>
 
 #include <fmt/core.h>

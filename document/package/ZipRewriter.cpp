@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <document/package/ZipRewriter.h>
 
 #include <document/Finding.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <document/styles/OdfStyle.h>
 
 #include <document/styles/PropertyRules.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <document/styles/PropertyRules.h>
 
 #include <document/styles/PropertyTable.h>

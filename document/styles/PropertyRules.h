@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 /// @file
 /// What this application knows about the properties of styles, those of OpenDocument and of

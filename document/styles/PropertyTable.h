@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 /// @file
 /// The tables behind PropertyRules.h: one row for each attribute of OpenDocument, and each element or attribute of

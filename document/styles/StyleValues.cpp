@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <document/styles/StyleValues.h>
 
 #include <document/values/Colour.h>

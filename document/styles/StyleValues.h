@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 /// @file
 /// The application's own kinds of property values. All are immutable and compare by what they say.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <document/values/Length.h>
 
 #include <array>

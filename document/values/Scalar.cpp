@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <document/values/Scalar.h>
 
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 /// @file
 /// Names of OpenDocument and WordprocessingML by namespace address. The prefix that a file happens to use means

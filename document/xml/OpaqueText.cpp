@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <document/xml/OpaqueText.h>
 
 #include <utility>

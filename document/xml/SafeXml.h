@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 /// @file
 /// Reading one XML part that may be hostile, as a stream of events: nothing outside the part is

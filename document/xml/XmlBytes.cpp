@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <document/xml/XmlBytes.h>
 
 #include <document/Finding.h>

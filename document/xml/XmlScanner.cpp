@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <document/xml/XmlScanner.h>
 
 #include <document/xml/Namespaces.h>

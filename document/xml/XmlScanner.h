@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 /// @file
 /// Where the tags of an XML text stand, byte by byte: what an edit needs that touches nothing else.

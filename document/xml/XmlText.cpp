@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The parser can be kept from opening files and from expanding entities, but not from taking
 // quadratic time over one tag, nor from giving up at the first byte that is no text. Both are
 // settled here, on the bytes.

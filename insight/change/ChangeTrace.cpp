@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <insight/change/ChangeTrace.h>
 
 #include <insight/explain/Explanation.h>

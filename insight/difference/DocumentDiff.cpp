@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <insight/difference/DocumentDiff.h>
 
 #include <document/styles/StyleValues.h>

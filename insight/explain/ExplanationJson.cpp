@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <insight/explain/ExplanationJson.h>
 
 #include <document/json/JsonObject.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <insight/explain/StyleForest.h>
 
 #include <fmt/format.h>

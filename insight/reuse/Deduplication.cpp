@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <insight/reuse/Deduplication.h>
 
 #include <insight/reuse/FormattingRequest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <insight/reuse/FormattingRequest.h>
 
 #include <document/styles/StyleValues.h>

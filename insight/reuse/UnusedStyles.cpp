@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <insight/reuse/UnusedStyles.h>
 
 #include <ztstyles/ZTSStylesheetObserver.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <insight/reuse/VariationTrace.h>
 
 #include <fmt/format.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <insight/statistics/ModelStatistics.h>
 
 #include <map>

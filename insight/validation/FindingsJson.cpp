@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <insight/validation/FindingsJson.h>
 
 namespace zt {

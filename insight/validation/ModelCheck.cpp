@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <insight/validation/ModelCheck.h>
 
 #include <support/ZTUAssertionHandler.h>

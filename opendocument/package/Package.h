@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 /// @file
 /// An OpenDocument text as it lies on the disk: a flat file, a package or a folder.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <opendocument/package/PackageManifest.h>
 
 #include <document/xml/SafeXml.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <opendocument/reading/ContentUses.h>
 
 #include <document/xml/Namespaces.h>

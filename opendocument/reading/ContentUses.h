@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 /// @file
 /// Which styles the text of a document refers to: its body, its master pages, headers and footers.

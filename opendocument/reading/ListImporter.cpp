@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <opendocument/reading/ListImporter.h>
 
 #include <document/styles/FamilyStyles.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <opendocument/reading/ParentResolver.h>
 
 #include <document/styles/StyleFamily.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <opendocument/reading/PropertyImporter.h>
 
 #include <document/styles/StyleValues.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <opendocument/reading/RawDocument.h>
 
 #include <document/xml/OpaqueText.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 /// @file
 /// The styles of a document as the file has them: text only, nothing resolved, nothing judged.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What a style inherits is found by one walk over the trees of styles, which keeps for each key the
 // values on the way down, the nearest on top. Asking the chain of each style instead would cost the
 // square of the length of a chain.

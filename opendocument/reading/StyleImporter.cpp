@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <opendocument/reading/StyleImporter.h>
 
 #include <opendocument/reading/ListImporter.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <opendocument/statistics/Stats.h>
 
 #include <document/json/JsonObject.h>

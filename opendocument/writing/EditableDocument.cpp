@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <opendocument/writing/EditableDocument.h>
 
 #include <opendocument/reading/StyleImporter.h>

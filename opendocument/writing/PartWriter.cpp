@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // One walk over a part. It counts the elements of styles as the reader does, so that each is found by its number; names
 // in the text are found by the same table of references.
 

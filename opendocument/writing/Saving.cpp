@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Where a document goes: what must not be overwritten, and how each form takes its place in one step.
 
 #include <opendocument/writing/EditableDocument.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <opendocument/writing/StyleDifference.h>
 
 #include <document/editing/DocumentEditor.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <opendocument/writing/StyleElement.h>
 
 #include <document/editing/DocumentEditor.h>

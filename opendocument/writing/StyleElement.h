@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 /// @file
 /// One element of a part with the places of its tags and attributes, and edits of it.

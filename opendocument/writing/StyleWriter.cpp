@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <opendocument/writing/StyleWriter.h>
 
 #include <document/editing/DocumentEditor.h>

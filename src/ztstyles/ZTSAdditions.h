@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 /// @file
 /// One change on many inspectable objects at once: free operations over ranges of styles or of anything else

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 /// @file
 /// What an application sets up before its first archive, and the metadata that it may leave in an archiver.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <platform/NSNumber.h>
 #include <sys/stat.h>
 #include <sys/wait.h>

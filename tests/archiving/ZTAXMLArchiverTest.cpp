@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <archiving/ZTAValueCoder.h>
 #include <platform/NSArray.h>
 #include <platform/NSColor.h>

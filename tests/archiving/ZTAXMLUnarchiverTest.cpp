@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <platform/NSNumber.h>
 #include <platform/ZTFormat.h>
 #include <tests/Files.h>

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 # cmake -DBUILD=<build tree> -DWORK=<folder> -DUSE_PKG_CONFIG=<bool> -DCXX=<compiler> -P check.cmake
 # Installs the build tree to a prefix of its own, then configures, builds and runs the consumer against it.
 

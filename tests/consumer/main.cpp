@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What only a program beyond the library's edge can show: an exception that the library throws is recognised here, and
 // the installed headers tell the version. What users write otherwise stands in the examples, which are built beside.
 

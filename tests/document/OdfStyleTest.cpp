@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <document/styles/FamilyStyles.h>
 
 #include <document/ZTDocument.h>

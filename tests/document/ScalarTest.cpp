@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <document/values/Colour.h>
 #include <document/values/Scalar.h>
 

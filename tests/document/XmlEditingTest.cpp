@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <document/Finding.h>
 #include <document/package/ZipRewriter.h>
 #include <document/xml/Namespaces.h>

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 # cmake -DWORK=<folder> -DCXX=<compiler> -P check.cmake
 # Configures the project, and fails where something of the tree would be installed with it.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <opendocument/package/Package.h>
 
 #include <opendocument/reading/RawDocument.h>

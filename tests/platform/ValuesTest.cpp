@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Values, keys, sets of keys, property maps: equality agrees with hashes, maps agree with a slow model.
 
 #include <platform/NSArray.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Identity sets and dictionaries: identity as the test, insertion order, snapshots, and a model for comparison.
 
 #include <platform/NSNumber.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <tests/TestDocuments.h>
 #include <tests/tool/ToolRun.h>
 

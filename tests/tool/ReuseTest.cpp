@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <tool/Tool.h>
 
 #include <document/styles/StyleValues.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <document/archive/DocumentArchive.h>
 #include <insight/tables/StyleTables.h>
 #include <insight/validation/ModelCheck.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What an office program answered for five real documents, against what `explain --json` says. The office's names for
 // values differ, and it shows colour and fonts as they come out of several attributes: that is translated here.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <wordprocessing/reading/WordImporter.h>
 
 #include <document/styles/PropertyRules.h>

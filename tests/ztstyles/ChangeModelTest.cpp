@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Random sequences of changes, undo and redo, compared step by step with a model that follows the rules of
 // telling as plainly as possible: every call is made, every record is built, nothing is skipped.
 

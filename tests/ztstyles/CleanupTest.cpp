@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Unused styles go when the outermost undo group closes.
 
 #include "Scene.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Copies, structural equality, order by name and descriptions.
 
 #include "Scene.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The tree of stylesheets: shadowing, re-parenting, order, and who may die first.
 
 #include "Scene.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The cascade: effective values, flattened maps, inspector queries, and chains of any length.
 
 #include "Scene.h"

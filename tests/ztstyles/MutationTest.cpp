@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Setting and removing values: what is stored, what is told, and that undo is exact.
 
 #include "Scene.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Minimal override maps, collapsing, comparing and replacing.
 
 #include "Scene.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // How changes travel to children, observers and listeners, and what is kept on the way.
 
 #include "Scene.h"

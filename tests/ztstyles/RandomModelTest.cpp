@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Long random sequences over the public operations. After every step the model must be valid, its indexes right and
 // its lookups, parents and counts what a slow reading of the links gives; undoing everything must bring back the first
 // state, and redoing everything the last one. What it has become can be copied, and written and read.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The registry of a stylesheet: adding, removing, displacing, finding, and styles that wait for their parent.
 
 #include "Scene.h"

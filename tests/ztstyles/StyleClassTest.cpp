@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <tests/ztstyles/Scene.h>
 
 namespace zt::testing {

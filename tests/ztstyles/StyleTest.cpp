@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A single style: how it starts, its identity, its counts, its parent.
 
 #include "Scene.h"

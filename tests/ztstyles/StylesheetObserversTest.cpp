@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Broadcasts of stylesheets, change tracking and the document hooks.
 
 #include "Scene.h"

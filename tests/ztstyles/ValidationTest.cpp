@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Damaged models, one for each check, made with the private operations.
 
 #include "Scene.h"

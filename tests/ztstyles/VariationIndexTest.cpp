@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The indexed search answers the very style that a walk would give, whatever happened before.
 
 #include "Scene.h"

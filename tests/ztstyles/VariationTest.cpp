@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Which style answers a request, what is made otherwise, and styles together with what they refer to.
 
 #include "Scene.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Aggregates: what they answer, observe and count.
 
 #include "Scene.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Deriving styles, deep copies and the array conveniences.
 
 #include <tests/ztstyles/Archives.h>

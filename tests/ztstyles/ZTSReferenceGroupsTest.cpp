@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Styles that only keep one another alive.
 
 #include "Scene.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <tests/ztstyles/Archives.h>
 #include <ztstyles/archive/ZTSStyleOrdering.h>
 

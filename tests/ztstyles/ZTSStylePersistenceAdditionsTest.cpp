@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <platform/NSArray.h>
 #include <tests/ztstyles/Archives.h>
 #include <ztstyles/ZTSStyleError.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <tests/ztstyles/Archives.h>
 
 namespace zt::testing {

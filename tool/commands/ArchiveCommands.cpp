@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The commands that write and compare archives: convert, normalize, diff.
 
 #include <document/archive/DocumentArchive.h>

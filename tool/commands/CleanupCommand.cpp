@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <document/archive/DocumentArchive.h>
 #include <insight/reuse/UnusedStyles.h>
 #include <insight/validation/FindingsJson.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 /// @file
 /// A command of the tool. Each stands in a file of its own and is listed once, in Commands.cpp.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <tool/commands/Commands.h>
 
 namespace zt {

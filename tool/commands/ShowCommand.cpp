@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <insight/tables/StyleTables.h>
 #include <insight/validation/FindingsJson.h>
 #include <tool/Formats.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <insight/explain/Explanation.h>
 #include <insight/reuse/VariationTrace.h>
 #include <insight/validation/FindingsJson.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <tool/console/ExplanationText.h>
 
 #include <document/styles/StyleValues.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <tool/console/ForestText.h>
 
 #include <fmt/format.h>

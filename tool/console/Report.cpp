@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <tool/console/Report.h>
 
 #include <algorithm>

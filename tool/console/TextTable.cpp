@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <tool/console/TextTable.h>
 
 #include <sys/ioctl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 /// @file
 /// Tables for a terminal: aligned by the width that characters take there, cut to the width that is left.

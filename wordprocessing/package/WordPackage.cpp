@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <wordprocessing/package/WordPackage.h>
 
 #include <document/xml/SafeXml.h>

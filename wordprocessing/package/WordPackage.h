@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 /// @file
 /// A WordprocessingML document as it lies on the disk: a package whose parts are found through relationships.

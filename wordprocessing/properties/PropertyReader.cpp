@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <wordprocessing/properties/PropertyReader.h>
 
 #include <document/styles/PropertyRules.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <wordprocessing/properties/WordElement.h>
 
 #include <document/xml/OpaqueText.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 /// @file
 /// Elements of WordprocessingML as small trees: one style, one w:pPr, one level at a time, never a whole part.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <wordprocessing/properties/WordValues.h>
 
 #include <document/values/Scalar.h>

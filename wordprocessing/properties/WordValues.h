@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 /// @file
 /// What attributes of WordprocessingML say, as pure functions of their text. None for what says nothing usable.

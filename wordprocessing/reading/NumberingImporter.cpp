@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <wordprocessing/reading/NumberingImporter.h>
 
 #include <document/styles/FamilyStyles.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <wordprocessing/reading/StyleIds.h>
 
 #include <wordprocessing/properties/WordValues.h>

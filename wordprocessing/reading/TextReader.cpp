@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <wordprocessing/reading/TextReader.h>
 
 #include <document/values/Scalar.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <wordprocessing/reading/WordDocument.h>
 
 #include <wordprocessing/reading/TextReader.h>

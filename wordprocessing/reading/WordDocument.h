@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 /// @file
 /// What the parts of a document say about styles, as trees and text: nothing resolved, nothing judged.

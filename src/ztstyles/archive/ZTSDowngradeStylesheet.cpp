@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <platform/ZTNesting.h>
 #include <support/ZTUAssertionHandler.h>
 #include <support/ZTULog.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Orders of writing. The default order is defined by insertion: the identified styles are taken from last to
 // first, and each is inserted right behind its nearest ancestor that is in the list already, else in front.
 // Walking the ancestors and inserting into an array would be quadratic for deep families. The list is linked,

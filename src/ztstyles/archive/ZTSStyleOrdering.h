@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 /// @file
 /// The orders in which a stylesheet's styles are written where archives are compared as text.

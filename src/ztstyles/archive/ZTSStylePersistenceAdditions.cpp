@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A style as an element of an archive.
 
 #include <archiving/ZTAXMLArchiver.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Saving on demand: a style that an archiver is about to write is saved into the container of its stylesheet, after
 // everything that it needs.
 

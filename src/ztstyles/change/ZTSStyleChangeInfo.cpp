@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Records of changes. A record holds everything it points to; cascaded records share the sets in which
 // comparisons are remembered.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The style that looks as the changed one did before.
 
 #include <ztstyles/ZTSStyleChangeInfo.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Setting and removing values. Each operation checks, registers its inverse, changes, and tells.
 //
 // Before anything else and after everything else it passes two hooks, through which references, counts and derived

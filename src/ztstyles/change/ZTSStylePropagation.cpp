@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // How a change travels: down the children, then to the observers, then to the notification centre.
 //
 // A style whose class leaves the handling of changes alone is not called but worked off from a list of levels, so

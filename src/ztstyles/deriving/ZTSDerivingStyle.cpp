@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The translation between derived and stored properties around the inherited storage.
 
 #include <platform/NSNull.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What an aggregate answers: values, references, its description.
 
 #include <platform/NSAssertionHandler.h>

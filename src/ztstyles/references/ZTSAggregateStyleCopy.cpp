@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Deep copies, and references that move from one style to another.
 
 #include <platform/ZTNesting.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Usage and orphan counts of aggregates.
 //
 // A count that leaves or reaches 0 passes to the parent and then to each observed reference, and from there on. Written

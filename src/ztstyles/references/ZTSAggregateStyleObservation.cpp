@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What an aggregate observes, and what it gave for it.
 //
 // Each reference that is observed has a record: the property, the style, and the units of usage and orphans that the

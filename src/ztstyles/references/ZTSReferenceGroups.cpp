@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Freeing styles that only keep one another alive, by trial counting: from the number of references that each
 // style of a closed neighbourhood has, those that the neighbourhood itself holds are taken away. Where some
 // remain, somebody outside holds the style, so that it and all that it reaches must stay. The rest is garbage.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // One index: what is entered where, and when it is entered again.
 
 #include <platform/ZTHash.h>

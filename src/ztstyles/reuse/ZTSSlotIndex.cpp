@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <ztstyles/reuse/ZTSSlotIndex.h>
 
 namespace zt {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <boost/unordered/unordered_flat_map.hpp>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The cleanup of unused styles.
 
 #include <platform/NSException.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Finding or creating a style with wanted overrides, and adding and removing styles with what they refer to.
 //
 // A request is answered by the first candidate that fits: the preferred style, the base, the style itself, the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <platform/NSUndoManager.h>
 #include <ztstyles/ZTSStylesheet.h>
 #include <ztstyles/reuse/ZTSUnusedStyles.h>

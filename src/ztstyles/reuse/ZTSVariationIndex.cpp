@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The indexes over children and over anonymous styles.
 //
 // A member's own code runs while it is tested: a class may override what its map is, a value what it equals. It may

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Identity, links and the private setters.
 
 #include <platform/NSException.h>

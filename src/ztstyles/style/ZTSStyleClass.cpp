@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <support/ZTUAssertionHandler.h>
 #include <ztstyles/ZTSStyle.h>
 #include <ztstyles/ZTSStyleClass.h>

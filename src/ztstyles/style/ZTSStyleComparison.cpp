@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Copy, structural equality, order and descriptions.
 //
 // Equality follows parents and values, which may lead back to where it came from: a pair whose comparison is under

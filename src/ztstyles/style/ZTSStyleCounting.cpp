@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Usage and orphan counts. Only the steps between 0 and 1 reach the parent, so that the chain above is walked
 // in a loop as long as the classes leave the counting alone.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <ztstyles/ZTSStyleDictionary.h>
 
 namespace zt {

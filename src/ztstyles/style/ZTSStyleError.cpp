@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <platform/ZTFormat.h>
 #include <ztstyles/ZTSStyleError.h>
 

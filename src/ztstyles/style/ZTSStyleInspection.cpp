@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What an inspector asks. A single style ignores the scope and never has mixed state.
 
 #include <platform/NSNumber.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The cascade. A level whose class leaves the reading operations alone is passed in a loop: the mask of its own
 // keys says without touching its map that it has no entry. The first level that overrides is called.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Minimal override maps, comparing styles property by property, and handing a style over to another.
 
 #include <platform/NSNull.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <platform/NSObject.h>
 #include <support/ZTUAssertionHandler.h>
 #include <support/ZTUDynamicCast.h>

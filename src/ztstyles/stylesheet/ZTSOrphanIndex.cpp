@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <ztstyles/stylesheet/ZTSOrphanIndex.h>
 
 namespace zt {

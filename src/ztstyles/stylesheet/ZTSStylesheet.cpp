@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Making and destroying stylesheets, and their host.
 
 #include <ztstyles/ZTSAggregateStyle.h>

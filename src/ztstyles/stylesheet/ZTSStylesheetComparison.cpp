@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <platform/ZTFormat.h>
 #include <platform/ZTHash.h>
 #include <platform/ZTNesting.h>

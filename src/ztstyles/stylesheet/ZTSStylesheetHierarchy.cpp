@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The tree of stylesheets.
 
 #include <platform/NSException.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <ztstyles/ZTSStylesheet.h>
 #include <ztstyles/ZTSStylesheetHost.h>
 #include <ztstyles/ZTYTrackable.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Giving held styles an identifier, another one, or none.
 
 #include <platform/NSUndoManager.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Telling what happens to a stylesheet, the questions of change tracking, and the document hooks.
 //
 // A broadcast first collects whom it will call, then calls them. Its arguments and its list stand on the

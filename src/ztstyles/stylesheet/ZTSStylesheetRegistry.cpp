@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Adding and removing single styles, lookup, enumeration.
 //
 // The document hooks, the styles' own overrides, observers and listeners that are called on the way may add,
