@@ -45,14 +45,16 @@ void StyleIds::identify(std::size_t style) {
     tell("nameless-style", style, "has no id; kept, but nothing can refer to it");
   } else {
     known.identifier = styleIdentifier(kind, *id);
-    for (std::size_t number = 2; !mPlaces.try_emplace(known.identifier, style).second; ++number) {
-      known.identifier = fmt::format("{}-{}", styleIdentifier(kind, *id), number);
+    const std::string wanted = known.identifier;
+    while (!mPlaces.try_emplace(known.identifier, style).second) {
+      std::size_t& number = mRepeats.try_emplace(wanted, 1).first->second;
+      known.identifier = fmt::format("{}-{}", wanted, ++number);
     }
-    if (known.identifier != styleIdentifier(kind, *id)) {
+    if (known.identifier != wanted) {
       mFindings.push_back({Finding::Severity::warning,
                            "repeated-style",
                            {mRaw.parts[mRaw.styles[style].part].shown, element.line},
-                           styleIdentifier(kind, *id),
+                           wanted,
                            fmt::format("an earlier style has this id; kept as '{:.80}'", known.identifier)});
     }
   }

@@ -101,6 +101,7 @@ void TextReader::begin(Kind kind, int line) {
         paragraph.table = mTables.back();
         paragraph.row = rows.empty() ? 0 : rows.size() - 1;
         paragraph.column = rows.empty() ? 0 : rows.back();
+        paragraph.columns = mColumns.back();
       }
       mParagraphs.push_back(mDocument.paragraphs.size());
       mDocument.paragraphs.push_back(std::move(paragraph));

@@ -132,7 +132,9 @@ class WordImporter {
     const Ref<PropertyMap> map = PropertyMap::make();
     takeFormatting(element, ownerOf(style), *map);
     noteKeys(StyleFamily::tableCell, *map);
-    mStyles[style].conditions.emplace_back(key, map);
+    auto& conditions = mStyles[style].conditions;
+    std::erase_if(conditions, [key](const auto& earlier) { return earlier.first == key; });
+    conditions.emplace_back(key, map);
   }
 
   void takeFormatting(const WordElement& element, const PropertyReader::Owner& owner, PropertyMap& map) {

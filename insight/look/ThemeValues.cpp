@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: MIT
+#include <insight/look/ThemeValues.h>
+
+#include <platform/NSColor.h>
+#include <platform/NSString.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <utility>
+
+namespace zt {
+
+namespace {
+
+using Name = std::pair<std::string_view, std::string_view>;
+
+// ST_ThemeColor and ST_Theme (ECMA-376 part 1, 17.18.97 and 17.18.96) to what the theme calls them.
+constexpr std::array kNames = {Name{"dark1", "dk1"},
+                               Name{"light1", "lt1"},
+                               Name{"dark2", "dk2"},
+                               Name{"light2", "lt2"},
+                               Name{"text1", "dk1"},
+                               Name{"background1", "lt1"},
+                               Name{"text2", "dk2"},
+                               Name{"background2", "lt2"},
+                               Name{"hyperlink", "hlink"},
+                               Name{"followedHyperlink", "folHlink"},
+                               Name{"majorAscii", "majorFont.latin"},
+                               Name{"majorHAnsi", "majorFont.latin"},
+                               Name{"majorEastAsia", "majorFont.ea"},
+                               Name{"majorBidi", "majorFont.cs"},
+                               Name{"minorAscii", "minorFont.latin"},
+                               Name{"minorHAnsi", "minorFont.latin"},
+                               Name{"minorEastAsia", "minorFont.ea"},
+                               Name{"minorBidi", "minorFont.cs"}};
+
+/// The word after "tint:" or "shade:" as a share of 255, 1 where there is none.
+double shareIn(std::string_view text, std::string_view name) {
+  const std::size_t at = text.find(name);
+  if (at == std::string_view::npos) return 1;
+  unsigned number = 255;
+  const char* start = text.data() + at + name.size();
+  std::from_chars(start, text.data() + text.size(), number, 16);
+  return std::min(number, 255U) / 255.0;
+}
+
+/// The colour with its lightness changed, hue and saturation kept.
+Ref<NSColor> withLightness(const NSColor& colour, double tint, double shade) {
+  const std::array<double, 3> channels = {colour.red() / 255.0, colour.green() / 255.0, colour.blue() / 255.0};
+  const auto [least, most] = std::minmax_element(channels.begin(), channels.end());
+  const double chroma = *most - *least;
+  const double before = (*most + *least) / 2;
+  const double after = before * shade * tint + (1 - tint);
+  // Saturation is chroma over what the lightness leaves room for: kept, it scales the distances from the lightness.
+  const double room = 1 - std::abs(2 * before - 1);
+  const double scale = room > 0 ? (1 - std::abs(2 * after - 1)) / room : 0;
+  std::array<std::uint8_t, 3> bytes = {};
+  for (std::size_t index = 0; index < 3; ++index) {
+    const double channel = chroma > 0 ? after + (channels.at(index) - before) * scale : after;
+    bytes.at(index) = static_cast<std::uint8_t>(std::lround(std::clamp(channel, 0.0, 1.0) * 255));
+  }
+  return NSColor::withComponents(bytes[0], bytes[1], bytes[2], colour.opacity());
+}
+
+}  // namespace
+
+Ref<NSObject> valueInTheme(const ZTDocument& document, Ref<NSObject> value) {
+  constexpr std::string_view kMark = "theme:";
+  const NSString* reference = NSString::from(value.get());
+  if (reference == nullptr || !reference->view().starts_with(kMark)) return value;
+  const std::string_view text = reference->view().substr(kMark.size());
+  std::string_view name = text.substr(0, text.find(' '));
+  const auto* known = std::find_if(kNames.begin(), kNames.end(), [&](const Name& row) { return row.first == name; });
+  if (known != kNames.end()) name = known->second;
+  const OdfStyle* theme = document.rootStyle("theme");
+  const Ref<NSObject> found =
+      theme != nullptr ? theme->valueForProperty(PropertyKey("theme.a." + std::string(name))) : Ref<NSObject>();
+  if (found == nullptr) return value;
+  const NSColor* colour = NSColor::from(found.get());
+  return colour != nullptr ? Ref<NSObject>(withLightness(*colour, shareIn(text, "tint:"), shareIn(text, "shade:")))
+                           : found;
+}
+
+}  // namespace zt
