@@ -41,6 +41,7 @@ TEST(ComparisonTest, ComparesStructureNotIdentity) {
   EXPECT_FALSE(one->isEqual(nullptr));
   EXPECT_FALSE(one->isEqual(NSNull::null()));
   EXPECT_EQ(scene.style(nullptr).hash(), 0u);
+  EXPECT_NE(one->hash(), base.hash()) << "their identifiers differ";
   EXPECT_EQ(one->stableHash(), base.stableHash());
 
   // A copy is detached: it has no parent, and so does not equal an original that has one.
@@ -51,6 +52,28 @@ TEST(ComparisonTest, ComparesStructureNotIdentity) {
   EXPECT_TRUE(child.isEqual(&twin)) << "one parent";
   EXPECT_TRUE(base.isEqual(base.copy().get()));
   EXPECT_EQ(ZTSStyle::comparisonsInProgress(), 0u);
+}
+
+/// Takes the map in which it stands out of its style while it is compared.
+struct Meddler : NSObject {
+  bool isEqual(const NSObject*) const override {
+    style->p_setPropertyMap({});
+    heldMeanwhile = witness->referenceCount() > 1;
+    return true;
+  }
+  ZTSStyle* style = nullptr;
+  Ref<NSObject> witness = NSNumber::withReal(0.5);
+  mutable bool heldMeanwhile = false;
+};
+
+TEST(ComparisonTest, HoldsTheMapsThatItCompares) {
+  Scene scene;
+  const Ref<Meddler> meddler(new Meddler);
+  TestStyle& one = scene.detached({}, {}, {{size, Value(Ref<NSObject>(meddler))}, {weight, Value(meddler->witness)}});
+  TestStyle& two = scene.detached({}, {}, {{size, 1}, {weight, 0.5}});
+  meddler->style = &one;
+  EXPECT_TRUE(one.isEqual(&two)) << "as they were";
+  EXPECT_TRUE(meddler->heldMeanwhile);
 }
 
 struct Incomparable : NSObject {

@@ -161,7 +161,10 @@ class ZTSStyle::Comparison {
     if (!left.overridesAnyProperty() || !right.overridesAnyProperty()) {
       return left.overridesAnyProperty() == right.overridesAnyProperty();
     }
-    return left.mLocalPropertyMap->isEqual(*right.mLocalPropertyMap);
+    // Held: a value's own comparison may change either style.
+    const Ref<const PropertyMap> mine = left.mLocalPropertyMap;
+    const Ref<const PropertyMap> its = right.mLocalPropertyMap;
+    return mine->isEqual(*its);
   }
 
   Comparisons& mAll;
