@@ -21,6 +21,7 @@ namespace zt {
 class NSUndoManager;
 class ZTSStyle;
 class ZTSStylesheet;
+class ZTFirstFailure;
 
 /// A set of styles that keeps its members alive.
 using ZTSStyleSet = ZTUMutableRetainedPointerSet<ZTSStyle>;
@@ -346,7 +347,7 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   void p_setIdentifier(StringRef identifier);
   void p_setParentIdentifier(StringRef parentIdentifier);
   void p_setParent(Ref<ZTSStyle> parent);
-  void p_setChildren(ZTUMutablePointerSet<ZTSStyle> children) { mChildren = std::move(children); }
+  void p_setChildren(ZTUMutablePointerSet<ZTSStyle> children);
   void p_setPropertyMap(Ref<PropertyMap> map);
   void p_setObservers(ZTUCountedPointerSet<ZTSStyleObserver> observers) { mObservers = std::move(observers); }
   void p_setStylesheet(ZTSStylesheet* stylesheet);
@@ -355,10 +356,19 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// Resolves the parent; answers whether it changed. A parent that would close a loop is refused: the
   /// style stays without one and is tried again when a link of that loop changes.
   bool p_updateParent();
+  /// To be called where a style has left the place where others looked it up: tries the style again whose parent would
+  /// have closed a loop by way of this one, if there is one.
+  void p_retryRefused();
+  /// A child in use, or with orphans, passes one unit on, or takes it back.
   void p_addChild(ZTSStyle& child);
   void p_removeChild(ZTSStyle& child);
   /// The stylesheet in which the parent identifier is looked up; none without one.
   [[nodiscard]] ZTSStylesheet* p_reachStylesheet() const noexcept;
+  /// The own entries as they are stored, whatever the class shows of them; none while none was ever written. Borrowed
+  /// until one is stored.
+  [[nodiscard]] const PropertyMap* p_ownEntries() const noexcept { return mLocalPropertyMap.get(); }
+  /// Whether the class leaves all operations of these groups (`ZTSStyleClass::Plain`) alone.
+  [[nodiscard]] bool isPlain(std::uint8_t groups) const noexcept { return (mSmall.mPlainGroups & groups) == groups; }
   /// @}
 
  protected:
@@ -373,17 +383,14 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   friend const ZTSStyle* asStyle(const NSObject* object) noexcept;
   friend class ZTSAggregateStyle;
   friend class ZTSCountingWalk;
-  friend class ZTSDeepCopy;
-  friend class ZTSReferenceGroups;
   friend class ZTSStyleClass;
   friend class ZTSStylesheet;
   friend class ZTSOrphanIndex;
-  friend class ZTSUnusedStyles;
   friend class ZTSVariationIndexes;
 
   enum State : std::uint8_t {
     kLocked = 1,
-    kRefused = 2,               // its parent would have closed a loop
+    kOnRefusedWay = 2,          // its parent was refused, or it stands between the one refused and such a style
     kFiledAsOrphan = 4,         // listed in its stylesheet under the identifier it misses
     kUntried = 8,               // listed in its stylesheet as to be tried at every retry
     kAdjustingUsageCount = 16,  // an aggregate is passing its own usage count on
@@ -391,7 +398,6 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
     kIsIndexedValue = 64,       // an index has members that hold it as a value
     kUseWasRefused = 128        // its parent, adjusting its own count, did not take the unit for this used child
   };
-  [[nodiscard]] bool isPlain(std::uint8_t groups) const noexcept { return (mSmall.mPlainGroups & groups) == groups; }
   void setPlainGroups(std::uint8_t groups) noexcept { mSmall.mPlainGroups = groups; }  // ZTSStyleClass::Plain
   void setState(State state, bool on) noexcept {
     mSmall.mState = static_cast<std::uint8_t>(on ? mSmall.mState | state : mSmall.mState & ~state);
@@ -400,6 +406,12 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// What a search for a variation compares has changed: own entries, lock, identifier, stylesheet.
   void matchingChanged();
   void storeStylesheet(ZTSStylesheet* stylesheet);
+  Ref<ZTSStyle> findParent();
+  void refuseParent(ZTSStyle& refused);
+  /// Whether from here up no class overrides the reading of values. Cost: constant for a chain that is taken down from
+  /// its end, since what was found is remembered.
+  [[nodiscard]] bool isReadPlainly() noexcept;
+  void willInheritFrom(ZTSStyle* parent);
   /// A style that names a parent and has none is to be tried at the next retry.
   void fileAsUntried();
   /// The unit of usage that a used child gives its parent, and takes back unless the parent ignored it.
@@ -407,12 +419,19 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   void takeUseFrom(ZTSStyle& parent);
   bool forgetRefusedUse() noexcept;
   [[gnu::noinline]] Ref<NSObject> valueThroughTables(PropertyKey key) const;
-  [[nodiscard]] bool isQuietLeaf() const;  // whether a change that comes from the parent ends here unseen
-  [[nodiscard]] bool isUnheard() const;    // whether a change of this style's own values ends here unseen
-  [[nodiscard]] bool isHeard() const;      // whether anyone listens for the notification of this style's changes
+  /// Where a change comes from that reaches this style: from itself, or from its parent.
+  enum class Origin : bool { own, parent };
+  class Listeners;
+  /// Whether a change ends here with nobody the wiser. Implemented, like what follows, in ZTSStylePropagation.cpp.
+  [[nodiscard]] bool endsUnseen(Origin origin) const;
+  [[nodiscard]] bool endsUnseen(Origin origin, Listeners& listeners) const;
+  [[nodiscard]] bool isUnheard() const { return endsUnseen(Origin::own); }
+  /// Whether there is nobody to be told, and no look to be kept.
+  [[nodiscard]] bool isQuiet(Origin origin, Listeners& listeners) const;
   [[nodiscard]] bool isNoticed() const;
+  [[nodiscard]] bool communicates() const;
   void keepLook(const ZTSStyleChangeInfo& change, const PropertySet& arrived);
-  void tellObservers(const ZTSStyleChangeInfo& change);
+  void tellObservers(const ZTSStyleChangeInfo& change, ZTFirstFailure& failure);
   class Changing;  // brings a change through its hooks; in ZTSStyleMutation.cpp
   /// The changes themselves, between the hooks.
   void storeEntry(const Ref<NSObject>& value, PropertyKey key);
@@ -435,7 +454,10 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   Ref<PropertyMap> mLocalPropertyMap;    // none while it was never written
   std::uint64_t mKeyMask = 0;            // the bits of the own keys: always mLocalPropertyMap->keyMask()
   std::uint32_t mUsageCount = 0;
-  std::uint32_t mOrphanCount = 0;
+  static constexpr std::uint32_t kLargestOrphanCount = 0x7fff'ffff;
+  std::uint32_t mOrphanCount : 31 = 0;
+  /// While it is set, this style and all above it have classes that leave the reading of values alone.
+  std::uint32_t mIsReadPlainly : 1 = 0;
   ZTUCountedPointerSet<ZTSStyleObserver> mObservers;
 };
 

@@ -153,7 +153,7 @@ TEST(PropagationTest, IsWholeAgainAfterAnException) {
   EXPECT_EQ(valueOf(child, size), 1) << "the change itself stays";
   throws = false;
   scene.undo();
-  EXPECT_EQ(scene.log, (Log{"child: size<", "child: size<1", "root: size<1"}));
+  EXPECT_EQ(scene.log, (Log{"child: size<", "root: size<", "child: size<1", "root: size<1"}));
 }
 
 TEST(PropagationTest, RecordsThatAreKeptStayAsTheyAre) {
@@ -242,6 +242,96 @@ TEST(PropagationTest, CallsEveryOverriddenOperationThoughNobodyListens) {
   EXPECT_EQ(scene.log, Log{"own name"});
 }
 
+struct Throwing : ZTSStyleOf<Throwing, TestStyle> {
+  static constexpr const char* kClassName = "Throwing";
+  void stylePropertiesChanged(const ZTSStyleChangeInfo&) override {
+    if (isThrowing) throw NSGenericException("a child");
+  }
+  bool isThrowing = false;
+};
+struct Unkept : ZTSStyleOf<Unkept, TestStyle> {
+  static constexpr const char* kClassName = "Unkept";
+  void lockedStyleSetValuesForProperties(const PropertyMap&, std::int32_t) override {
+    throw NSGenericException("a look");
+  }
+};
+
+TEST(PropagationTest, TellsEverybodyWhateverIsThrownAndThrowsTheFirst) {
+  Scene scene;
+  TestStyle& root = scene.style("root");
+  scene.style<Throwing>("throwing", "root").isThrowing = true;
+  TestStyle& locked = scene.style<Unkept>("locked", "root", {}, true);
+  TestStyle& below = scene.style("below", "locked");
+  const auto raise = [](const ZTSStyleChangeInfo&) { throw NSGenericException("an observer"); };
+  StyleRecorder quiet(scene.log), first(scene.log, raise), second(scene.log, raise);
+  below.addObserver(&quiet);
+  for (ZTSStyleObserver* observer : {&first, &second, &quiet}) root.addObserver(observer);
+  locked.addObserver(&first);
+  NotificationListener listener(ZTSStylePropertiesChangedNotification, &root,
+                                [&](const NSNotification&) { scene.log.push_back("posted"); });
+  try {
+    root.setValueForProperty(Value(1), size);
+    ADD_FAILURE() << "nothing was thrown";
+  } catch (const NSException& exception) {
+    EXPECT_EQ(exception.reason(), "a child");
+  }
+  EXPECT_EQ(scene.log, (Log{"below: size<", "locked: size<", "root: size<", "root: size<", "root: size<", "posted"}));
+  EXPECT_EQ(valueOf(root, size), 1);
+  scene.log.clear();
+  root.removeObserver(&first), root.removeObserver(&second), locked.removeObserver(&first);
+  EXPECT_THROW(root.removeValueForProperty(size), NSException);
+  EXPECT_EQ(scene.log, (Log{"below: size<1", "root: size<1", "posted"}));
+  for (ZTSStyle* style : {&root, &below, &locked}) style->removeObserver(&quiet);
+}
+
+/// Answers another set of keys, and drops the one that it answered, each time it is asked for its own map.
+struct Shifting : ZTSStyleOf<Shifting, TestStyle> {
+  static constexpr const char* kClassName = "Shifting";
+  const PropertySet& inspectableProperties() const override { return *known; }
+  Ref<const PropertyMap> overridePropertyMap() const override {
+    holders = known->referenceCount();
+    known = PropertySet::with({weight});
+    return TestStyle::overridePropertyMap();
+  }
+  mutable Ref<PropertySet> known = PropertySet::with({size});
+  mutable std::uint32_t holders = 0;
+};
+
+TEST(PropagationTest, HoldsTheKeysOfAClassWhileItsMapIsAskedFor) {
+  Scene scene;
+  TestStyle& root = scene.style("root");
+  Shifting& leaf = scene.style<Shifting>("leaf", "root");
+  StyleRecorder recorder(scene.log);
+  leaf.addObserver(&recorder);
+  leaf.known = PropertySet::with({size});
+  root.setValueForProperty(Value(1), size);
+  EXPECT_EQ(leaf.holders, 2u) << "the leaf and who tells it";
+  EXPECT_EQ(scene.log, Log{"leaf: size<"});
+  leaf.removeObserver(&recorder);
+}
+
+TEST(PropagationTest, FindsEachThatCanNoticeAmongQuietSiblings) {
+  Scene scene;
+  TestStyle& root = scene.style("root", {}, {{size, 1}});
+  for (int each = 0; each < 3; ++each) scene.style(std::to_string(each), "root");
+  TestStyle& locked = scene.style("locked", "root", {}, true);
+  TestStyle& parent = scene.style("parent", "root");
+  TestStyle& grandchild = scene.style("grandchild", "parent", {}, true);
+  TestStyle& heard = scene.style("heard", "root");
+  TestStyle& observed = scene.style("observed", "root");
+  scene.style("last", "root");
+  StyleRecorder recorder(scene.log);
+  observed.addObserver(&recorder);
+  NotificationListener listener(ZTSStylePropertiesChangedNotification, &heard,
+                                [&](const NSNotification&) { scene.log.push_back("heard"); });
+  root.setValueForProperty(Value(2), size);
+  EXPECT_EQ(scene.log, (Log{"heard", "observed: size<1"}));
+  EXPECT_EQ(valueOf(locked, size), 1);
+  EXPECT_EQ(valueOf(grandchild, size), 1);
+  EXPECT_EQ(valueOf(parent, size), 2);
+  observed.removeObserver(&recorder);
+}
+
 TEST(PropagationTest, PassesThroughChainsOfAnyLength) {
   Scene plain, scene;
   StyleRecorder recorder(scene.log);
@@ -299,6 +389,7 @@ TEST(ChangeInfoTest, ComparesEachKeyOncePerChange) {
 }
 
 TEST(ChangeInfoTest, SaysWhatItIsAndRefusesToComeFromNothing) {
+  EXPECT_EQ(ZTSStyleChangeInfo::init()->unchangedPropertyMapForProperties(*PropertySet::with({size})), nullptr);
   Scene scene;
   TestStyle& root = scene.style("root");
   const Ref<ZTSStyleChangeInfo> change = ZTSStyleChangeInfo::withStyleChangedProperty(&root, size, {});

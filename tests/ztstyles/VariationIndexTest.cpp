@@ -278,6 +278,27 @@ TEST(VariationIndexTest, OutlivesItsBaseItsStylesheetAndTheStylesThatAreValues) 
   EXPECT_EQ(valueOf(*some, size), 8);
 }
 
+TEST(VariationIndexTest, FollowsWhatOnlyStores) {
+  Scene scene;
+  TestStyle& base = scene.style("base");
+  const auto request = [&](int number) {
+    const Ref<PropertyMap> map = mapOf({{size, number}});
+    return scene.sheet->variationOfStyle(&base, {.propertyMap = map.get()});
+  };
+  std::vector<Ref<ZTSStyle>> all;
+  for (int number = 0; number < 40; ++number) all.push_back(request(number));
+  ZTUMutablePointerSet<ZTSStyle> turned;
+  for (auto style = all.rbegin(); style != all.rend(); ++style) turned.addObject(style->get());
+  base.p_setChildren(turned);
+  EXPECT_EQ(request(7), all[7]);
+  // While the link is another one the style changes into what is asked for next.
+  all[7]->p_setParent({});
+  all[7]->p_setValueForProperty(Value(99), size);
+  all[7]->p_setParent(Ref<ZTSStyle>(&base));
+  EXPECT_EQ(request(99), all[7]);
+  EXPECT_TRUE(scene.sheet->indexesAreRight());
+}
+
 TEST(VariationIndexTest, FindsAnonymousStylesWhoseLinkDoesNotFollowTheirPlace) {
   Scene scene;
   scene.style("b0");

@@ -6,8 +6,11 @@
 // that a chain of styles may be as long as it likes; one whose class overrides it is called, since its override
 // expects everything below to have been told on return. What nobody can notice is left out: a change ends unseen at
 // a quiet leaf, and no record is made where no child, no observer and no listener would get it.
+//
+// Whoever is told may throw. The others are told all the same, and what the first one threw reaches the caller.
 
 #include <platform/NSUndoManager.h>
+#include <platform/ZTFirstFailure.h>
 #include <platform/ZTNesting.h>
 #include <support/ZTUAssertionHandler.h>
 #include <ztstyles/ZTSStyleChangeInfo.h>
@@ -47,27 +50,47 @@ Ref<const PropertySet> unhidden(const PropertySet& changed, const PropertySet& k
 }  // namespace
 
 // ---- Who can notice
+//
+// Three can: a class that handles changes itself; whoever is told by a style, which are its children, its observers
+// and those who listen for its notification; and the style itself, which when it is locked keeps what it has inherited
+// so far. This is the only place that knows them.
 
-bool ZTSStyle::isHeard() const {
-  return NSNotificationCenter::anyoneListens(classObject().stylePropertiesChangedNotificationName(), this);
-}
+/// Asks whether anyone listens for the notification of a style's changes; in a run of styles of one class, for the name
+/// once.
+class ZTSStyle::Listeners {
+ public:
+  [[nodiscard]] bool hear(const ZTSStyle& style) {
+    if (const ZTSStyleClass& its = style.classObject(); &its != mClass) {
+      mClass = &its;
+      mName = its.stylePropertiesChangedNotificationName();
+    }
+    return NSNotificationCenter::anyoneListens(mName, &style);
+  }
 
-/// A plain, unlocked style without children and observers about which nobody listens: no record is made for it, and it
-/// is not called.
-bool ZTSStyle::isQuietLeaf() const {
-  return isPlain(ZTSStyleClass::plainTelling) && mChildren.isEmpty() && mObservers.isEmpty() && !isLocked() &&
-         !isHeard();
-}
-
-/// As for a quiet leaf, but a lock plays no part; and any plain style whose stylesheet tells nobody.
-bool ZTSStyle::isUnheard() const {
-  if (!isPlain(ZTSStyleClass::plainTelling)) return false;
-  if (mStylesheet == nullptr || !mStylesheet->isChangeCommunicationEnabled()) return true;
-  return mChildren.isEmpty() && !isNoticed();
-}
+ private:
+  const ZTSStyleClass* mClass = nullptr;
+  NSNotificationName mName = ZTSStylePropertiesChangedNotification;
+};
 
 /// Whether somebody besides the children is told when this style changes.
-bool ZTSStyle::isNoticed() const { return !mObservers.isEmpty() || isHeard(); }
+bool ZTSStyle::isNoticed() const { return !mObservers.isEmpty() || Listeners().hear(*this); }
+
+bool ZTSStyle::isQuiet(Origin origin, Listeners& listeners) const {
+  return mChildren.isEmpty() && (origin == Origin::own || !isLocked()) && mObservers.isEmpty() &&
+         !listeners.hear(*this);
+}
+
+/// The stylesheet is asked last: where many children are asked one after the other, nearly all are quiet.
+bool ZTSStyle::endsUnseen(Origin origin, Listeners& listeners) const {
+  return isPlain(ZTSStyleClass::plainTelling) && (isQuiet(origin, listeners) || !communicates());
+}
+
+bool ZTSStyle::endsUnseen(Origin origin) const {
+  Listeners listeners;
+  return endsUnseen(origin, listeners);
+}
+
+bool ZTSStyle::communicates() const { return mStylesheet != nullptr && mStylesheet->isChangeCommunicationEnabled(); }
 
 // ---- What arrives
 
@@ -98,17 +121,22 @@ class ZTSStyle::Telling {
   };
 
   /// Takes the change to the style; false where it ends there and nobody is to be told. The spare record, if there
-  /// is one, was cascaded from the change.
-  bool begin(ZTSStyle& style, const ZTSStyleChangeInfo& change, SpareRecord* spare = nullptr);
+  /// is one, was cascaded from the change. What keeping a look throws is put into `failure`: those below are told.
+  bool begin(ZTSStyle& style, const ZTSStyleChangeInfo& change, ZTFirstFailure& failure, SpareRecord* spare = nullptr);
 
   [[nodiscard]] bool hasChildren() const noexcept { return !mChildren.empty(); }
   /// Tells the children and all below them.
-  void tellChildren();
+  void tellChildren(ZTFirstFailure& failure);
 
   /// After the children: the observers, then the notification centre.
-  void end();
+  void end(ZTFirstFailure& failure);
 
  private:
+  static bool isFor(const ZTSStyle& style, const ZTSStyleChangeInfo& change);
+  static Ref<const PropertySet> arriving(const ZTSStyle& style, const ZTSStyleChangeInfo& change);
+  void tellChild(ZTSStyle& child, std::vector<Telling>& below, ZTFirstFailure& failure, SpareRecord& spare);
+  [[nodiscard]] bool isRecordKept() const noexcept;
+  void post();
   void takeChildren(const ZTSStyle& style);
   /// The next child that is to be told, or none.
   Ref<ZTSStyle> nextChild() noexcept {
@@ -124,40 +152,55 @@ class ZTSStyle::Telling {
   std::size_t mNext = 0;
 };
 
-bool ZTSStyle::Telling::begin(ZTSStyle& style, const ZTSStyleChangeInfo& change, SpareRecord* spare) {
-  if (style.mStylesheet == nullptr || !style.mStylesheet->isChangeCommunicationEnabled()) return false;
-  const ZTSStyle* source = change.style();
-  const bool isOwn = source == &style;
-  if (!isOwn && source != style.mParent.get()) return false;
-  const PropertySet* changed = change.changedProperties();
-  if (changed == nullptr) return false;
-  // What a class overrides is asked, even where the answer cannot matter any more.
-  const bool isPlainClass = style.isPlain(ZTSStyleClass::plainTelling);
+/// Whether the style tells at all, and the change is its own or its parent's.
+bool ZTSStyle::Telling::isFor(const ZTSStyle& style, const ZTSStyleChangeInfo& change) {
+  return style.communicates() && (change.style() == &style || change.style() == style.mParent.get()) &&
+         change.changedProperties() != nullptr;
+}
+
+/// What of the parent's change arrives: the keys that the style inspects and does not hide. None where there is no such
+/// key, or where nobody would be told.
+Ref<const PropertySet> ZTSStyle::Telling::arriving(const ZTSStyle& style, const ZTSStyleChangeInfo& change) {
+  // What a class overrides is asked before anything else, even where the answer cannot matter any more. The first
+  // answer is held where giving the second may replace it.
   const bool showsOwnMap = style.isPlain(ZTSStyleClass::plainMatching);
-  const PropertySet* known = isOwn || isPlainClass ? nullptr : &style.inspectableProperties();
-  const Ref<const PropertyMap> answered = isOwn || showsOwnMap ? Ref<const PropertyMap>() : style.overridePropertyMap();
-  bool isNoticed = style.isNoticed();
-  if (!isNoticed && style.mChildren.isEmpty() && (isOwn || !style.isLocked())) return false;
-  Ref<const PropertySet> rest;
-  if (!isOwn) {
-    if (known == nullptr) known = &style.inspectableProperties();
-    const PropertyMap* own = answered.get();
-    if (showsOwnMap && (style.mKeyMask & changed->keyMask()) != 0) own = style.mLocalPropertyMap.get();
-    rest = unhidden(*changed, *known, own);
-    if (rest) changed = rest.get();
-  }
-  if (changed->isEmpty()) return false;
+  const PropertySet* known = style.isPlain(ZTSStyleClass::plainTelling) ? nullptr : &style.inspectableProperties();
+  const Ref<const PropertySet> held(showsOwnMap ? nullptr : known);
+  const Ref<const PropertyMap> answered = showsOwnMap ? Ref<const PropertyMap>() : style.overridePropertyMap();
+  Listeners listeners;
+  if (style.isQuiet(Origin::parent, listeners)) return {};
+
+  const PropertySet& changed = *change.changedProperties();
+  const PropertyMap* own = answered.get();
+  if (showsOwnMap && (style.mKeyMask & changed.keyMask()) != 0) own = style.mLocalPropertyMap.get();
+  Ref<const PropertySet> rest = unhidden(changed, known != nullptr ? *known : style.inspectableProperties(), own);
+  return rest ? std::move(rest) : Ref<const PropertySet>(&changed);
+}
+
+// Four questions. Is the change for this style? What of it arrives? Then, if the style is locked, its look is kept:
+// that takes the old values out of the record, which is the parent's still, and it calls out, so that children,
+// observers and listeners may be others afterwards. Therefore who is there to be told is asked last.
+bool ZTSStyle::Telling::begin(ZTSStyle& style, const ZTSStyleChangeInfo& change, ZTFirstFailure& failure,
+                              SpareRecord* spare) {
+  if (!isFor(style, change)) return false;
+  const Origin origin = change.style() == &style ? Origin::own : Origin::parent;
+  Ref<const PropertySet> arrived =
+      origin == Origin::own ? Ref<const PropertySet>(change.changedProperties()) : arriving(style, change);
+  if (!arrived || arrived->isEmpty()) return false;
+
   mStyle = &style;
-  if (!isOwn && style.isLocked()) {
-    style.keepLook(change, *changed);
-    isNoticed = style.isNoticed();
-  }
+  const bool keepsLook = origin == Origin::parent && style.isLocked();
+  if (keepsLook) failure.attempt([&] { style.keepLook(change, *arrived); });
+
+  // What arrives at a leaf that keeps nothing has somebody to hear it.
+  const bool isKnownToBeNoticed = origin == Origin::parent && !keepsLook && style.mChildren.isEmpty();
   if (!style.mChildren.isEmpty()) takeChildren(style);
-  if (!isNoticed && mChildren.empty()) return false;
-  if (isOwn) {
+  if (mChildren.empty() && !isKnownToBeNoticed && !style.isNoticed()) return false;
+
+  if (origin == Origin::own) {
     mChange = const_cast<ZTSStyleChangeInfo*>(&change);
   } else {
-    takeRecord(change, rest ? std::move(rest) : Ref<const PropertySet>(changed), spare);
+    takeRecord(change, std::move(arrived), spare);
   }
   return true;
 }
@@ -174,9 +217,14 @@ void ZTSStyle::Telling::takeRecord(const ZTSStyleChangeInfo& change, Ref<const P
   mChange->p_reuseFor(change, mStyle.get(), std::move(arrived));
 }
 
+/// Whether somebody besides this telling, and the user information that it made, holds the record or that information.
+bool ZTSStyle::Telling::isRecordKept() const noexcept {
+  const std::uint32_t holdersOfChange = mUserInfo ? 2 : 1;
+  return mChange->referenceCount() != holdersOfChange || (mUserInfo && mUserInfo->referenceCount() != 1);
+}
+
 void ZTSStyle::Telling::leaveRecordTo(SpareRecord& spare) noexcept {
-  if (mUserInfo ? mUserInfo->referenceCount() != 1 || mChange->referenceCount() != 2 : mChange->referenceCount() != 1)
-    return;
+  if (isRecordKept()) return;
   mChange->mStyle.reset();
   spare.change = std::move(mChange);
   spare.userInfo = std::move(mUserInfo);
@@ -185,18 +233,9 @@ void ZTSStyle::Telling::leaveRecordTo(SpareRecord& spare) noexcept {
 /// A snapshot of the children, without the quiet leaves in front: while nobody has been called, they stay quiet.
 void ZTSStyle::Telling::takeChildren(const ZTSStyle& style) {
   const auto& children = style.mChildren.table();
-  // As `isQuietLeaf`, with the notification's name asked once for a run of children of one class.
-  const ZTSStyleClass* lastClass = nullptr;
-  NSNotificationName name = ZTSStylePropertiesChangedNotification;
-  const auto first = children.firstSlotWhere([&](const ZTSStyle* child) {
-    if (!child->isPlain(ZTSStyleClass::plainTelling) || !child->mChildren.isEmpty()) return true;
-    if (child->isLocked() || !child->mObservers.isEmpty()) return true;
-    if (const ZTSStyleClass& itsClass = child->classObject(); &itsClass != lastClass) {
-      lastClass = &itsClass;
-      name = itsClass.stylePropertiesChangedNotificationName();
-    }
-    return NSNotificationCenter::anyoneListens(name, child);
-  });
+  Listeners listeners;
+  const auto first =
+      children.firstSlotWhere([&](const ZTSStyle* child) { return !child->endsUnseen(Origin::parent, listeners); });
   if (first == children.kNoSlot) return;
   mChildren.reserve(children.count());
   const auto hold = [&](ZTSStyle* child) {
@@ -206,7 +245,7 @@ void ZTSStyle::Telling::takeChildren(const ZTSStyle& style) {
   (void)children.firstSlotWhere(hold, first);
 }
 
-void ZTSStyle::Telling::tellChildren() {
+void ZTSStyle::Telling::tellChildren(ZTFirstFailure& failure) {
   std::vector<Telling> below;  // the way from this style down to where we are
   SpareRecord spare;           // of the level where we are
   for (;;) {
@@ -215,28 +254,35 @@ void ZTSStyle::Telling::tellChildren() {
     if (!child) {
       spare = {};
       if (below.empty()) return;
-      level.end();
+      level.end(failure);
       below.pop_back();
       continue;
     }
-    if (!child->isPlain(ZTSStyleClass::plainTelling)) {
-      child->stylePropertiesChanged(*level.mChange);
-      continue;
-    }
-    Telling next;
-    if (!next.begin(*child, *level.mChange, &spare)) continue;
-    if (next.hasChildren()) {
-      spare = {};
-      below.push_back(std::move(next));
-    } else {
-      next.end();
-      next.leaveRecordTo(spare);
-    }
+    failure.attempt([&] { level.tellChild(*child, below, failure, spare); });
   }
 }
 
-void ZTSStyle::Telling::end() {
-  if (!mStyle->mObservers.isEmpty()) mStyle->tellObservers(*mChange);
+/// Tells a child; one that has children itself becomes the level where we are.
+void ZTSStyle::Telling::tellChild(ZTSStyle& child, std::vector<Telling>& below, ZTFirstFailure& failure,
+                                  SpareRecord& spare) {
+  if (!child.isPlain(ZTSStyleClass::plainTelling)) return child.stylePropertiesChanged(*mChange);
+  Telling next;
+  if (!next.begin(child, *mChange, failure, &spare)) return;
+  if (next.hasChildren()) {
+    spare = {};
+    below.push_back(std::move(next));
+  } else {
+    next.end(failure);
+    next.leaveRecordTo(spare);
+  }
+}
+
+void ZTSStyle::Telling::end(ZTFirstFailure& failure) {
+  if (!mStyle->mObservers.isEmpty()) failure.attempt([&] { mStyle->tellObservers(*mChange, failure); });
+  failure.attempt([&] { post(); });
+}
+
+void ZTSStyle::Telling::post() {
   NSNotificationCenter::defaultCenter().postIfHeard(mStyle->classObject().stylePropertiesChangedNotificationName(),
                                                     mStyle.get(), [&] {
                                                       static const StringRef key(ZTSStyleNotificationChangeInfoKey);
@@ -245,23 +291,27 @@ void ZTSStyle::Telling::end() {
                                                     });
 }
 
-void ZTSStyle::tellObservers(const ZTSStyleChangeInfo& change) {
+void ZTSStyle::tellObservers(const ZTSStyleChangeInfo& change, ZTFirstFailure& failure) {
   if (mObservers.count() == 1) {
-    mObservers.anyObject()->stylePropertiesChanged(change);
+    failure.attempt([&] { mObservers.anyObject()->stylePropertiesChanged(change); });
     return;
   }
   for (ZTSStyleObserver* observer : mObservers.allObjects()) {
     // One that has left meanwhile may be gone.
-    if (mObservers.containsObject(observer)) observer->stylePropertiesChanged(change);
+    if (!mObservers.containsObject(observer)) continue;
+    failure.attempt([&] { observer->stylePropertiesChanged(change); });
   }
 }
 
 void ZTSStyle::stylePropertiesChanged(const ZTSStyleChangeInfo& change) {
   const NestingGuard guard("stylePropertiesChanged:", Nesting::telling);
+  ZTFirstFailure failure;
   Telling telling;
-  if (!telling.begin(*this, change)) return;
-  if (telling.hasChildren()) telling.tellChildren();
-  telling.end();
+  if (telling.begin(*this, change, failure)) {
+    if (telling.hasChildren()) telling.tellChildren(failure);
+    telling.end(failure);
+  }
+  failure.rethrow();
 }
 
 // ---- Observers

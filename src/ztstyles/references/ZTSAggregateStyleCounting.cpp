@@ -109,7 +109,8 @@ class ZTSCountingWalk {
   /// The style's own count.
   Outcome count(ZTSStyle& style) {
     const std::uint32_t before = countOf(style);
-    if (before == (mIsUp ? std::numeric_limits<std::uint32_t>::max() : 0u)) {
+    constexpr std::uint32_t kLargest = std::numeric_limits<std::uint32_t>::max();
+    if (before == (!mIsUp ? 0u : mIsUsage ? kLargest : ZTSStyle::kLargestOrphanCount)) {
       mFailure.attempt([&] { callInherited(style); });  // which knows what to say
       return Outcome::refused;
     }

@@ -55,7 +55,7 @@ class ZTSReferenceGroups {
 
   /// Whether values of the style may be part of a cycle.
   static bool hasReferences(const ZTSStyle& style) {
-    const PropertyMap* own = style.mLocalPropertyMap.get();
+    const PropertyMap* own = style.p_ownEntries();
     return own != nullptr &&
            std::any_of(own->begin(), own->end(), [](const PropertyMap::Entry& entry) { return canHold(*entry.value); });
   }
@@ -98,8 +98,9 @@ class ZTSReferenceGroups {
     if (style.stylesheet() != nullptr) return;  // alive, with all that it holds
     if (style.parent() != nullptr) visit(*style.parent());
     // What is in a map that somebody else holds too is held from outside.
-    if (!style.mLocalPropertyMap || style.mLocalPropertyMap->referenceCount() != 1) return;
-    for (const PropertyMap::Entry& entry : *style.mLocalPropertyMap) {
+    const PropertyMap* own = style.p_ownEntries();
+    if (own == nullptr || own->referenceCount() != 1) return;
+    for (const PropertyMap::Entry& entry : *own) {
       if (canHold(*entry.value)) visit(*entry.value);
     }
   }

@@ -4,6 +4,7 @@
 
 #include <platform/NSException.h>
 #include <platform/NSUndoManager.h>
+#include <platform/ZTFirstFailure.h>
 #include <support/ZTUAssertionHandler.h>
 #include <support/ZTULog.h>
 #include <ztstyles/ZTSStyleChangeInfo.h>
@@ -14,7 +15,7 @@
 #include <ztstyles/stylesheet/ZTSOrphanIndex.h>
 
 #include <algorithm>
-#include <atomic>
+#include <vector>
 
 namespace zt {
 
@@ -24,16 +25,6 @@ const NSNotificationName ZTSStyleNameChangedNotification("ZTSStyleNameChangedNot
 namespace {
 
 constexpr const char* kSourceFile = "src/ztstyles/ZTSStyle";
-
-// The styles of the process whose parent was refused. While it is 0, which is as good as always, no link
-// change looks for one that could be tried again.
-std::atomic<std::size_t> sRefusedStyles = 0;
-
-/// The style above which the walk over parents ends.
-ZTSStyle* rootOf(ZTSStyle* style) {
-  while (style != nullptr && style->parent() != nullptr) style = style->parent();
-  return style;
-}
 
 bool descendsFrom(const ZTSStyle* style, const ZTSStyle& ancestor) {
   while (style != nullptr && style != &ancestor) style = style->parent();
@@ -61,7 +52,6 @@ ZTSStyle::~ZTSStyle() {
   intrusive_ptr_add_ref(this);  // whoever is handed this style by what follows must not end it again
   storeStylesheet(nullptr);
   if (hasState(kIsIndexedValue)) ZTSVariationIndexes::valueDies(*this);
-  if (hasState(kRefused)) --sRefusedStyles;
   forgetClassOf(*this);
   if (mParent) {
     try {
@@ -155,23 +145,79 @@ void ZTSStyle::cleanup() { storeStylesheet(nullptr); }
 void ZTSStyle::updateParent() {
   const Ref<ZTSStyle> self(this);
   const Ref<ZTSStyle> oldParent = mParent;
+  const bool wasOnRefusedWay = hasState(kOnRefusedWay);
   if (!p_updateParent()) return;
+  ZTFirstFailure failure;
   // A class of the old chain that overrides the reading of values could notice that it is not asked for them.
-  const ZTSStyle* asked = oldParent.get();
-  while (asked != nullptr && asked->isPlain(ZTSStyleClass::plainReading)) asked = asked->parent();
-  if (!isPlain(ZTSStyleClass::plainTelling) || asked != nullptr ||
-      (mStylesheet != nullptr && mStylesheet->isChangeCommunicationEnabled() && !isQuietLeaf())) {
-    const Ref<PropertyMap> oldValues = oldParent ? oldParent->propertyMap() : Ref<PropertyMap>();
-    stylePropertiesChanged(
-        *ZTSStyleChangeInfo::withStyleChangedProperties(mParent.get(), inspectableProperties(), oldValues.get()));
+  if (!endsUnseen(Origin::parent) || (oldParent && !oldParent->isReadPlainly())) {
+    failure.attempt([&] {
+      const Ref<PropertyMap> oldValues = oldParent ? oldParent->propertyMap() : Ref<PropertyMap>();
+      stylePropertiesChanged(
+          *ZTSStyleChangeInfo::withStyleChangedProperties(mParent.get(), inspectableProperties(), oldValues.get()));
+    });
   }
-  // A style whose parent was refused stands at the top of the chain that its parent would have closed.
-  // This style has left a chain: if the refused one was at its top, the loop is gone.
-  if (sRefusedStyles.load(std::memory_order_relaxed) == 0) return;
-  if (const Ref<ZTSStyle> refused(rootOf(oldParent.get())); refused && refused != self && refused->hasState(kRefused)) {
-    refused->updateParent();
+  if (wasOnRefusedWay && oldParent) failure.attempt([&] { oldParent->p_retryRefused(); });
+  failure.rethrow();
+}
+
+bool ZTSStyle::isReadPlainly() noexcept {
+  ZTSStyle* known = this;
+  while (known != nullptr && !known->mIsReadPlainly) {
+    if (!known->isPlain(ZTSStyleClass::plainReading)) return false;
+    known = known->parent();
+  }
+  for (ZTSStyle* style = this; style != known; style = style->parent()) style->mIsReadPlainly = true;
+  return true;
+}
+
+/// Keeps what `isReadPlainly` remembers right where the style is about to get a parent.
+void ZTSStyle::willInheritFrom(ZTSStyle* parent) {
+  if (!mIsReadPlainly || parent == nullptr || parent->isReadPlainly()) return;
+  std::vector<ZTSStyle*> below{this};
+  while (!below.empty()) {
+    ZTSStyle& style = *below.back();
+    below.pop_back();
+    style.mIsReadPlainly = false;
+    for (ZTSStyle* child : style.mChildren) {
+      if (child->mIsReadPlainly) below.push_back(child);
+    }
   }
 }
+
+// ---- Refused parents
+//
+// A parent that inherits from the style would close a loop, and is refused: the style stays without a parent, at the
+// top of the way that leads up to it from the one that was refused. The loop may be gone as soon as a style on that way
+// gets another parent or another identifier, and then the one at the top is to be tried again. So every style on the
+// way is marked. One that leaves its place and finds itself marked goes up the rest of the way, takes the marks off,
+// and tries the style at the top, which marks a way again if it is refused again. A mark that has lost its way costs
+// one such walk and is gone. Where nothing is marked, nothing is walked.
+
+/// Refuses the parent, which inherits from this style.
+void ZTSStyle::refuseParent(ZTSStyle& refused) {
+  ZTULog_Fn(
+      kZTULogFailure, kSourceFile,
+      "Style <%p> with identifier '%@' cannot inherit from style <%p> with identifier '%@', which inherits from it.",
+      address(this), mIdentifier, address(&refused), refused.identifier());
+  for (ZTSStyle* style = &refused; style != this; style = style->parent()) style->setState(kOnRefusedWay, true);
+  setState(kOnRefusedWay, true);
+}
+
+void ZTSStyle::p_retryRefused() {
+  ZTSStyle* top = this;
+  bool isRefused = hasState(kOnRefusedWay);
+  setState(kOnRefusedWay, false);
+  while (top->parent() != nullptr) {
+    top = top->parent();
+    isRefused = top->hasState(kOnRefusedWay);
+    top->setState(kOnRefusedWay, false);
+  }
+  if (!isRefused) return;
+  const Ref<ZTSStyle> held(top);
+  held->updateParent();
+}
+
+// ---- The parent
 
 ZTSStylesheet* ZTSStyle::p_reachStylesheet() const noexcept {
   // A style that shares its identifier with its parent specialises the style of that identifier above.
@@ -179,29 +225,29 @@ ZTSStylesheet* ZTSStyle::p_reachStylesheet() const noexcept {
   return mStylesheet;
 }
 
-bool ZTSStyle::p_updateParent() {
+/// The style that the parent identifier stands for, unless it is refused. Raises where it stands for this style.
+Ref<ZTSStyle> ZTSStyle::findParent() {
   const ZTSStylesheet* reach = p_reachStylesheet();
   Ref<ZTSStyle> found(reach != nullptr ? reach->cascadedStyleWithIdentifier(mParentIdentifier) : nullptr);
-  if (found == mParent && found) return false;
+  if (found && found == mParent) return found;
   if (found == this) {
     fileAsUntried();
     ZT_RAISE("p_updateParent", this, kSourceFile, "-[ZTSStyle (%p) setParent:] tried to set ourself as our parent.",
              address(this));
   }
-  bool isRefused = false;
+  setState(kOnRefusedWay, false);
   // Only a style that has children can close a loop.
   if (found && !mChildren.isEmpty() && descendsFrom(found.get(), *this)) {
-    ZTULog_Fn(
-        kZTULogFailure, kSourceFile,
-        "Style <%p> with identifier '%@' cannot inherit from style <%p> with identifier '%@', which inherits from it.",
-        address(this), mIdentifier, address(found.get()), found->identifier());
+    refuseParent(*found);
     found.reset();
-    isRefused = true;
   }
-  if (isRefused != hasState(kRefused)) {
-    setState(kRefused, isRefused);
-    sRefusedStyles += isRefused ? 1 : static_cast<std::size_t>(-1);
-  }
+  return found;
+}
+
+bool ZTSStyle::p_updateParent() {
+  const Ref<ZTSStyle> found = findParent();
+  if (found && found == mParent) return false;
+  willInheritFrom(found.get());
   const Ref<ZTSStyle> old = mParent;
   if (old) {
     try {
@@ -268,8 +314,16 @@ void ZTSStyle::p_setParentIdentifier(StringRef parentIdentifier) {
 
 void ZTSStyle::p_setParent(Ref<ZTSStyle> parent) {
   if (hasState(kFiledAsOrphan | kUntried)) mStylesheet->orphans().unfile(*this);
+  willInheritFrom(parent.get());
+  // Nothing would tell the index over the children of the style so far when this one changes.
+  if (mParent && mParent != parent && mParent->hasState(kHasVariationIndex)) ZTSVariationIndexes::dropIndexOf(*mParent);
   mParent = std::move(parent);
   fileAsUntried();
+}
+
+void ZTSStyle::p_setChildren(ZTUMutablePointerSet<ZTSStyle> children) {
+  if (hasState(kHasVariationIndex)) ZTSVariationIndexes::dropIndexOf(*this);
+  mChildren = std::move(children);
 }
 
 void ZTSStyle::p_setIsLocked(bool isLocked) {

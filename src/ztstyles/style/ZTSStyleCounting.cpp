@@ -80,7 +80,7 @@ bool ZTSStyle::forgetRefusedUse() noexcept {
 
 void ZTSStyle::incrementOrphanCount() {
   for (Ref<ZTSStyle> style(this);;) {
-    if (style->mOrphanCount == kLargestCount) {
+    if (style->mOrphanCount == kLargestOrphanCount) {
       ZT_REPORT("incrementOrphanCount", style.get(), kSourceFile,
                 "Attempt to increment the orphan count of style <%p> beyond its range.", address(style.get()));
       return;

@@ -121,6 +121,7 @@ void ZTSStylesheet::identifyStyleKeepingChildren(Ref<ZTSStyle> style, StringRef 
   for (ZTSStyle* child : kept) child->p_setParentIdentifier(identifier);
 
   if (old) resolveParentsOfChildren(*style);
+  if (old) style->p_retryRefused();
   resolveParentsAfterIdentifying(identifier);
 }
 
@@ -144,6 +145,7 @@ void ZTSStylesheet::anonymizeStyle(Ref<ZTSStyle> style) {
   style->p_setIdentifier({});
   if (mVariations) mVariations->anonymousStyleChanged(*style);
   resolveParentsOfChildren(*style);
+  style->p_retryRefused();
 }
 
 }  // namespace zt
