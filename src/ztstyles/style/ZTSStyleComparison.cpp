@@ -5,8 +5,10 @@
 // Equality follows parents and values, which may lead back to where it came from: a pair whose comparison is under
 // way counts as equal. Styles that share layers of referenced styles would be compared once per path that leads to
 // them, so pairs that were found equal are remembered until the outermost comparison ends. Such a finding may rest
-// on a pair that was only taken to be equal: when that one turns out different, what was found since it was begun
-// is forgotten again. Parents of plain classes are compared in a loop, everything else by calls.
+// on a pair that was only taken to be equal: when that one turns out different, or equal but for its names, what was
+// found since it was begun is forgotten again. Whoever compares many styles and changes none keeps findings from one
+// outermost comparison to the next, with ZTSStyleFindings. Parents of plain classes are compared in a loop, everything
+// else by calls.
 
 #include <platform/ZTHash.h>
 #include <platform/ZTNesting.h>
@@ -106,9 +108,8 @@ class ZTSStyle::Comparison {
   ~Comparison() {
     if (mAll.underWay.size() > mStart) forgetFindings();  // thrown: what rested on these pairs is not known
     mAll.underWay.cutBack(mStart);
-    if (mStart != 0) return;
-    // Few findings are found again sooner than they are looked up.
-    if (mAll.keepers == 0 || mAll.foundEqual.size() <= mFoundBefore + PairStack::kWalked) forgetFindings();
+    const bool isOutermost = mStart == 0;
+    if (isOutermost && !isWorthKeeping()) forgetFindings();
   }
   Comparison(const Comparison&) = delete;
   Comparison& operator=(const Comparison&) = delete;
@@ -128,12 +129,10 @@ class ZTSStyle::Comparison {
       isEqual = isEqual && mapsAreEqual(*pair.left, *pair.right);
       mAll.underWay.cutBack(mAll.underWay.size() - 1);
       const bool isFirst = mAll.underWay.size() == mStart;
-      if (!isEqual) {
-        forgetFindings();
-      } else if (mAll.underWay.size() != 0 && (!isFirst || compareNames == CompareNames::yes)) {
-        mAll.foundEqual.push(pair);
-      } else if (isFirst && compareNames == CompareNames::no) {
-        forgetFindings();  // they took names to be equal that were not compared
+      if (isEqual && (!isFirst || compareNames == CompareNames::yes)) {
+        keepFinding(pair);
+      } else {
+        forgetFindings();  // while it was under way, the pair counted as equal in everything
       }
     }
     return isEqual;
@@ -141,6 +140,14 @@ class ZTSStyle::Comparison {
 
  private:
   void forgetFindings() noexcept { mAll.foundEqual.cutBack(mFoundBefore); }
+  void keepFinding(const Pair& pair) {
+    const bool isOutermost = mAll.underWay.size() == 0;
+    if (!isOutermost) mAll.foundEqual.push(pair);  // that one is not met again
+  }
+  /// Few findings are found again sooner than they are looked up.
+  [[nodiscard]] bool isWorthKeeping() const noexcept {
+    return mAll.keepers != 0 && mAll.foundEqual.size() > mFoundBefore + PairStack::kWalked;
+  }
 
   /// Goes up while the parents have to be compared, and puts each pair on the way under way.
   bool compareParents(Pair pair) {
