@@ -4,6 +4,8 @@
 
 #include "Scene.h"
 
+#include <platform/NSException.h>
+
 namespace zt::testing {
 namespace {
 
@@ -102,6 +104,35 @@ TEST(OverridesTest, HandsChildrenAndReferencesOverToAReplacement) {
   EXPECT_EQ(child.parent(), &fresh);
   EXPECT_EQ(user.overrideValueForProperty(list), &fresh);
   EXPECT_EQ(old.observers().count(), 0u);
+}
+
+struct Clinging : ZTSStyleOf<Clinging, TestStyle> {
+  static constexpr const char* kClassName = "Clinging";
+  void setParentIdentifier(StringRef) override { throw NSGenericException("a child"); }
+};
+struct Mourner : ZTSStyleObserver {
+  void didReplaceStyleWithStyle(ZTSStyle*, ZTSStyle*) override { throw NSGenericException("an observer"); }
+};
+
+TEST(OverridesTest, HandsOverWhatItCanWhoeverThrows) {
+  Scene scene;
+  TestStyle& old = scene.style("old");
+  TestStyle& fresh = scene.style("fresh");
+  Clinging& clinging = scene.style<Clinging>({}, "old");
+  TestStyle& child = scene.style({}, "old");
+  Mourner mourner;
+  old.addObserver(&mourner);
+  TestAggregate& user = scene.style<TestAggregate>("user", {}, {{list, old}});
+  try {
+    old.replaceWithStyle(&fresh);
+    ADD_FAILURE() << "nothing was thrown";
+  } catch (const NSException& exception) {
+    EXPECT_EQ(exception.reason(), "a child");
+  }
+  EXPECT_EQ(clinging.parent(), &old);
+  EXPECT_EQ(child.parent(), &fresh);
+  EXPECT_EQ(user.overrideValueForProperty(list), &fresh);
+  old.removeObserver(&mourner);
 }
 
 }  // namespace

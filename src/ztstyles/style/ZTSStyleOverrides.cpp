@@ -3,6 +3,7 @@
 // Minimal override maps, comparing styles property by property, and handing a style over to another.
 
 #include <platform/NSNull.h>
+#include <platform/ZTFirstFailure.h>
 #include <support/ZTUAssertionHandler.h>
 #include <ztstyles/ZTSStyle.h>
 
@@ -103,7 +104,9 @@ void ZTSStyle::replaceWithStyle(ZTSStyle* other) {
   if (other == nullptr || other == this || &other->classObject() != &classObject()) return;
   const Ref<ZTSStyle> self(this);
   const Ref<ZTSStyle> replacement(other);
-  makeChildrenPerform([&](ZTSStyle& child) { child.setParentIdentifier(replacement->identifier()); });
+  ZTFirstFailure failure;
+  makeChildrenPerform(
+      [&](ZTSStyle& child) { failure.attempt([&] { child.setParentIdentifier(replacement->identifier()); }); });
   // Aggregates among the observers are held, so that each is told, whatever the others do. Of an observer that is
   // no style nothing is known once it has left.
   std::vector<std::pair<ZTSStyleObserver*, Ref<ZTSStyle>>> observers;
@@ -111,8 +114,10 @@ void ZTSStyle::replaceWithStyle(ZTSStyle* other) {
     observers.emplace_back(observer, retainIfAlive(dynamic_cast<ZTSStyle*>(observer)));
   }
   for (const auto& [observer, style] : observers) {
-    if (style || mObservers.containsObject(observer)) observer->didReplaceStyleWithStyle(this, replacement.get());
+    if (!style && !mObservers.containsObject(observer)) continue;
+    failure.attempt([&, told = observer] { told->didReplaceStyleWithStyle(this, replacement.get()); });
   }
+  failure.rethrow();
 }
 
 }  // namespace zt
