@@ -11,53 +11,31 @@ namespace zt {
 /// which declared the operation last, so that two classes have the same one where none between them redeclares it.
 /// There is none where a class overloads or hides the operation.
 namespace operations {
-// clang-format off: one line each
-template <class T>
-using ValueForProperty = decltype(&T::valueForProperty);
-template <class T>
-using DefaultValue = decltype(&T::defaultValueForNilStyleProperty);
-template <class T>
-using DefinesProperty = decltype(&T::definesProperty);
-template <class T>
-using FlattenedMap = decltype(&T::propertyMap);
-template <class T>
-using OwnMap = decltype(&T::overridePropertyMap);
-template <class T>
-using MinimalMap = decltype(&T::overridePropertyMapWithPropertyMap);
-template <class T>
-using Changed = decltype(&T::stylePropertiesChanged);
-template <class T>
-using Inspectable = decltype(&T::inspectableProperties);
-template <class T>
-using UndoManager = decltype(&T::undoManager);
-template <class T>
-using Use = decltype(&T::incrementUsageCount);
-template <class T>
-using Disuse = decltype(&T::decrementUsageCount);
-template <class T>
-using Orphan = decltype(&T::incrementOrphanCount);
-template <class T>
-using Adopt = decltype(&T::decrementOrphanCount);
-template <class T>
-using WillChange = decltype(&T::entriesWillChange);
-template <class T>
-using DidChange = decltype(&T::entriesDidChange);
-template <class T>
-using References = decltype(&T::referencedStyles);
-template <class T>
-using AllReferences = decltype(&T::recursivelyReferencedStyles);
-template <class T>
-using OverridesOthers = decltype(&T::overridesAnyNonReferencedStylePropertyIgnoringStyles);
-template <class T>
-using IsSource = decltype(&T::isSourceProperty);
-template <class T>
-using IsDerived = decltype(&T::isDerivedProperty);
-template <class T>
-using Resolve = decltype(&T::updateParent);
-template <class T>
-using Equal = decltype(&T::isEqual);
-template <class T>
-using EqualCompareNames = decltype(&T::isEqualCompareNames);
+// One line each:
+// clang-format off
+template <class T> using ValueForProperty = decltype(&T::valueForProperty);
+template <class T> using DefaultValue = decltype(&T::defaultValueForNilStyleProperty);
+template <class T> using DefinesProperty = decltype(&T::definesProperty);
+template <class T> using FlattenedMap = decltype(&T::propertyMap);
+template <class T> using OwnMap = decltype(&T::overridePropertyMap);
+template <class T> using MinimalMap = decltype(&T::overridePropertyMapWithPropertyMap);
+template <class T> using Changed = decltype(&T::stylePropertiesChanged);
+template <class T> using Inspectable = decltype(&T::inspectableProperties);
+template <class T> using UndoManager = decltype(&T::undoManager);
+template <class T> using Use = decltype(&T::incrementUsageCount);
+template <class T> using Disuse = decltype(&T::decrementUsageCount);
+template <class T> using Orphan = decltype(&T::incrementOrphanCount);
+template <class T> using Adopt = decltype(&T::decrementOrphanCount);
+template <class T> using WillChange = decltype(&T::entriesWillChange);
+template <class T> using DidChange = decltype(&T::entriesDidChange);
+template <class T> using References = decltype(&T::referencedStyles);
+template <class T> using AllReferences = decltype(&T::recursivelyReferencedStyles);
+template <class T> using OverridesOthers = decltype(&T::overridesAnyNonReferencedStylePropertyIgnoringStyles);
+template <class T> using IsSource = decltype(&T::isSourceProperty);
+template <class T> using IsDerived = decltype(&T::isDerivedProperty);
+template <class T> using Resolve = decltype(&T::updateParent);
+template <class T> using Equal = decltype(&T::isEqual);
+template <class T> using EqualCompareNames = decltype(&T::isEqualCompareNames);
 // clang-format on
 }  // namespace operations
 
