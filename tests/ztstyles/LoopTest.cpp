@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Parents that would close a loop: refused, and tried again when the loop is gone, whatever opened it.
 
 #include <tests/ztstyles/Scene.h>
