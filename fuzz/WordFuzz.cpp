@@ -17,8 +17,8 @@
 #include <utility>
 
 /// Any bytes as the parts of a WordprocessingML document, a line of "----" between two: main part, styles, numbering,
-/// theme. They end in one error of reading or in a document, whose text can be looked at and which converts to an archive
-/// that holds the same styles.
+/// theme. They end in one error of reading or in a document, whose text can be looked at and which converts to an
+/// archive that holds the same styles.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace zt;
   constexpr std::array kKinds = {WordPartKind::document, WordPartKind::styles, WordPartKind::numbering,

@@ -82,15 +82,16 @@ TEST(TextLookTest, TheStrongestLevelDecidesAndTheWholeStackIsTold) {
                              wordStyle("character", "C", "<w:rPr><w:sz w:val='28'/></w:rPr>"),
                    .body = text(kInBoth, "<w:rStyle w:val='C'/><w:sz w:val='32'/>")});
   EXPECT_EQ(look.text("text.w.sz"), "16pt");
-  EXPECT_THAT(look.stack("text.w.sz"),
-              testing::ElementsAre("+direct word/document.xml:text:R1: 16pt", "-character text:C: 14pt",
-                                   "-paragraph paragraph:P: 12pt", "-defaults paragraph: 10pt", "-defaults text: 10pt"));
+  EXPECT_THAT(look.stack("text.w.sz"), testing::ElementsAre("+direct word/document.xml:text:R1: 16pt",
+                                                            "-character text:C: 14pt", "-paragraph paragraph:P: 12pt",
+                                                            "-defaults paragraph: 10pt", "-defaults text: 10pt"));
 }
 
 TEST(TextLookTest, IndentsOfALevelStandJustBelowTheStyleThatSetsTheList) {
   const std::string numbering =
       "<w:abstractNum w:abstractNumId='1'><w:lvl w:ilvl='0'/><w:lvl w:ilvl='1'><w:pStyle w:val='Q'/><w:pPr><w:ind "
-      "w:left='40' w:right='60'/></w:pPr><w:rPr><w:b/></w:rPr></w:lvl></w:abstractNum><w:num w:numId='1'><w:abstractNumId "
+      "w:left='40' w:right='60'/></w:pPr><w:rPr><w:b/></w:rPr></w:lvl></w:abstractNum><w:num "
+      "w:numId='1'><w:abstractNumId "
       "w:val='1'/></w:num>";
   const Look look({.styles = wordStyle("paragraph", "P", "<w:pPr><w:ind w:left='100' w:right='200'/></w:pPr>") +
                              wordStyle("paragraph", "Q",
@@ -110,13 +111,14 @@ TEST(TextLookTest, PartsOfATableAreLaidOverItsStyleByPosition) {
   const auto row = [](const std::string& first) {
     return "<w:tr><w:tc><w:p><w:pPr>" + first + "</w:pPr><w:r/></w:p></w:tc><w:tc><w:p><w:r/></w:p></w:tc></w:tr>";
   };
-  const Look look({.styles = defaults("<w:sz w:val='2'/>") +
-                             wordStyle("table", "T",
-                                       "<w:rPr><w:sz w:val='4'/></w:rPr>" + part("firstRow", "6") + part("firstCol", "8") +
-                                           part("nwCell", "10") + part("band1Horz", "12") + part("band2Horz", "14")) +
-                             wordStyle("paragraph", "P", "<w:rPr><w:sz w:val='16'/></w:rPr>"),
-                   .body = "<w:tbl><w:tblPr><w:tblStyle w:val='T'/><w:tblLook w:val='04A0'/></w:tblPr>" + row("") + row("") +
-                           row(kInBoth) + "</w:tbl>" + text("", "")});
+  const Look look(
+      {.styles = defaults("<w:sz w:val='2'/>") +
+                 wordStyle("table", "T",
+                           "<w:rPr><w:sz w:val='4'/></w:rPr>" + part("firstRow", "6") + part("firstCol", "8") +
+                               part("nwCell", "10") + part("band1Horz", "12") + part("band2Horz", "14")) +
+                 wordStyle("paragraph", "P", "<w:rPr><w:sz w:val='16'/></w:rPr>"),
+       .body = "<w:tbl><w:tblPr><w:tblStyle w:val='T'/><w:tblLook w:val='04A0'/></w:tblPr>" + row("") + row("") +
+               row(kInBoth) + "</w:tbl>" + text("", "")});
   EXPECT_EQ(look.text("text.w.sz", 0), "5pt");  // the corner
   EXPECT_EQ(look.text("text.w.sz", 1), "3pt");  // the first row
   EXPECT_EQ(look.text("text.w.sz", 2), "4pt");  // the first column
@@ -128,10 +130,12 @@ TEST(TextLookTest, PartsOfATableAreLaidOverItsStyleByPosition) {
 
 TEST(TextLookTest, ReferencesToTheThemeAreFollowed) {
   const Look look(
-      {.body = text("", "<w:color w:themeColor='text2' w:themeShade='80'/><w:u w:val='single' w:color='00FF00'/><w:rFonts "
-                        "w:asciiTheme='minorHAnsi' w:hAnsi='Arial'/>"),
-       .theme = "<a:clrScheme><a:dk2><a:srgbClr val='808080'/></a:dk2></a:clrScheme><a:fontScheme><a:minorFont><a:latin "
-                "typeface='Calibri'/></a:minorFont></a:fontScheme>"});
+      {.body = text("",
+                    "<w:color w:themeColor='text2' w:themeShade='80'/><w:u w:val='single' w:color='00FF00'/><w:rFonts "
+                    "w:asciiTheme='minorHAnsi' w:hAnsi='Arial'/>"),
+       .theme =
+           "<a:clrScheme><a:dk2><a:srgbClr val='808080'/></a:dk2></a:clrScheme><a:fontScheme><a:minorFont><a:latin "
+           "typeface='Calibri'/></a:minorFont></a:fontScheme>"});
   EXPECT_EQ(look.text("text.w.color"), "#404040");
   EXPECT_EQ(look.text("text.w.u.color"), "#00ff00");
   EXPECT_EQ(look.text("text.w.rFonts.ascii"), "Calibri");

@@ -45,7 +45,7 @@ class StyleIds {
   const WordDocument& mRaw;
   std::vector<Finding>& mFindings;
   std::vector<Style> mStyles;
-  std::unordered_map<std::string, std::size_t> mPlaces;  // by identifier
+  std::unordered_map<std::string, std::size_t> mPlaces;   // by identifier
   std::unordered_map<std::string, std::size_t> mRepeats;  // the last number that was added to a doubled identifier
   std::unordered_map<std::string, std::size_t> mDefaults;
   std::vector<std::size_t> mOrder;

@@ -42,7 +42,7 @@ struct WordParagraph {
   std::size_t table = kNowhere;  ///< the innermost table that it stands in
   std::size_t row = 0;
   std::size_t column = 0;
-  std::size_t columns = 1;       ///< that its cell spans
+  std::size_t columns = 1;  ///< that its cell spans
   std::vector<std::size_t> runs;
 };
 
