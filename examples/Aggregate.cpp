@@ -64,4 +64,7 @@ int main() {
             << ", its number looks like a copy of body: "
             << (copy.valueForProperty(kNumber) != body && copy.valueForProperty(kNumber)->isEqual(body.get())) << '\n';
   //! [copying]
+
+  // A style that refers to itself and belongs to no stylesheet has to be let go of by hand.
+  copies.allObjects().front()->setValueForProperty({}, kNext);
 }
