@@ -89,12 +89,13 @@ void ZTSAggregateStyle::endReference(ZTFirstFailure& failure, PropertyKey key, c
   if (left.isObserved) {
     const auto times = [&] { return style->observers().countForObject(this); };
     const std::size_t before = times();
-    failure.attempt([&] { style->removeObserver(this); });
-    left.isObserved = times() != 0 && times() == before;
+    const bool wentThrough = failure.attempt([&] { style->removeObserver(this); });
+    left.isObserved = !wentThrough && times() != 0 && times() == before;
   }
-  if (!left.isEmpty() && failure.hasFailed() && p_recordOf(key, *style) == nullptr) {
-    failure.attempt([&] { mReferences.push_back(left); });
-  }
+  if (left.isEmpty() || p_recordOf(key, *style) != nullptr) return;
+  // Something threw, or the style ignores requests just now.
+  mIsUnfinished = true;
+  failure.attempt([&] { mReferences.push_back(left); });
 }
 
 void ZTSAggregateStyle::endReferences(ZTFirstFailure& failure, PropertyKey key, const ZTSStyle* butNotTo) {
