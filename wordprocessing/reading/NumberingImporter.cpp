@@ -37,11 +37,13 @@ void NumberingImporter::readList(const RawWordStyle& raw, bool isAbstract, Prope
   list.isAbstract = isAbstract;
   const std::string* id = raw.element.attribute(isAbstract ? "abstractNumId" : "numId");
   if (id != nullptr) list.id = *id;
-  if (const std::string* link = raw.element.valOf("numStyleLink")) list.styleLink = *link;
+  if (const std::string* link = raw.element.valOf("numStyleLink")) list.linked = *link;
   if (const std::string* definition = raw.element.valOf("abstractNumId")) list.abstractId = *definition;
   if (!mPlaces.try_emplace(identifierOf(isAbstract, list.id), mLists.size()).second) {
     return tell("repeated-style", list, raw.element.line, "repeats an earlier one; left out");
   }
+  const std::string* base = isAbstract ? raw.element.valOf("styleLink") : nullptr;
+  if (base != nullptr && list.linked.empty()) mBases.try_emplace(*base, list.id);
   list.map = PropertyMap::make();
   for (const WordElement& child : raw.element.children) {
     if (child.is("lvl")) {
@@ -98,21 +100,23 @@ const NumberingImporter::List* NumberingImporter::definitionOf(const List& list)
   return found == mPlaces.end() || found->second >= mLists.size() ? nullptr : &mLists[found->second];
 }
 
-// An instance inherits from its definition. A definition that is given by a numbering style inherits from the instance
-// that the style names, as long as that one's definition is given itself, so that no loop can arise.
+// An instance inherits from its definition. A definition that stands for another inherits from the one that the
+// numbering style is based on (17.9.21, 17.9.27), or else from that of the instance that the style uses. Neither stands
+// for another itself, so that no loop can arise.
 std::string NumberingImporter::parentOf(const List& list,
                                         const std::function<const std::string*(const std::string& id)>& numberOfStyle) {
   if (!list.isAbstract) {
     if (definitionOf(list) != nullptr) return identifierOf(true, list.abstractId);
     tell("missing-reference", list, list.raw->element.line,
          fmt::format("the numbering definition '{:.40}' does not exist", list.abstractId));
-  } else if (!list.styleLink.empty()) {
-    const std::string* number = numberOfStyle(list.styleLink);
+  } else if (!list.linked.empty()) {
+    if (const auto base = mBases.find(list.linked); base != mBases.end()) return identifierOf(true, base->second);
+    const std::string* number = numberOfStyle(list.linked);
     const auto found = number != nullptr ? mPlaces.find(identifierOf(false, *number)) : mPlaces.end();
     const List* definition = found != mPlaces.end() ? definitionOf(mLists[found->second]) : nullptr;
-    if (definition != nullptr && definition->styleLink.empty()) return identifierOf(false, *number);
+    if (definition != nullptr && definition->linked.empty()) return identifierOf(true, definition->id);
     tell("missing-reference", list, list.raw->element.line,
-         fmt::format("the numbering style '{:.60}' leads to no numbering definition", list.styleLink));
+         fmt::format("the numbering style '{:.60}' leads to no numbering definition", list.linked));
   }
   return rootIdentifier("list");
 }

@@ -44,7 +44,7 @@ class NumberingImporter {
     std::string id;
     bool isAbstract = false;
     std::string abstractId;  // of an instance
-    std::string styleLink;   // of a definition that stands for another: the numbering style that says which
+    std::string linked;      // of a definition that stands for another: the numbering style that both name
     Ref<PropertyMap> map;
     std::array<Level, kLevels> levels;
     Ref<OdfStyle> style;
@@ -64,6 +64,7 @@ class NumberingImporter {
   ZTDocument& mDocument;
   std::vector<List> mLists;
   std::unordered_map<std::string, std::size_t> mPlaces;  // by identifier
+  std::unordered_map<std::string, std::string> mBases;   // the definition that a numbering style is based on, its id
 };
 
 }  // namespace zt
