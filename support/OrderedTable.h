@@ -139,6 +139,11 @@ class OrderedTable {
     if (mBlock == nullptr ? count > 0 : count > mBlock->capacity) rebuild(std::bit_ceil(static_cast<Slot>(count)));
   }
 
+  /// Room for one more at the end: adding it then allocates nothing. Counts as an addition for what is said of slots.
+  void reserveOne() {
+    if (mBlock == nullptr || mBlock->used == mBlock->capacity) makeRoom();
+  }
+
   /// Bytes on the heap, for measurements.
   [[nodiscard]] std::size_t heapBytes() const noexcept { return mBlock != nullptr ? bytesFor(mBlock->capacity) : 0; }
 

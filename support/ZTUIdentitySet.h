@@ -36,6 +36,8 @@ class ZTUIdentitySet {
   /// Removes a member; answers whether it was one. A held member is released when the set is whole again.
   bool removeObject(const T* object) noexcept { return mTable.remove(object); }
   void removeAllObjects() noexcept { mTable.removeAll(); }
+  /// Room for one more member: adding it then allocates nothing.
+  void makeRoom() { mTable.reserveOne(); }
 
   [[nodiscard]] bool containsObject(const T* object) const noexcept {
     return object != nullptr && mTable.contains(object);

@@ -43,6 +43,8 @@ class ZTSStyleDictionary {
   /// Removes the entry and hands its style over; none without one.
   Ref<ZTSStyle> remove(const StringRef& identifier) noexcept { return std::move(mTable.take(identifier).style); }
   void removeAll() noexcept { mTable.removeAll(); }
+  /// Room for one more style: registering it then allocates nothing.
+  void makeRoom() { mTable.reserveOne(); }
 
   [[nodiscard]] std::size_t count() const noexcept { return mTable.count(); }
   /// The place in the order; `Table::kNoSlot` where the style is not registered under its identifier.
