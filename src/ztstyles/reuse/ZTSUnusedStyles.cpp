@@ -1,4 +1,17 @@
 // SPDX-License-Identifier: MIT
+// Which styles nothing uses, and the passes over them.
+//
+// A pass answers what a walk over a snapshot of all styles would, looking at each one's count when its turn comes, at
+// the cost of the unused ones alone. The walk's order is a number for each style, its place: the identified styles in
+// the slots of their table, then the anonymous ones in theirs. So no snapshot is made. Those that were unused when the
+// pass began stand in `mFound`, sorted by place; one that becomes unused later goes into the heap `mLater`, if its
+// place is still ahead; `next` takes the lower of both and goes past `mReached`, never back.
+//
+// The places are those of the beginning, and a slot keeps its number until the stylesheet stores something. Until then
+// the place of a style is looked up where it stands, and only a style that leaves its slot has its place written down
+// as it goes, for it may come back. Before the first storing all places are written down at once. What has none of the
+// beginning has joined since and is not visited.
+
 #include <platform/NSUndoManager.h>
 #include <ztstyles/ZTSStylesheet.h>
 #include <ztstyles/reuse/ZTSUnusedStyles.h>
@@ -7,18 +20,22 @@
 
 namespace zt {
 
-ZTSUnusedStyles::ZTSUnusedStyles(ZTSStylesheet& stylesheet) : mStylesheet(stylesheet) {
-  for (const auto& entry : stylesheet.mIdentifiedStyles) {
-    if (entry.style->usageCount() == 0) mStyles.addObject(entry.style.get());
-  }
-  for (ZTSStyle* style : stylesheet.mAnonymousStyles) {
-    if (style->usageCount() == 0) mStyles.addObject(style);
-  }
-}
+ZTSUnusedStyles::ZTSUnusedStyles(ZTSStylesheet& stylesheet) : mStylesheet(stylesheet) { listHeldStyles(); }
 
 ZTSUnusedStyles::~ZTSUnusedStyles() = default;
 
-void ZTSUnusedStyles::useChanged(ZTSStyle& style) {
+void ZTSUnusedStyles::listHeldStyles() {
+  bool holdsStrangers = false;
+  const auto list = [&](ZTSStyle& style) {
+    if (style.usageCount() == 0) mStyles.addObject(&style);
+    if (style.stylesheet() != &mStylesheet) holdsStrangers = true;
+  };
+  for (const auto& entry : mStylesheet.mIdentifiedStyles) list(*entry.style);
+  for (ZTSStyle* style : mStylesheet.mAnonymousStyles) list(*style);
+  mMissesSome = holdsStrangers;
+}
+
+void ZTSUnusedStyles::useChanged(ZTSStyle& style) noexcept {
   if (style.usageCount() == 0) {
     add(style);
   } else {
@@ -26,13 +43,17 @@ void ZTSUnusedStyles::useChanged(ZTSStyle& style) {
   }
 }
 
-void ZTSUnusedStyles::styleEntered(ZTSStyle& style) {
+void ZTSUnusedStyles::styleEntered(ZTSStyle& style) noexcept {
   if (style.usageCount() == 0) add(style);
 }
 
-void ZTSUnusedStyles::add(ZTSStyle& style) {
-  mStyles.addObject(&style);
-  for (Pass* pass = mPass; pass != nullptr; pass = pass->mOuter) pass->becameUnused(style);
+void ZTSUnusedStyles::add(ZTSStyle& style) noexcept {
+  try {
+    mStyles.addObject(&style);
+    for (Pass* pass = mPass; pass != nullptr; pass = pass->mOuter) pass->becameUnused(style);
+  } catch (...) {
+    mMissesSome = true;  // a pass under way does not offer it
+  }
 }
 
 void ZTSUnusedStyles::willStore() {
@@ -41,10 +62,10 @@ void ZTSUnusedStyles::willStore() {
 
 void ZTSUnusedStyles::willRelease(const ZTSStyle& style) noexcept {
   for (Pass* pass = mPass; pass != nullptr; pass = pass->mOuter) {
-    const Pass::Place place = pass->placeOf(style);
+    const Pass::Place place = pass->firstPlaceOf(style);
     if (place <= pass->mReached) continue;
     try {
-      pass->mPlaces.try_emplace(&style, Pass::Visit{place, retainIfAlive(const_cast<ZTSStyle*>(&style))});
+      pass->mFirstPlaces.try_emplace(&style, Pass::Visit{place, retainIfAlive(const_cast<ZTSStyle*>(&style))});
     } catch (...) {
       // Without memory: the style is not offered again in this pass.
     }
@@ -63,6 +84,7 @@ void ZTSUnusedStyles::listen(NSUndoManager* undoManager) {
 
 bool ZTSUnusedStyles::check(const ZTSStylesheet& stylesheet) const {
   std::size_t held = 0;
+  if (mMissesSome) return true;
   for (const ZTSStyle* style : stylesheet.styles()) {
     if ((style->usageCount() == 0) != mStyles.containsObject(style)) return false;
     held += style->usageCount() == 0 ? 1 : 0;
@@ -79,12 +101,16 @@ bool ZTSUnusedStyles::check(const ZTSStylesheet& stylesheet) const {
 ZTSUnusedStyles::Pass::Pass(ZTSStylesheet& stylesheet) : mStylesheet(&stylesheet) {
   if (!stylesheet.mUnused) stylesheet.mUnused = std::make_unique<ZTSUnusedStyles>(stylesheet);
   ZTSUnusedStyles& unused = *stylesheet.mUnused;
+  if (unused.mMissesSome) unused.listHeldStyles();
   const std::size_t all = stylesheet.mIdentifiedStyles.count() + stylesheet.mAnonymousStyles.count();
   mFound.reserve(unused.mStyles.count());
-  if (unused.mStyles.count() >= all / 8) {
-    // With so many, the walk is quicker than looking each one's place up.
+  if (unused.mMissesSome || unused.mStyles.count() >= all / 8) {
+    // With so many, the walk is quicker than looking each one's place up. Of a style that is linked elsewhere nobody
+    // tells that it has become unused.
     forEachHeldStyle([this](Place place, ZTSStyle* style) {
-      if (style->usageCount() == 0) mFound.push_back({place, Ref<ZTSStyle>(style)});
+      if (style->usageCount() == 0 || style->stylesheet() != mStylesheet.get()) {
+        mFound.push_back({place, Ref<ZTSStyle>(style)});
+      }
     });
   } else {
     for (ZTSStyle* style : unused.mStyles) {
@@ -131,8 +157,8 @@ ZTSUnusedStyles::Pass::Place ZTSUnusedStyles::Pass::currentPlaceOf(const ZTSStyl
   return slot != table.kNoSlot ? (Place{1} << 32) + slot : 0;
 }
 
-ZTSUnusedStyles::Pass::Place ZTSUnusedStyles::Pass::placeOf(const ZTSStyle& style) const noexcept {
-  if (const auto written = mPlaces.find(&style); written != mPlaces.end()) return written->second.place;
+ZTSUnusedStyles::Pass::Place ZTSUnusedStyles::Pass::firstPlaceOf(const ZTSStyle& style) const noexcept {
+  if (const auto written = mFirstPlaces.find(&style); written != mFirstPlaces.end()) return written->second.place;
   return mHasAllPlaces ? 0 : currentPlaceOf(style);
 }
 
@@ -148,17 +174,18 @@ void ZTSUnusedStyles::Pass::forEachHeldStyle(Call call) const {
 }
 
 void ZTSUnusedStyles::Pass::becameUnused(ZTSStyle& style) {
-  const Place place = placeOf(style);
+  const Place place = firstPlaceOf(style);
   if (place <= mReached) return;
   mLater.push_back({place, Ref<ZTSStyle>(&style)});
   std::push_heap(mLater.begin(), mLater.end());
 }
 
 void ZTSUnusedStyles::Pass::writeDownAllPlaces() {
-  if (std::exchange(mHasAllPlaces, true)) return;
+  if (mHasAllPlaces) return;
   forEachHeldStyle([this](Place place, ZTSStyle* style) {
-    mPlaces.try_emplace(style, Visit{place, Ref<ZTSStyle>(style)});
+    mFirstPlaces.try_emplace(style, Visit{place, Ref<ZTSStyle>(style)});
   });
+  mHasAllPlaces = true;
 }
 
 }  // namespace zt

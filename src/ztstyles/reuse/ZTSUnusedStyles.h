@@ -16,7 +16,9 @@ namespace zt {
 ///
 /// Always holds: every style that the stylesheet holds or that is linked to it, and whose usage count is 0, is
 /// listed, and no style whose count is above 0. Made by one walk; then kept right by `ZTSStyle::p_setUsageCount`,
-/// the stylesheet link and the stylesheet's own storing. Owned by the stylesheet.
+/// the stylesheet link and the stylesheet's own storing. While `mMissesSome`, because memory ran out, because the
+/// registry was handed out, or because a style is held here and linked elsewhere, where its steps are told, a held
+/// style may be missing; the next pass then looks at all styles. Owned by the stylesheet.
 class ZTSUnusedStyles {
  public:
   explicit ZTSUnusedStyles(ZTSStylesheet& stylesheet);
@@ -25,12 +27,14 @@ class ZTSUnusedStyles {
   ZTSUnusedStyles& operator=(const ZTSUnusedStyles&) = delete;
 
   /// The style's usage count became 0 or ceased to be.
-  void useChanged(ZTSStyle& style);
-  void styleEntered(ZTSStyle& style);
+  void useChanged(ZTSStyle& style) noexcept;
+  void styleEntered(ZTSStyle& style) noexcept;
   void styleLeft(ZTSStyle& style) noexcept { mStyles.removeObject(&style); }
   /// The stylesheet is about to store a style, or to take one out of its place.
   void willStore();
   void willRelease(const ZTSStyle& style) noexcept;
+
+  void mayMissSome() noexcept { mMissesSome = true; }
 
   /// Listens for the closing of undo groups, from `listen` until it listens to another manager or none.
   void listen(NSUndoManager* undoManager);
@@ -43,10 +47,12 @@ class ZTSUnusedStyles {
   class Pass;
 
  private:
-  void add(ZTSStyle& style);
+  void add(ZTSStyle& style) noexcept;
+  void listHeldStyles();
 
   ZTSStylesheet& mStylesheet;  // owns this
   ZTUMutablePointerSet<ZTSStyle> mStyles;
+  bool mMissesSome = false;
   Pass* mPass = nullptr;  // the innermost pass under way
   std::unique_ptr<NotificationListener> mListener;
 };
@@ -67,8 +73,7 @@ class ZTSUnusedStyles::Pass {
  private:
   friend class ZTSUnusedStyles;
 
-  // A place in the snapshot: identified styles first, then by slot. 0 for none. Slots stay as long as nothing is
-  // stored; before something is, all places are written down.
+  // A place in the snapshot: identified styles first, then by slot. 0 for none. See ZTSUnusedStyles.cpp.
   using Place = std::uint64_t;
   struct Visit {
     Place place;
@@ -77,7 +82,7 @@ class ZTSUnusedStyles::Pass {
   };
 
   [[nodiscard]] Place currentPlaceOf(const ZTSStyle& style) const noexcept;
-  [[nodiscard]] Place placeOf(const ZTSStyle& style) const noexcept;
+  [[nodiscard]] Place firstPlaceOf(const ZTSStyle& style) const noexcept;
   template <class Call>
   void forEachHeldStyle(Call call) const;
   void becameUnused(ZTSStyle& style);
@@ -90,7 +95,7 @@ class ZTSUnusedStyles::Pass {
   std::size_t mNextFound = 0;
   std::vector<Visit> mLater;  // unused since: a heap, the first on top
   bool mHasAllPlaces = false;
-  boost::unordered_flat_map<const ZTSStyle*, Visit> mPlaces;  // of styles that left their place; or of all
+  boost::unordered_flat_map<const ZTSStyle*, Visit> mFirstPlaces;  // of styles that left their place; or of all
 };
 
 }  // namespace zt
