@@ -1,6 +1,15 @@
 // SPDX-License-Identifier: MIT
 
 // One index: what is entered where, and when it is entered again.
+//
+// A member that changes is entered anew and its earlier entry stays, since it cannot be found by what the member was.
+// So an index has more entries than it needs, never too few, and is out of date in one of four ways, told apart by what
+// has to be done. A superseded entry proposes a member that does not fit any more: a search that meets it dismisses it.
+// When entries outnumber members more than three times, most are superseded and the index is built anew, which is paid
+// for by the changes that made them. A style among the values of members has changed: those members stand under an old
+// hash; they are written down when they are entered, and are entered again before the next search. And where the
+// members have moved to other slots, or entering failed for want of memory, members are lacking: the index is stale, is
+// not asked, and is built anew by the next search.
 
 #include <platform/ZTHash.h>
 #include <ztstyles/reuse/ZTSMemberIndex.h>

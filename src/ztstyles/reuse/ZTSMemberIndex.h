@@ -79,12 +79,13 @@ class ZTSVariationIndexes::Index {
   Index(const Index&) = delete;
   Index& operator=(const Index&) = delete;
 
+  /// Whether the index may lack members, so that it must not be asked before the next `refresh`.
   [[nodiscard]] bool isStale() const { return mIsStale || mGeneration != mMembers.generation(); }
   void markStale() noexcept { mIsStale = true; }
 
-  /// Makes the index right: builds it where it is stale or mostly out of date, enters again what holds a changed style.
+  /// Makes the index right; see ZTSMemberIndex.cpp.
   void refresh() {
-    if (isStale() || mEntries > 3 * mMembers.count() + 64) return build();
+    if (isStale() || isMostlySuperseded()) return build();
     if (!mChangedValues.empty()) enterHoldersOfChangedValues();
   }
 
@@ -123,6 +124,7 @@ class ZTSVariationIndexes::Index {
   };
   [[nodiscard]] Place placeOf(const ZTSStyle& member) const;
 
+  [[nodiscard]] bool isMostlySuperseded() const { return mEntries > 3 * mMembers.count() + 64; }
   void build();
   void enterAt(Slot slot, const ZTSStyle& member);
   void followValue(ZTSStyle& value, Slot slot);

@@ -31,10 +31,16 @@ ZTSVariationIndexes& ZTSVariationIndexes::of(ZTSStylesheet& stylesheet) {
 }
 
 std::shared_ptr<ZTSVariationIndexes::Index> ZTSVariationIndexes::indexOver(const Members& members) {
-  std::shared_ptr<Index>& index = members.base != nullptr ? mChildIndexes[members.base] : mAnonymousIndex;
-  if (!index) {
+  std::shared_ptr<Index> index;
+  if (members.base == nullptr) {
+    if (!mAnonymousIndex) mAnonymousIndex = std::make_shared<Index>(members);
+    index = mAnonymousIndex;
+  } else if (const auto found = mChildIndexes.find(members.base); found != mChildIndexes.end()) {
+    index = found->second;
+  } else {
     index = std::make_shared<Index>(members);
-    if (members.base != nullptr) const_cast<ZTSStyle*>(members.base)->setState(ZTSStyle::kHasVariationIndex, true);
+    mChildIndexes.emplace(members.base, index);
+    const_cast<ZTSStyle*>(members.base)->setState(ZTSStyle::kHasVariationIndex, true);
   }
   index->refresh();
   return index;
@@ -111,6 +117,10 @@ void ZTSVariationIndexes::anonymousStyleChanged(ZTSStyle& style) {
   if (mAnonymousIndex) mAnonymousIndex->enter(style);
 }
 
+void ZTSVariationIndexes::anonymousStylesAreOpen() noexcept {
+  if (mAnonymousIndex) mAnonymousIndex->markStale();
+}
+
 void ZTSVariationIndexes::dropIndexOf(ZTSStyle& base) noexcept {
   base.setState(ZTSStyle::kHasVariationIndex, false);
   auto& all = base.mStylesheet->mVariations->mChildIndexes;
@@ -154,7 +164,8 @@ ZTSVariationIndexes::Scratch::Scratch(ZTSStylesheet& stylesheet)
 }
 
 ZTSVariationIndexes::Scratch::~Scratch() {
-  // Values are not kept beyond the request.
+  // A class may have kept the map that it was shown. Else its values are not kept beyond the request.
+  if (mMap->referenceCount() != 1) return;
   mMap->removeAll();
   if (mStylesheet->mVariations) mStylesheet->mVariations->mScratch = std::move(mMap);
 }

@@ -76,6 +76,8 @@ class ZTSVariationIndexes {
   /// The style was stored among the stylesheet's anonymous ones, or its link to the stylesheet goes while it may
   /// still be stored there.
   void anonymousStyleChanged(ZTSStyle& style);
+  /// The set of anonymous styles was handed out, to be changed by others.
+  void anonymousStylesAreOpen() noexcept;
   /// What searches compare has changed of a style that has a stylesheet.
   static void memberChanged(ZTSStyle& member);
   /// A style that indexed members hold as a value has changed, or dies.
