@@ -2,6 +2,7 @@
 #include <platform/ZTFormat.h>
 #include <platform/ZTHash.h>
 #include <platform/ZTNesting.h>
+#include <support/ZTUAssertionHandler.h>
 #include <support/ZTUPointerKeyDictionary.h>
 #include <ztstyles/ZTSAggregateStyle.h>
 #include <ztstyles/ZTSStylesheet.h>
@@ -12,6 +13,12 @@
 #include <vector>
 
 namespace zt {
+
+namespace {
+
+constexpr const char* kSourceFile = "src/ztstyles/ZTSStylesheet";
+
+}  // namespace
 
 /// One copying of a stylesheet. All copies are made, and refer to one another, before the first of them joins the
 /// copied stylesheet: a copied aggregate then never observes or counts a style of the receiver, and the receiver's
@@ -59,8 +66,15 @@ class ZTSStylesheet::Copying {
   }
 
   void copyStyle(ZTSStyle& style) {
-    const Ref<NSObject> copied = style.copy();
-    mCopies->setObjectForKey(Ref<ZTSStyle>(asStyle(copied.get())), Ref<ZTSStyle>(&style));
+    const Ref<NSObject> made = style.copy();
+    const Ref<ZTSStyle> copied(asStyle(made.get()));
+    if (!copied) {
+      ZT_REPORT_ABOUT(&style, "copyWithZone:", &mOriginal, kSourceFile,
+                      "Style %@ gave no copy of itself; the copy of stylesheet <%p> goes without it.", style,
+                      address(&mOriginal));
+      return;
+    }
+    mCopies->setObjectForKey(copied, Ref<ZTSStyle>(&style));
   }
 
   /// Lets the values that are copied styles be the copies.
@@ -102,6 +116,13 @@ Ref<NSObject> ZTSStylesheet::copy() const {
   const Ref<const ZTSStylesheet> self = retainIfAlive(this);
   const Ref<NSObject> allocated = classObject().allocate();
   Ref<ZTSStylesheet> copied(dynamic_cast<ZTSStylesheet*>(allocated.get()));
+  if (copied && typeid(*copied) != typeid(*this) && classObject().type() != typeid(*this)) {
+    ZT_REPORT("copyWithZone:", this, kSourceFile,
+              "Stylesheet <%p> cannot be copied: its class has no class object of its own, the one of %@ would make a "
+              "stylesheet of another class.",
+              address(this), classObject().name());
+    return {};
+  }
   if (!copied || !copied->initWithHost(nullptr)) return {};
   copied->setParent(mParent);
   Copying(*this).copyInto(*copied);
