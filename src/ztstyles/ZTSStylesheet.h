@@ -14,6 +14,7 @@
 
 namespace zt {
 
+class ZTFirstFailure;
 class ZTSAnonymousStyleOrderingMap;
 class ZTSDowngradeStylesheet;
 class ZTSOrphanIndex;
@@ -62,6 +63,15 @@ class ZT_EXPORT ZTSStylesheetDowngrader : public NSObject {
 ///
 /// Owns its styles and its parent; neither its children, its observers nor its host. Used from one thread at
 /// a time. Operations keep what they work on alive until they end, whatever hooks and observers do.
+///
+/// What calls of a change throw does not stop it: it is carried out and told to the end, every link is set, and the
+/// first exception reaches the caller. A hook that is called before the change (`willBe...`) prevents it by throwing;
+/// then nothing has changed and nothing is registered.
+///
+/// Operations that answer what is stored (the accessors of a field, the enumerators and snapshots, `holdsStyle`, the
+/// questions after ancestors, and the `p_` operations) are not virtual: the library reads the same fields itself in
+/// many places, and an override would be heeded in some of them only. Every other operation can be overridden, and the
+/// library's own calls go through the override.
 class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
  public:
   static const ZTClass& stylesheetClass();
@@ -77,7 +87,7 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
 
   /// Not held; none once the host is destroyed.
   [[nodiscard]] ZTSStylesheetHost* host() const noexcept { return mHost; }
-  void setHost(ZTSStylesheetHost* host) { p_setHost(host); }
+  virtual void setHost(ZTSStylesheetHost* host) { p_setHost(host); }
   void p_setHost(ZTSStylesheetHost* host);
   /// The host's; none without a host.
   virtual NSUndoManager* undoManager() const;
@@ -85,15 +95,16 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   /// @}
 
   /// @name Registry
-  /// Implemented in ZTSStylesheetRegistry.cpp.
+  /// Implemented in ZTSStylesheetRegistry.cpp, the search for parents in ZTSStylesheetResolving.cpp.
   /// @{
 
   /// `addStyleWithContext` without a context.
   virtual void addStyle(Ref<ZTSStyle> style);
-  /// Adds one style: registers the inverse, stores it (an identified one displaces another of its
-  /// identifier), links it, lets styles that may now find it resolve their parents, and tells. Reported, and
+  /// Adds one style: calls the document hooks, registers the inverse, stores it (an identified one displaces another of
+  /// its identifier), links it, lets styles that may now find it resolve their parents, and tells. Reported, and
   /// nothing changed: none, a style that is held already, a style of another stylesheet. The context is
-  /// handed to the document hooks.
+  /// handed to the document hooks. What is registered follows what the hooks have left: one that renames the
+  /// style, or the one in its place, is undone exactly.
   virtual void addStyleWithContext(Ref<ZTSStyle> style, NSObject* context);
   /// Removes one style; its children resolve their parents again. Reported, and nothing changed: none, a
   /// style that is not held here.
@@ -105,10 +116,14 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   }
   /// The style of that identifier here, else in the nearest ancestor; none for none. Borrowed.
   virtual ZTSStyle* cascadedStyleWithIdentifier(const StringRef& identifier) const;
-  /// Every style without parent that names one tries to find it, identified styles first.
+  /// Every style without parent that names one tries to find it, identified styles first. Called for this stylesheet
+  /// and those below when a style with a new identifier has come, unless it is known that only the styles waiting for
+  /// that identifier can find a parent, where those alone are asked, in the same order. A walk goes over the styles
+  /// that were there when it began: one that loses its parent on the way has looked for another when it did.
   virtual void updateParentForOrphanStyles();
   /// One entry for each identifier: the style, or the null sentinel.
-  [[nodiscard]] std::vector<Ref<NSObject>> stylesWithIdentifiers(const std::vector<StringRef>& identifiers) const;
+  [[nodiscard]] virtual std::vector<Ref<NSObject>> stylesWithIdentifiers(
+      const std::vector<StringRef>& identifiers) const;
   /// All styles, identified ones first: a snapshot.
   [[nodiscard]] ZTSStyleSet styles() const;
   /// The same styles in the same order as references: what to walk where what is called may change the stylesheet.
@@ -120,12 +135,12 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   [[nodiscard]] const ZTSStyleDictionary& identifiedStyleEnumerator() const noexcept { return mIdentifiedStyles; }
   [[nodiscard]] const ZTSStyleSet& anonymousStyleEnumerator() const noexcept { return mAnonymousStyles; }
   /// The styles whose class is exactly the given one: snapshots.
-  [[nodiscard]] ZTSStyleSet stylesOfClass(const ZTSStyleClass* styleClass) const;
-  [[nodiscard]] ZTSStyleSet identifiedStylesOfClass(const ZTSStyleClass* styleClass) const;
-  [[nodiscard]] ZTSStyleSet anonymousStylesOfClass(const ZTSStyleClass* styleClass) const;
+  [[nodiscard]] virtual ZTSStyleSet stylesOfClass(const ZTSStyleClass* styleClass) const;
+  [[nodiscard]] virtual ZTSStyleSet identifiedStylesOfClass(const ZTSStyleClass* styleClass) const;
+  [[nodiscard]] virtual ZTSStyleSet anonymousStylesOfClass(const ZTSStyleClass* styleClass) const;
   /// No class, no name and an empty name are reported. No class and no name match nothing, an empty name matches
   /// empty names.
-  [[nodiscard]] ZTSStyleSet stylesOfClassWithName(const ZTSStyleClass* styleClass, const StringRef& name) const;
+  [[nodiscard]] virtual ZTSStyleSet stylesOfClassWithName(const ZTSStyleClass* styleClass, const StringRef& name) const;
   /// Calls the operation on every identified, then on every anonymous style of a snapshot.
   template <class Operation>
   void makeStylesPerform(Operation operation) const {
@@ -145,15 +160,15 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   /// Re-parents; every style below resolves its parent again. Raises `NSInvalidArgumentException`, with
   /// nothing changed, for itself or a descendant. The current parent does nothing.
   virtual void setParent(Ref<ZTSStylesheet> parent);
-  /// Stores the parent: no checks, no re-resolution.
-  void p_setParent(Ref<ZTSStylesheet> parent) { mParent = std::move(parent); }
+  /// Stores the parent: no checks, no re-resolution. The next retry asks every orphan here and below.
+  void p_setParent(Ref<ZTSStylesheet> parent);
   void p_addChild(ZTSStylesheet& child) { mChildren.addObject(&child); }
   void p_removeChild(ZTSStylesheet& child) { mChildren.removeObject(&child); }
   /// Whether this stylesheet is a strict ancestor of the other; false for none.
   [[nodiscard]] bool isAncestorOfStylesheet(const ZTSStylesheet* other) const noexcept;
   [[nodiscard]] bool isDescendantOfStylesheet(const ZTSStylesheet* other) const noexcept;
   /// The styles that name a parent and have none: a snapshot.
-  [[nodiscard]] ZTSStyleSet orphanStyles() const;
+  [[nodiscard]] virtual ZTSStyleSet orphanStyles() const;
   /// The given stylesheets and all their ancestors, each once, parents first.
   static std::vector<Ref<ZTSStylesheet>> sortedClosureOverParentsOfStylesheetsSet(
       const ZTUMutableRetainedPointerSet<ZTSStylesheet>& stylesheets);
@@ -212,7 +227,7 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   [[nodiscard]] bool isUnusedStyleCleanupEnabled() const noexcept { return mStyleCleanupEnabled; }
   /// Removes the styles that nothing uses and that the host lets go, undoably. Removes nothing during undo or redo.
   virtual void cleanupUnusedStyles();
-  void p_cleanupUnusedStylesOnUndoGroupClose(const NSNotification& notification);
+  virtual void p_cleanupUnusedStylesOnUndoGroupClose(const NSNotification& notification);
   /// @}
 
   /// @name Observers, change communication, change tracking, document hooks
@@ -221,13 +236,13 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
 
   /// An observer is told of this stylesheet and of its ancestors. Added twice, it is told once; it must leave before it
   /// is destroyed.
-  void addObserver(ZTSStylesheetObserver* observer) { mObservers.addObject(observer); }
-  void removeObserver(ZTSStylesheetObserver* observer) { mObservers.removeObject(observer); }
+  virtual void addObserver(ZTSStylesheetObserver* observer) { mObservers.addObject(observer); }
+  virtual void removeObserver(ZTSStylesheetObserver* observer) { mObservers.removeObject(observer); }
   /// The live set, which does not hold them.
   [[nodiscard]] const ZTUMutablePointerSet<ZTSStylesheetObserver>& observers() const noexcept { return mObservers; }
   /// Whether adding, removing, re-parenting and property changes tell anybody. Nothing is replayed.
   [[nodiscard]] bool isChangeCommunicationEnabled() const noexcept { return mIsChangeCommunicationEnabled; }
-  void setIsChangeCommunicationEnabled(bool enabled) noexcept { mIsChangeCommunicationEnabled = enabled; }
+  virtual void setIsChangeCommunicationEnabled(bool enabled) { mIsChangeCommunicationEnabled = enabled; }
 
   /// Asked of the host, or of its document; false and none where neither tracks changes.
   virtual bool isTrackingChanges() const;
@@ -251,7 +266,8 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
 
   /// A new stylesheet of the same class under the same parent, with the same host and copies of all styles that
   /// inherit from and refer to one another. Observers, children and cleanup are not carried over; nothing is
-  /// registered for undo, and only the new parent is told. None where the class makes no bare instances.
+  /// registered for undo, and only the new parent is told. None where the class makes no bare instances, and, after a
+  /// report, where it has no class object of its own. A style whose `copy` answers none is reported and left out.
   Ref<NSObject> copy() const override;
   /// Whether class and host are the same, the styles under each identifier equal, the anonymous styles equal one for
   /// one, and the parents the same or equal. Linear, but for anonymous styles whose class compares in a way of its own.
@@ -320,8 +336,9 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
  protected:
   ~ZTSStylesheet() override;
 
-  ZTSStyleDictionary& p_identifiedStyles() noexcept { return mIdentifiedStyles; }
-  ZTSStyleSet& p_anonymousStyles() noexcept { return mAnonymousStyles; }
+  /// To store and do nothing else. What is changed through a reference is found from the next call of either on.
+  ZTSStyleDictionary& p_identifiedStyles() noexcept;
+  ZTSStyleSet& p_anonymousStyles() noexcept;
   /// Whether a style that is written counts as used; the copy for an older version asks its original.
   [[nodiscard]] virtual bool isUsedInArchive(const ZTSStyle& style) const;
 
@@ -352,11 +369,24 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
 
   // Steps of adding and removing, see ZTSStylesheetRegistry.cpp.
   bool mayAdd(const ZTSStyle& style);
-  Ref<ZTSStyle> hold(const Ref<ZTSStyle>& style);
+  void makeRoomFor(const ZTSStyle& style);
+  void hold(const Ref<ZTSStyle>& style);
   void release(const ZTSStyle& style) noexcept;
-  void resolveParentsAfterAdding(ZTSStyle& style, ZTSStyle* displaced);
+  void link(ZTSStyle& style, ZTFirstFailure& failure);
+  static void unlink(ZTSStyle& style, ZTFirstFailure& failure);
+  /// A style's link to this stylesheet is about to be stored, and is gone. Called by the style.
+  void styleWillBeLinked(ZTSStyle& style);
+  void styleWasUnlinked(ZTSStyle& style) noexcept;
+  // Steps of resolving parents, see ZTSStylesheetResolving.cpp.
+  static void resolveParentOf(ZTSStyle& style, ZTFirstFailure& failure);
+  static void setParentLinkOf(ZTSStyle& style, ZTFirstFailure& failure);
+  void resolveParentsOfStyles(ZTFirstFailure& failure);
+  static void resolveParentsOfChildrenOf(const ZTSStyle& style, ZTFirstFailure& failure);
   /// The identifier was not findable here and is now: whoever found it above, or missed it, looks again.
-  void resolveParentsAfterIdentifying(const StringRef& identifier);
+  void resolveParentsAfterIdentifying(const StringRef& identifier, ZTFirstFailure& failure);
+  void retryOrphans(const StringRef* foundIdentifier, ZTFirstFailure& failure);
+  [[nodiscard]] bool looksUpPlainly() const noexcept;
+  void storeParent(Ref<ZTSStylesheet> parent) noexcept;
   // Steps of identifying, see ZTSStylesheetIdentify.cpp, and of finding or creating a variation.
   bool mayIdentify(const char* operation, const ZTSStyle* style) const;
   std::pair<ZTSStyle*, ZTSStylesheet*> captorOfKeptChild(const ZTSStyleSet& kept, const StringRef& identifier) const;
@@ -364,7 +394,8 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
                                               const Ref<ZTSStyle>& reachable, const StyleVariationRequest& request,
                                               const PropertyMap* wanted);
   [[nodiscard]] std::vector<Ref<ZTSStyle>> heldInOrder(std::vector<Ref<ZTSStyle>>&& candidates) const;
-  ZTSOrphanIndex& orphans();
+  ZTSOrphanIndex& orphans() noexcept { return *mOrphans; }
+  [[nodiscard]] bool areOrphansRight() const;
 
   // Reading an archive.
   void readStyles(ZTAXMLUnarchiver& unarchiver, _xmlNode* container,
@@ -385,8 +416,9 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   ZTUMutablePointerSet<ZTSStylesheet> mChildren;  // each leaves when it is re-parented or destroyed
   ZTSStyleDictionary mIdentifiedStyles;
   ZTSStyleSet mAnonymousStyles;
-  ZTUMutablePointerSet<ZTSStyle> mDeparted;  // aggregates that were removed; each leaves when it enters again or dies
-  ZTSStylesheetHost* mHost = nullptr;        // cleared by the host's destructor
+  ZTUMutablePointerSet<ZTSStyle> mLinkedOnly;  // linked without being held; each leaves with its link
+  ZTUMutablePointerSet<ZTSStyle> mDeparted;    // aggregates that were removed; each leaves when it enters again or dies
+  ZTSStylesheetHost* mHost = nullptr;          // cleared by the host's destructor
   Tracker mChangeTracker = Tracker::none;
   ZTUMutablePointerSet<ZTSStylesheetObserver> mObservers;
   bool mIsChangeCommunicationEnabled = true;
@@ -394,8 +426,7 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   std::unique_ptr<ZTSAnonymousStyleOrderingMap> mAnonymousStyleOrderingMap;  // none until first needed
 
   // Indexes beside the data; each class says in its header what it must always equal.
-  std::unique_ptr<ZTSOrphanIndex> mOrphans;
-  const StringRef* mRetriedIdentifier = nullptr;  // during a retry: the one identifier that became findable
+  const std::unique_ptr<ZTSOrphanIndex> mOrphans;
   std::unique_ptr<ZTSVariationIndexes> mVariations;
   std::unique_ptr<ZTSUnusedStyles> mUnused;  // while cleanup is enabled
 };

@@ -378,10 +378,11 @@ void ZTSStyle::p_setUsageCount(std::uint32_t count) {
 /// The link and every index that goes with it.
 void ZTSStyle::storeStylesheet(ZTSStylesheet* stylesheet) {
   ZTSStylesheet* const old = mStylesheet;
-  if (mStylesheet != nullptr) {
-    if (hasState(kFiledAsOrphan | kUntried)) mStylesheet->orphans().unfile(*this);
+  if (stylesheet != nullptr && stylesheet != old) stylesheet->styleWillBeLinked(*this);
+  if (old != nullptr) {
+    if (hasState(kFiledAsOrphan | kUntried)) old->orphans().unfile(*this);
     if (hasState(kHasVariationIndex)) ZTSVariationIndexes::dropIndexOf(*this);
-    if (mStylesheet->mUnused) mStylesheet->mUnused->styleLeft(*this);
+    if (stylesheet != old) old->styleWasUnlinked(*this);
   }
   mStylesheet = stylesheet;
   if (mStylesheet != nullptr && mStylesheet->mUnused) mStylesheet->mUnused->styleEntered(*this);

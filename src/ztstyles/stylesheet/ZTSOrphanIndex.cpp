@@ -3,18 +3,26 @@
 
 namespace zt {
 
-void ZTSOrphanIndex::file(ZTSStyle& style) {
+void ZTSOrphanIndex::file(ZTSStyle& style) noexcept {
   if (!style.isPlain(ZTSStyleClass::plainResolving)) return fileUntried(style);
   unfile(style);
-  mMissing[style.mParentIdentifier].addObject(&style);
-  style.setState(ZTSStyle::kFiledAsOrphan, true);
+  try {
+    mMissing[style.mParentIdentifier].addObject(&style);
+    style.setState(ZTSStyle::kFiledAsOrphan, true);
+  } catch (...) {
+    mMissesSome = true;
+  }
 }
 
-void ZTSOrphanIndex::fileUntried(ZTSStyle& style) {
+void ZTSOrphanIndex::fileUntried(ZTSStyle& style) noexcept {
   if (style.hasState(ZTSStyle::kUntried)) return;
   unfile(style);
-  mUntried.addObject(&style);
-  style.setState(ZTSStyle::kUntried, true);
+  try {
+    mUntried.addObject(&style);
+    style.setState(ZTSStyle::kUntried, true);
+  } catch (...) {
+    mMissesSome = true;
+  }
 }
 
 void ZTSOrphanIndex::unfile(ZTSStyle& style) noexcept {
@@ -41,6 +49,7 @@ std::vector<Ref<ZTSStyle>> ZTSOrphanIndex::candidatesFor(const StringRef& identi
 }
 
 bool ZTSOrphanIndex::check(const ZTSStyleSet& held) const {
+  if (mMissesSome) return true;
   std::size_t filed = mUntried.count();
   for (const auto& [identifier, styles] : mMissing) {
     filed += styles.count();

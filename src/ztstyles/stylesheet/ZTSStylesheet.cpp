@@ -2,6 +2,7 @@
 
 // Making and destroying stylesheets, and their host.
 
+#include <platform/ZTFirstFailure.h>
 #include <ztstyles/ZTSAggregateStyle.h>
 #include <ztstyles/ZTSStylesheet.h>
 #include <ztstyles/ZTYTrackable.h>
@@ -10,6 +11,8 @@
 #include <ztstyles/reuse/ZTSUnusedStyles.h>
 #include <ztstyles/reuse/ZTSVariationIndex.h>
 #include <ztstyles/stylesheet/ZTSOrphanIndex.h>
+
+#include <algorithm>
 
 namespace zt {
 
@@ -24,7 +27,7 @@ const ZTClass& ZTSStylesheet::stylesheetClass() {
 
 const ZTClass& ZTSStylesheet::classObject() const { return stylesheetClass(); }
 
-ZTSStylesheet::ZTSStylesheet() = default;
+ZTSStylesheet::ZTSStylesheet() : mOrphans(std::make_unique<ZTSOrphanIndex>()) {}
 
 Ref<ZTSStylesheet> ZTSStylesheet::withHost(ZTSStylesheetHost* host) {
   Ref<ZTSStylesheet> stylesheet(new ZTSStylesheet);
@@ -45,30 +48,36 @@ ZTSStylesheet::~ZTSStylesheet() {
   NSNotificationCenter::defaultCenter().removeObserver(this);
   mUnused.reset();  // ends the registration for the cleanup
   mVariations.reset();
-  // What the styles do on leaving may reach any other of them: all are held until all have left.
-  std::vector<Ref<ZTSStyle>> held = retainedStyles();
-  bool hasReferences = false;
-  for (const Ref<ZTSStyle>& style : held) {
+
+  // What the styles do on leaving may reach any other of them: the registry holds all until all have left. Nothing is
+  // allocated for it. An override that throws does not keep its link, since nothing may point at a stylesheet that is
+  // gone.
+  ZTFirstFailure passedOver;
+  bool hasReferences = !mDeparted.isEmpty();
+  const auto leave = [&](const Ref<ZTSStyle>& style) {
     hasReferences = hasReferences || asAggregateStyle(style.get()) != nullptr;
-    try {
-      style->cleanup();
-    } catch (...) {
-      // An override failed; the link goes all the same, since nothing may point at a stylesheet that is gone.
-    }
+    passedOver.attempt([&] { style->cleanup(); });
     style->p_setStylesheet(nullptr);
+  };
+  for (const ZTSStyleDictionary::Entry& entry : mIdentifiedStyles) leave(Ref<ZTSStyle>(entry.style));
+  for (ZTSStyle* style : mAnonymousStyles) leave(Ref<ZTSStyle>(style));
+  while (ZTSStyle* style = mLinkedOnly.anyObject()) leave(Ref<ZTSStyle>(style));
+
+  // What was removed earlier may be kept alive by nothing but a cycle, too. Without memory such cycles stay.
+  std::vector<Ref<ZTSStyle>> held;
+  if (hasReferences) {
+    passedOver.attempt([&] {
+      held = retainedStyles();
+      for (Ref<ZTSStyle>& style : mDeparted.retainedSnapshot()) held.push_back(std::move(style));
+    });
   }
+  for (ZTSStyle* style : mDeparted) static_cast<ZTSAggregateStyle&>(*style).mDepartedFrom = nullptr;
+  mDeparted.removeAllObjects();
   if (mParent) mParent->p_removeChild(*this);
   if (mHost != nullptr) mHost->mServed.removeObject(this);
   mIdentifiedStyles.removeAll();
   mAnonymousStyles.removeAllObjects();
-  // What was removed earlier may be kept alive by nothing but a cycle, too.
-  for (Ref<ZTSStyle>& style : mDeparted.retainedSnapshot()) {
-    static_cast<ZTSAggregateStyle&>(*style).mDepartedFrom = nullptr;
-    held.push_back(std::move(style));
-    hasReferences = true;
-  }
-  mDeparted.removeAllObjects();
-  if (hasReferences) freeReferenceGroups(std::move(held));
+  passedOver.attempt([&] { freeReferenceGroups(std::move(held)); });
 }
 
 void ZTSStylesheet::p_setHost(ZTSStylesheetHost* host) {
@@ -88,13 +97,22 @@ NSUndoManager* ZTSStylesheet::undoManager() const { return mHost != nullptr ? mH
 
 NSDocument* ZTSStylesheet::document() const { return mHost != nullptr ? mHost->document() : nullptr; }
 
-ZTSOrphanIndex& ZTSStylesheet::orphans() {
-  if (!mOrphans) mOrphans = std::make_unique<ZTSOrphanIndex>();
-  return *mOrphans;
+/// Whether each style that looked for its parent in vain would not find one now either, or one that is refused.
+bool ZTSStylesheet::areOrphansRight() const {
+  if (mOrphans->missesSome() || !looksUpPlainly()) return true;
+  const ZTSStyleSet all = styles();
+  return std::all_of(all.begin(), all.end(), [](const ZTSStyle* style) {
+    if (!style->hasState(ZTSStyle::kFiledAsOrphan)) return true;
+    const ZTSStylesheet* reach = style->p_reachStylesheet();
+    const ZTSStyle* found = reach != nullptr ? reach->cascadedStyleWithIdentifier(style->parentIdentifier()) : nullptr;
+    const bool findsNone = found == nullptr;
+    while (found != nullptr && found != style) found = found->parent();
+    return findsNone || found == style;
+  });
 }
 
 bool ZTSStylesheet::indexesAreRight() const {
-  if (mOrphans ? !mOrphans->check(styles()) : orphanStyles().count() != 0) return false;
+  if (!mOrphans->check(styles()) || !areOrphansRight()) return false;
   if (mVariations && !mVariations->check(*this)) return false;
   return !mUnused || mUnused->check(*this);
 }

@@ -3,7 +3,9 @@
 // The tree of stylesheets.
 
 #include <platform/NSException.h>
+#include <platform/ZTFirstFailure.h>
 #include <ztstyles/ZTSStylesheet.h>
+#include <ztstyles/stylesheet/ZTSOrphanIndex.h>
 
 #include <algorithm>
 
@@ -17,18 +19,36 @@ void ZTSStylesheet::setParent(Ref<ZTSStylesheet> parent) {
   }
   const Ref<ZTSStylesheet> self(this);
   const Ref<ZTSStylesheet> old = mParent;  // its styles are parents until all have been resolved again
+  if (parent) parent->p_addChild(*this);   // before anything changes, should memory run out
   if (old) old->p_removeChild(*this);
-  p_setParent(parent);
-  if (parent) parent->p_addChild(*this);
+  storeParent(parent);
 
-  std::vector<Ref<ZTSStylesheet>> tree{self};
+  ZTFirstFailure failure;
+  std::vector<Ref<ZTSStylesheet>> tree;
+  failure.attempt([&] { tree.push_back(self); });
   for (std::size_t index = 0; index < tree.size(); ++index) {
     const Ref<ZTSStylesheet> stylesheet = tree[index];
-    stylesheet->makeStylesPerform([](ZTSStyle& style) { style.updateParent(); });
-    for (Ref<ZTSStylesheet>& child : stylesheet->mChildren.retainedSnapshot()) tree.push_back(std::move(child));
+    stylesheet->resolveParentsOfStyles(failure);
+    failure.attempt([&] {
+      for (Ref<ZTSStylesheet>& child : stylesheet->mChildren.retainedSnapshot()) tree.push_back(std::move(child));
+    });
   }
-  if (mIsChangeCommunicationEnabled) tellParentChanged();
+  if (mIsChangeCommunicationEnabled) failure.attempt([&] { tellParentChanged(); });
+  failure.rethrow();
 }
+
+void ZTSStylesheet::p_setParent(Ref<ZTSStylesheet> parent) {
+  if (parent == mParent) return;
+  storeParent(std::move(parent));
+  // What was not found may be found now, by whoever looks up through this stylesheet.
+  std::vector<ZTSStylesheet*> tree{this};
+  for (std::size_t index = 0; index < tree.size(); ++index) {
+    tree[index]->mOrphans->mayMissSome();
+    for (ZTSStylesheet* child : tree[index]->mChildren) tree.push_back(child);
+  }
+}
+
+void ZTSStylesheet::storeParent(Ref<ZTSStylesheet> parent) noexcept { mParent = std::move(parent); }
 
 bool ZTSStylesheet::isAncestorOfStylesheet(const ZTSStylesheet* other) const noexcept {
   if (other == nullptr) return false;

@@ -3,6 +3,7 @@
 // Giving held styles an identifier, another one, or none.
 
 #include <platform/NSUndoManager.h>
+#include <platform/ZTFirstFailure.h>
 #include <support/ZTUAssertionHandler.h>
 #include <ztstyles/ZTSStylesheet.h>
 #include <ztstyles/reuse/ZTSUnusedStyles.h>
@@ -14,10 +15,6 @@ namespace {
 
 constexpr const char* kSourceFile = "src/ztstyles/ZTSStylesheet";
 constexpr const char* kIdentify = "identifyStyle:withIdentifier:keepChildren:";
-
-void resolveParentsOfChildren(const ZTSStyle& style) {
-  style.makeChildrenPerform([](ZTSStyle& child) { child.updateParent(); });
-}
 
 }  // namespace
 
@@ -95,6 +92,8 @@ void ZTSStylesheet::identifyStyleKeepingChildren(Ref<ZTSStyle> style, StringRef 
 
   const Ref<ZTSStylesheet> self(this);
   const StringRef old = style->identifier();
+  if (mUnused) mUnused->willStore();
+  mIdentifiedStyles.makeRoom();
   if (NSUndoManager* undo = undoManager()) {
     if (old) {
       undo->registerUndo(kIdentify, self,
@@ -110,7 +109,6 @@ void ZTSStylesheet::identifyStyleKeepingChildren(Ref<ZTSStyle> style, StringRef 
   }
 
   // The new entry is made first, so that the style stays held throughout.
-  if (mUnused) mUnused->willStore();
   mIdentifiedStyles.set(identifier, style);
   if (!old) {
     mAnonymousStyles.removeObject(style.get());
@@ -120,9 +118,11 @@ void ZTSStylesheet::identifyStyleKeepingChildren(Ref<ZTSStyle> style, StringRef 
   style->p_setIdentifier(identifier);
   for (ZTSStyle* child : kept) child->p_setParentIdentifier(identifier);
 
-  if (old) resolveParentsOfChildren(*style);
-  if (old) style->p_retryRefused();
-  resolveParentsAfterIdentifying(identifier);
+  ZTFirstFailure failure;
+  if (old) resolveParentsOfChildrenOf(*style, failure);
+  if (old) failure.attempt([&] { style->p_retryRefused(); });
+  resolveParentsAfterIdentifying(identifier, failure);
+  failure.rethrow();
 }
 
 void ZTSStylesheet::anonymizeStyle(Ref<ZTSStyle> style) {
@@ -134,18 +134,21 @@ void ZTSStylesheet::anonymizeStyle(Ref<ZTSStyle> style) {
   }
   const Ref<ZTSStylesheet> self(this);
   const StringRef identifier = style->identifier();
+  if (mUnused) mUnused->willStore();
+  mAnonymousStyles.makeRoom();
   if (NSUndoManager* undo = undoManager()) {
     undo->registerUndo(kIdentify, self, [style, identifier](ZTSStylesheet& stylesheet) {
       stylesheet.identifyStyleKeepingChildren(style, identifier, nullptr);
     });
   }
-  if (mUnused) mUnused->willStore();
   mAnonymousStyles.addObject(style.get());
   if (mIdentifiedStyles.find(identifier) == style) mIdentifiedStyles.remove(identifier);
   style->p_setIdentifier({});
   if (mVariations) mVariations->anonymousStyleChanged(*style);
-  resolveParentsOfChildren(*style);
-  style->p_retryRefused();
+  ZTFirstFailure failure;
+  resolveParentsOfChildrenOf(*style, failure);
+  failure.attempt([&] { style->p_retryRefused(); });
+  failure.rethrow();
 }
 
 }  // namespace zt

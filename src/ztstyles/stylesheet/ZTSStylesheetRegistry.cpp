@@ -2,12 +2,18 @@
 
 // Adding and removing single styles, lookup, enumeration.
 //
-// The document hooks, the styles' own overrides, observers and listeners that are called on the way may add,
-// remove and release anything. So the operation holds what it works on, looks the displaced style up again after
-// the hooks, and leaves the style either held and linked or neither if one of them throws.
+// Both operations have two halves. In the first they ask: the checks, the document hooks, the checks again, since a
+// hook may have added, removed or renamed anything, and then the registration of the inverse, which describes what will
+// be done to the styles as the hooks have left them. Whatever throws here ends an operation that has changed nothing.
+//
+// In the second half nothing stops them. The style is stored, for which there is room already, and then styles, hooks,
+// observers and listeners are called, each of which may throw: the first exception is kept until the end. A style that
+// threw while it was linked or unlinked is linked or unlinked all the same. So a style is never held without a link,
+// nor linked without being held, and the inverse that was registered takes back what was done.
 
 #include <platform/NSNull.h>
 #include <platform/NSUndoManager.h>
+#include <platform/ZTFirstFailure.h>
 #include <platform/ZTNesting.h>
 #include <support/ZTUAssertionHandler.h>
 #include <ztstyles/ZTSStylesheet.h>
@@ -15,7 +21,6 @@
 #include <ztstyles/reuse/ZTSVariationIndex.h>
 #include <ztstyles/stylesheet/ZTSOrphanIndex.h>
 
-#include <algorithm>
 #include <typeinfo>
 
 namespace zt {
@@ -23,15 +28,6 @@ namespace zt {
 namespace {
 
 constexpr const char* kSourceFile = "src/ztstyles/ZTSStylesheet";
-
-/// Clears the link of a style that is held no longer, whatever its overrides throw.
-void unlink(ZTSStyle& style) noexcept {
-  try {
-    style.setStylesheet(nullptr);
-  } catch (...) {
-    style.p_setStylesheet(nullptr);
-  }
-}
 
 }  // namespace
 
@@ -68,8 +64,16 @@ void ZTSStylesheet::addStyleWithContext(Ref<ZTSStyle> style, NSObject* context) 
   const Ref<ZTSStylesheet> self(this);
   const Ref<NSObject> heldContext(context);
   const Ref<NSDocument> document(this->document());
-  Ref<ZTSStyle> displaced(mIdentifiedStyles.find(style->identifier()));
 
+  if (document) {
+    if (const Ref<ZTSStyle> leaving(mIdentifiedStyles.find(style->identifier())); leaving) {
+      leaving->willBeRemovedFromDocument(document.get());
+    }
+    style->willBeAddedToDocument(document.get(), context);
+    if (!mayAdd(*style)) return;  // a hook has added it, here or elsewhere
+  }
+  const Ref<ZTSStyle> displaced(mIdentifiedStyles.find(style->identifier()));
+  makeRoomFor(*style);
   if (NSUndoManager* undo = NSUndoManager::ifRegistering(undoManager())) {
     if (displaced) {
       undo->registerUndo("addStyle:", self, [displaced](ZTSStylesheet& stylesheet) { stylesheet.addStyle(displaced); });
@@ -77,50 +81,46 @@ void ZTSStylesheet::addStyleWithContext(Ref<ZTSStyle> style, NSObject* context) 
       undo->registerUndo("removeStyle:", self, [style](ZTSStylesheet& stylesheet) { stylesheet.removeStyle(style); });
     }
   }
-  if (document) {
-    if (displaced) displaced->willBeRemovedFromDocument(document.get());
-    style->willBeAddedToDocument(document.get(), context);
-    if (!mayAdd(*style)) return;  // a hook has added it, here or elsewhere
-  }
 
-  displaced = hold(style);
-  try {
-    style->setStylesheet(this);
-    if (style->isIdentified()) resolveParentsAfterAdding(*style, displaced.get());
-  } catch (...) {
-    if (!holdsStyle(*style) || style->stylesheet() != this) {
-      release(*style);
-      if (displaced && !mIdentifiedStyles.find(displaced->identifier())) {
-        hold(displaced);
-      } else if (displaced) {
-        unlink(*displaced);
-      }
-    } else if (displaced && !holdsStyle(*displaced)) {
-      unlink(*displaced);
-    }
-    throw;
+  ZTFirstFailure failure;
+  hold(style);
+  link(*style, failure);
+  if (displaced) {
+    resolveParentsOfChildrenOf(*displaced, failure);
+    if (!holdsStyle(*displaced)) unlink(*displaced, failure);
+  } else if (style->isIdentified()) {
+    resolveParentsAfterIdentifying(style->identifier(), failure);
   }
-  if (displaced && !holdsStyle(*displaced)) displaced->setStylesheet(nullptr);
   if (document) {
-    if (displaced) displaced->wasRemovedFromDocument(document.get());
-    style->wasAddedToDocument(document.get(), context);
+    if (displaced) failure.attempt([&] { displaced->wasRemovedFromDocument(document.get()); });
+    failure.attempt([&] { style->wasAddedToDocument(document.get(), context); });
   }
-  if (mIsChangeCommunicationEnabled) tellStyleAdded(*style);
+  if (mIsChangeCommunicationEnabled) failure.attempt([&] { tellStyleAdded(*style); });
+  failure.rethrow();
 }
 
-/// Stores the style, and answers the one that it displaces.
-Ref<ZTSStyle> ZTSStylesheet::hold(const Ref<ZTSStyle>& style) {
+/// After this, storing the style allocates nothing.
+void ZTSStylesheet::makeRoomFor(const ZTSStyle& style) {
   if (mUnused) mUnused->willStore();
-  Ref<ZTSStyle> displaced;
+  if (!style.isIdentified()) {
+    mAnonymousStyles.makeRoom();
+  } else if (mIdentifiedStyles.find(style.identifier()) == nullptr) {
+    mIdentifiedStyles.makeRoom();
+  }
+}
+
+/// Stores the style, in the place of one that has its identifier.
+void ZTSStylesheet::hold(const Ref<ZTSStyle>& style) {
   if (style->isIdentified()) {
-    displaced = mIdentifiedStyles.set(style->identifier(), style);
+    mIdentifiedStyles.set(style->identifier(), style);
   } else {
     mAnonymousStyles.addObject(style.get());
     if (mVariations) mVariations->anonymousStyleChanged(*style);
   }
   // A style whose link named this stylesheet before will not be told that it enters.
-  if (mUnused && style->stylesheet() == this) mUnused->styleEntered(*style);
-  return displaced;
+  if (style->stylesheet() != this) return;
+  mLinkedOnly.removeObject(style.get());
+  if (mUnused) mUnused->styleEntered(*style);
 }
 
 /// Drops the style if it is the one that is held.
@@ -133,67 +133,29 @@ void ZTSStylesheet::release(const ZTSStyle& style) noexcept {
   }
 }
 
-void ZTSStylesheet::resolveParentsAfterAdding(ZTSStyle& style, ZTSStyle* displaced) {
-  if (displaced != nullptr) {
-    displaced->makeChildrenPerform([](ZTSStyle& child) { child.updateParent(); });
-  } else {
-    resolveParentsAfterIdentifying(style.identifier());
-  }
+/// Links a style that is held, unless what it calls has removed it.
+void ZTSStylesheet::link(ZTSStyle& style, ZTFirstFailure& failure) {
+  if (failure.attempt([&] { style.setStylesheet(this); }) || !holdsStyle(style)) return;
+  style.p_setStylesheet(this);
+  setParentLinkOf(style, failure);
 }
 
-void ZTSStylesheet::resolveParentsAfterIdentifying(const StringRef& identifier) {
-  if (const Ref<ZTSStyle> shadowed(mParent ? mParent->cascadedStyleWithIdentifier(identifier) : nullptr); shadowed) {
-    shadowed->makeChildrenPerform([](ZTSStyle& child) { child.updateParent(); });
-    return;
-  }
-  const auto retry = [&identifier](ZTSStylesheet& stylesheet) {
-    const StringRef* const outer = std::exchange(stylesheet.mRetriedIdentifier, &identifier);
-    try {
-      stylesheet.updateParentForOrphanStyles();
-    } catch (...) {
-      stylesheet.mRetriedIdentifier = outer;
-      throw;
-    }
-    stylesheet.mRetriedIdentifier = outer;
-  };
-  const Ref<ZTSStylesheet> self(this);
-  retry(*this);
-  if (mChildren.isEmpty()) return;
-  // Held, since what a retry runs may change the tree.
-  std::vector<Ref<ZTSStylesheet>> tree = mChildren.retainedSnapshot();
-  for (std::size_t index = 0; index < tree.size(); ++index) {
-    const Ref<ZTSStylesheet> stylesheet = tree[index];
-    retry(*stylesheet);
-    for (Ref<ZTSStylesheet>& child : stylesheet->mChildren.retainedSnapshot()) tree.push_back(std::move(child));
-  }
+/// Ends the link of a style that is held no longer.
+void ZTSStylesheet::unlink(ZTSStyle& style, ZTFirstFailure& failure) {
+  if (failure.attempt([&] { style.setStylesheet(nullptr); })) return;
+  style.p_setStylesheet(nullptr);
+  setParentLinkOf(style, failure);
 }
 
-void ZTSStylesheet::updateParentForOrphanStyles() {
-  if (!mOrphans || mOrphans->isEmpty()) return;
-  // Where one identifier became findable, only those can find a parent that wait for it, or that were never tried.
-  const std::vector<Ref<ZTSStyle>> orphans =
-      mRetriedIdentifier != nullptr ? heldInOrder(mOrphans->candidatesFor(*mRetriedIdentifier)) : retainedStyles();
-  for (const Ref<ZTSStyle>& style : orphans) {
-    if (style->parent() == nullptr && style->parentIdentifier() && holdsStyle(*style)) style->updateParent();
-  }
+void ZTSStylesheet::styleWillBeLinked(ZTSStyle& style) {
+  if (!holdsStyle(style)) mLinkedOnly.addObject(&style);
 }
 
-/// Those of the styles that are held here: identified ones first, each kind in the order in which it was added.
-std::vector<Ref<ZTSStyle>> ZTSStylesheet::heldInOrder(std::vector<Ref<ZTSStyle>>&& candidates) const {
-  if (candidates.size() < 2) return std::move(candidates);
-  std::vector<std::pair<std::uint64_t, Ref<ZTSStyle>>> placed;
-  placed.reserve(candidates.size());
-  for (Ref<ZTSStyle>& style : candidates) {
-    const bool isIdentified = style->isIdentified();
-    const std::uint32_t slot =
-        isIdentified ? mIdentifiedStyles.slotOf(*style) : mAnonymousStyles.table().slotOf(style.get());
-    if (slot == ZTSStyleDictionary::Table::kNoSlot) continue;
-    placed.emplace_back(std::uint64_t{slot} | std::uint64_t{!isIdentified} << 32, std::move(style));
-  }
-  std::sort(placed.begin(), placed.end(), [](const auto& left, const auto& right) { return left.first < right.first; });
-  candidates.clear();
-  for (auto& [place, style] : placed) candidates.push_back(std::move(style));
-  return std::move(candidates);
+void ZTSStylesheet::styleWasUnlinked(ZTSStyle& style) noexcept {
+  if (!mLinkedOnly.isEmpty()) mLinkedOnly.removeObject(&style);
+  if (!mUnused) return;
+  mUnused->styleLeft(style);
+  if (holdsStyle(style)) mUnused->mayMissSome();  // it tells another stylesheet of its uses, or none
 }
 
 void ZTSStylesheet::removeStyle(Ref<ZTSStyle> style) {
@@ -208,23 +170,33 @@ void ZTSStylesheet::removeStyle(Ref<ZTSStyle> style) {
   }
   const Ref<ZTSStylesheet> self(this);
   const Ref<NSDocument> document(this->document());
-  if (NSUndoManager* undo = NSUndoManager::ifRegistering(undoManager())) {
-    undo->registerUndo("addStyle:", self, [style](ZTSStylesheet& stylesheet) { stylesheet.addStyle(style); });
-  }
   if (document) {
     style->willBeRemovedFromDocument(document.get());
     if (!holdsStyle(*style)) return;  // the hook has removed it
   }
-  release(*style);
-  try {
-    if (style->isIdentified()) style->makeChildrenPerform([](ZTSStyle& child) { child.updateParent(); });
-    if (!holdsStyle(*style)) style->setStylesheet(nullptr);
-  } catch (...) {
-    if (!holdsStyle(*style)) unlink(*style);
-    throw;
+  if (NSUndoManager* undo = NSUndoManager::ifRegistering(undoManager())) {
+    undo->registerUndo("addStyle:", self, [style](ZTSStylesheet& stylesheet) { stylesheet.addStyle(style); });
   }
-  if (mIsChangeCommunicationEnabled) tellStyleRemoved(*style);
-  if (document) style->wasRemovedFromDocument(document.get());
+
+  ZTFirstFailure failure;
+  release(*style);
+  if (style->isIdentified()) resolveParentsOfChildrenOf(*style, failure);
+  if (!holdsStyle(*style)) unlink(*style, failure);
+  if (mIsChangeCommunicationEnabled) failure.attempt([&] { tellStyleRemoved(*style); });
+  if (document) failure.attempt([&] { style->wasRemovedFromDocument(document.get()); });
+  failure.rethrow();
+}
+
+/// Whoever asks for these may store anything, of which no index hears.
+ZTSStyleDictionary& ZTSStylesheet::p_identifiedStyles() noexcept {
+  if (mUnused) mUnused->mayMissSome();
+  return mIdentifiedStyles;
+}
+
+ZTSStyleSet& ZTSStylesheet::p_anonymousStyles() noexcept {
+  if (mUnused) mUnused->mayMissSome();
+  if (mVariations) mVariations->anonymousStylesAreOpen();
+  return mAnonymousStyles;
 }
 
 // ---- Lookup
