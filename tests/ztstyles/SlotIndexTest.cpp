@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The table of slots under the indexes for variations, against the plain way to keep it.
 
 #include <ztstyles/reuse/ZTSSlotIndex.h>

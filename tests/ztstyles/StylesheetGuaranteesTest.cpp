@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What stays true of a stylesheet when application code throws, overrides and renames on the way, and when it stores
 // things itself.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How styles look for their parents when an identifier comes, goes or changes.
 //
 // Whoever is called on the way may throw: the walks go on to the next style and keep the first exception. A style that
