@@ -6,37 +6,18 @@
 
 #include <document/xml/XmlText.h>
 
+#include <document/text/Utf8.h>
+
 #include <fmt/core.h>
+#include <utf8.h>
 
 #include <algorithm>
-#include <array>
 #include <cctype>
 #include <cstdint>
 
 namespace zt {
 
 namespace {
-
-constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
-
-void appendUtf8(std::string& text, std::uint32_t character) {
-  const auto put = [&text](std::uint32_t byte) { text += static_cast<char>(static_cast<unsigned char>(byte)); };
-  if (character < 0x80) {
-    put(character);
-  } else if (character < 0x800) {
-    put(0xC0 | (character >> 6));
-    put(0x80 | (character & 0x3F));
-  } else if (character < 0x10000) {
-    put(0xE0 | (character >> 12));
-    put(0x80 | ((character >> 6) & 0x3F));
-    put(0x80 | (character & 0x3F));
-  } else {
-    put(0xF0 | (character >> 18));
-    put(0x80 | ((character >> 12) & 0x3F));
-    put(0x80 | ((character >> 6) & 0x3F));
-    put(0x80 | (character & 0x3F));
-  }
-}
 
 bool isXmlCharacter(std::uint32_t character) {
   if (character < 0x20) return character == '\t' || character == '\n' || character == '\r';
@@ -60,26 +41,9 @@ std::string fromUtf16(std::string_view bytes, bool isBigEndian) {
         at += 2;
       }
     }
-    appendUtf8(text, isXmlCharacter(character) ? character : 0xFFFD);
+    utf8::append(static_cast<char32_t>(isXmlCharacter(character) ? character : 0xFFFD), text);
   }
   return text;
-}
-
-// The length of the character that starts at `at`, 0 if it is no text.
-std::size_t characterLength(std::string_view text, std::size_t at) {
-  const auto byteAt = [&](std::size_t index) { return static_cast<unsigned char>(text[index]); };
-  const unsigned char lead = byteAt(at);
-  if (lead < 0x80) return isXmlCharacter(lead) ? 1 : 0;
-  const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
-  if (lead < 0xC2 || lead > 0xF4 || at + length > text.size()) return 0;
-  std::uint32_t character = lead & (0xFFu >> (length + 1));
-  for (std::size_t next = at + 1; next < at + length; ++next) {
-    if ((byteAt(next) & 0xC0) != 0x80) return 0;
-    character = (character << 6) | (byteAt(next) & 0x3Fu);
-  }
-  constexpr std::array<std::uint32_t, 5> kLeast = {0, 0, 0x80, 0x800, 0x10000};
-  if (character < kLeast[length] || character > 0x10FFFF || !isXmlCharacter(character)) return 0;
-  return length;
 }
 
 // Most text is plain: a loop without branches over blocks lets the slow look at single characters wait.
@@ -90,19 +54,24 @@ bool isPlain(std::string_view text) {
   return plain;
 }
 
+// Where the first byte from `at` on stands that belongs to no character of XML. A character that crosses the end of a
+// block looks broken there: it is looked at again at the start of the next one.
 std::size_t firstNonText(std::string_view text, std::size_t at) {
   constexpr std::size_t kBlock = 64;
   while (at < text.size()) {
-    if (at + kBlock <= text.size() && isPlain(text.substr(at, kBlock))) {
-      at += kBlock;
+    const std::string_view block = text.substr(at, kBlock);
+    if (isPlain(block)) {
+      at += block.size();
       continue;
     }
-    const std::size_t end = std::min(text.size(), at + kBlock);
-    while (at < end) {
-      const std::size_t length = characterLength(text, at);
-      if (length == 0) return at;
-      at += length;
+    const char* const begin = block.data();
+    const char* const wellFormed = utf8::find_invalid(begin, begin + block.size());
+    for (const char* next = begin; next != wellFormed;) {
+      const char* const start = next;
+      if (!isXmlCharacter(utf8::unchecked::next(next))) return at + static_cast<std::size_t>(start - begin);
     }
+    if (wellFormed == begin) return at;
+    at += static_cast<std::size_t>(wellFormed - begin);
   }
   return text.size();
 }
@@ -136,7 +105,7 @@ void repair(XmlText& prepared, const XmlPart& part, std::vector<Finding>& findin
   std::size_t count = 0;
   std::size_t from = 0;
   while (bad < prepared.text.size()) {
-    repaired.append(prepared.text, from, bad - from).append(kReplacement);
+    repaired.append(prepared.text, from, bad - from).append(kReplacementCharacter);
     from = bad + 1;
     ++count;
     bad = firstNonText(prepared.text, from);

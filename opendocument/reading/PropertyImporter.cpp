@@ -2,6 +2,7 @@
 #include <opendocument/reading/PropertyImporter.h>
 
 #include <document/styles/StyleValues.h>
+#include <document/text/Utf8.h>
 
 #include <platform/NSNull.h>
 #include <platform/NSString.h>
@@ -19,15 +20,6 @@ constexpr std::size_t kMostUnknownKeys = 100'000;
 constexpr std::size_t kLongestKey = 200;
 
 constexpr std::array<std::string_view, 4> kSides = {"-left", "-right", "-top", "-bottom"};
-
-// As much of a text of the file as a message should hold.
-std::string excerpt(std::string_view text) {
-  constexpr std::size_t kLongest = 60;
-  if (text.size() <= kLongest) return std::string(text);
-  std::size_t end = kLongest;
-  while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) --end;  // no half characters
-  return std::string(text.substr(0, end)) + "...";
-}
 
 // For these an empty text says "explicitly none", which hides what the parent says.
 bool isNoneWhenEmpty(std::string_view name) {

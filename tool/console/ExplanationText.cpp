@@ -2,6 +2,7 @@
 #include <tool/console/ExplanationText.h>
 
 #include <document/styles/StyleValues.h>
+#include <tool/console/TextTable.h>
 
 #include <platform/NSNull.h>
 
@@ -14,17 +15,14 @@ namespace zt {
 
 namespace {
 
-constexpr std::size_t kLongestValue = 60;  // that people are shown
+constexpr std::size_t kLongestValue = 60;  // columns that people are shown
+constexpr std::size_t kValueColumn = 24;   // what stands beside longer values is not aligned
 
 std::string forPeople(const ZTDocument& document, PropertyKey key, const NSObject* value) {
   if (value == nullptr || isNull(value)) return "none";
   std::string text = shownValue(document, key, value);
   std::replace(text.begin(), text.end(), '\n', ' ');
-  if (text.size() > kLongestValue) {
-    std::size_t end = kLongestValue - 3;
-    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) --end;
-    text = text.substr(0, end) + "...";
-  }
+  text = printable(text, kLongestValue);
   return text.empty() ? "\"\"" : text;
 }
 
@@ -66,14 +64,14 @@ void printExplanation(const ZTDocument& document, const StyleExplanation& explan
   std::size_t widestKey = 0;
   std::size_t widestValue = 0;
   for (const ExplainedProperty& property : explanation.properties) {
-    widestKey = std::max(widestKey, property.key.view().size());
-    widestValue = std::max(widestValue, forPeople(document, property.key, property.effective.get()).size());
+    widestKey = std::max(widestKey, displayWidth(property.key.view()));
+    widestValue = std::max(widestValue, displayWidth(forPeople(document, property.key, property.effective.get())));
   }
   for (const ExplainedProperty& property : explanation.properties) {
     const std::string value = forPeople(document, property.key, property.effective.get());
     const std::string padding(
-        std::min(widestValue, std::size_t{24}) - std::min({widestValue, value.size(), std::size_t{24}}), ' ');
-    console.out << fmt::format("  {:<{}}  ", property.key.view(), widestKey) << console.green(value) << padding << "  "
+        std::min(widestValue, kValueColumn) - std::min({widestValue, displayWidth(value), kValueColumn}), ' ');
+    console.out << "  " << padded(property.key.view(), widestKey) << "  " << console.green(value) << padding << "  "
                 << console.faint(sourceText(document, style, property)) << '\n';
   }
   if (explanation.properties.empty()) console.out << "  nothing is set\n";
@@ -84,17 +82,17 @@ void printProperty(const ZTDocument& document, const StyleExplanation& explanati
   console.out << property.key.view() << " of " << document.labelOf(*explanation.style) << " is "
               << console.bold(forPeople(document, property.key, property.effective.get())) << '\n';
   std::size_t widest = 0;
-  for (const OdfStyle* level : explanation.chain) widest = std::max(widest, document.labelOf(*level).size());
+  for (const OdfStyle* level : explanation.chain) widest = std::max(widest, displayWidth(document.labelOf(*level)));
   auto entry = property.entries.begin();
   for (const OdfStyle* level : explanation.chain) {
-    const std::string label = fmt::format("{:<{}}", document.labelOf(*level), widest);
+    const std::string label = padded(document.labelOf(*level), widest);
     if (entry == property.entries.end() || entry->style != level) {
       console.out << "    " << console.faint(label + "  .") << '\n';
       continue;
     }
     const bool counts = entry->role != ExplainedEntry::Role::hidden;
     const std::string value = forPeople(document, property.key, entry->value);
-    const std::string line = fmt::format("{}  {:<16} {}", label, value, roleName(entry->role));
+    const std::string line = fmt::format("{}  {} {}", label, padded(value, 16), roleName(entry->role));
     console.out << (counts ? "  > " + console.green(line) : "    " + line)
                 << console.faint("  " + document.placeOf(*level).text()) << '\n';
     ++entry;

@@ -18,6 +18,9 @@ std::size_t displayWidth(std::string_view text);
 /// many columns, with an ellipsis as the last; 0 does not cut.
 std::string printable(std::string_view text, std::size_t width = 0);
 
+/// The text with blanks up to so many columns.
+std::string padded(std::string_view text, std::size_t width);
+
 /// The columns of the terminal that standard output is; 0 if it is none.
 std::size_t terminalWidth();
 
