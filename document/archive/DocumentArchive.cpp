@@ -20,7 +20,6 @@
 #include <fstream>
 #include <map>
 #include <mutex>
-#include <optional>
 
 namespace zt {
 
@@ -86,29 +85,11 @@ class DocumentRoot final : public ZTAXMLCoding {
   }
 };
 
-template <class Value>
-Ref<NSObject> valueOf(std::optional<Value> value, auto wrap) {
-  return value ? wrap(*value) : Ref<NSObject>();
-}
-
 void registerCoders() {
-  ztaxmlRegisterTextCoding(
-      LengthValue::valueClass(), "length",
-      [](const NSObject& value) { return lengthText(static_cast<const LengthValue&>(value).length()); },
-      [](std::string_view text) -> Ref<NSObject> {
-        return valueOf(parseLength(text), [](Length length) { return Ref<NSObject>(make<LengthValue>(length)); });
-      });
-  ztaxmlRegisterTextCoding(
-      PercentageValue::valueClass(), "percentage",
-      [](const NSObject& value) { return percentageText(static_cast<const PercentageValue&>(value).percentage()); },
-      [](std::string_view text) -> Ref<NSObject> {
-        return valueOf(parsePercentage(text),
-                       [](Percentage share) { return Ref<NSObject>(make<PercentageValue>(share)); });
-      });
-  ztaxmlRegisterTextCoding(
-      OpaqueValue::valueClass(), "opaque",
-      [](const NSObject& value) { return static_cast<const OpaqueValue&>(value).text(); },
-      [](std::string_view text) -> Ref<NSObject> { return make<OpaqueValue>(std::string(text)); });
+  for (const ValueKind& kind : valueKinds()) {
+    if (kind.valueClass == nullptr) continue;
+    ztaxmlRegisterTextCoding(kind.valueClass(), std::string(kind.name).c_str(), kind.text, kind.read);
+  }
 }
 
 /// Property elements in the order of their names, while it lives.

@@ -2,15 +2,10 @@
 #include <document/styles/PropertyRules.h>
 
 #include <document/styles/PropertyTable.h>
-#include <document/styles/StyleValues.h>
-#include <document/values/Colour.h>
-#include <document/values/Scalar.h>
 
-#include <platform/NSColor.h>
-#include <platform/NSNumber.h>
 #include <platform/NSString.h>
-#include <ztstyles/ZTSStyle.h>
 
+#include <algorithm>
 #include <array>
 #include <deque>
 
@@ -19,28 +14,13 @@ namespace zt {
 namespace {
 
 PropertyRule makeRule(std::string_view group, const PropertyRow& row) {
-  PropertyRule rule;
-  rule.key = PropertyKey(std::string(group) + '.' + std::string(row.name));
-  rule.keywords = row.keywords;
-  for (const char letter : row.kinds) {
-    switch (letter) {
-      case 'L': rule.kinds |= kLength; break;
-      case '^': rule.isShareOfParent = true; [[fallthrough]];
-      case 'P': rule.kinds |= kPercentage; break;
-      case 'C': rule.kinds |= kColour; break;
-      case 'B': rule.kinds |= kBoolean; break;
-      case 'I': rule.kinds |= kInteger; break;
-      case 'N': rule.kinds |= kNumber; break;
-      case 'T': rule.kinds |= kText; break;
-      case 'X': rule.kinds |= kElement; break;
-      case 'S': rule.kinds |= kStyle; break;
-      case '.': rule.prefersPoints = true; break;
-      case '!': rule.isInherited = false; break;
-      case '~': rule.isToggle = true; break;
-      default: break;
-    }
-  }
-  return rule;
+  return {.key = PropertyKey(std::string(group) + '.' + std::string(row.name)),
+          .kinds = row.kinds,
+          .keywords = row.keywords,
+          .isShareOfParent = row.isShareOfParent,
+          .isInherited = row.isInherited,
+          .prefersPoints = row.prefersPoints,
+          .isToggle = row.isToggle};
 }
 
 // Rules by the ordinal of their key. Made once, never changed.
@@ -122,48 +102,21 @@ std::vector<PropertyKey> knownProperties(StyleFamily family) {
 
 Ref<NSObject> readValue(const PropertyRule* rule, std::string_view text) {
   if (rule == nullptr) return make<OpaqueValue>(std::string(text));
-  const std::uint16_t kinds = rule->kinds;
   if (isKeyword(rule->keywords, text)) return NSString::make(text);
-  if ((kinds & kBoolean) != 0) {
-    if (const auto value = parseBoolean(text)) return NSNumber::withBool(*value);
+  for (const ValueKind& kind : valueKinds()) {
+    if ((rule->kinds & kind.bit) == 0) continue;
+    if (Ref<NSObject> value = kind.read(text)) return value;
   }
-  if ((kinds & kInteger) != 0) {
-    if (const auto value = parseInteger(text)) return NSNumber::withInteger(*value);
-  }
-  if ((kinds & kLength) != 0) {
-    if (const auto value = parseLength(text)) return make<LengthValue>(*value);
-  }
-  if ((kinds & kPercentage) != 0) {
-    if (const auto value = parsePercentage(text)) return make<PercentageValue>(*value);
-  }
-  if ((kinds & kNumber) != 0) {
-    if (const auto value = parseNumber(text)) return NSNumber::withReal(*value);
-  }
-  if ((kinds & kColour) != 0) {
-    if (const auto value = parseColour(text)) {
-      const std::uint8_t opacity = value->isTransparent ? 0 : 255;
-      return NSColor::withComponents(value->red, value->green, value->blue, opacity);
-    }
-  }
-  if ((kinds & kElement) != 0) return make<OpaqueValue>(std::string(text));
-  if ((kinds & kText) != 0) return NSString::make(text);
   return {};
 }
 
 bool takesValue(const PropertyRule* rule, const NSObject& value) {
-  const bool isText = NSString::from(&value) != nullptr;
-  if (rule == nullptr) return isText || asOpaque(&value) != nullptr;
-  const auto takes = [rule](std::uint16_t kind) { return (rule->kinds & kind) != 0; };
-  if (isText) return takes(kText) || isKeyword(rule->keywords, NSString::from(&value)->view());
-  if (asLength(&value) != nullptr) return takes(kLength);
-  if (asPercentage(&value) != nullptr) return takes(kPercentage);
-  if (asOpaque(&value) != nullptr) return takes(kElement);
-  if (NSColor::from(&value) != nullptr) return takes(kColour);
-  if (const NSNumber* number = NSNumber::from(&value)) {
-    if (number->isBool()) return takes(kBoolean);
-    return takes(kNumber) || (number->isInteger() && takes(kInteger));
-  }
-  return takes(kStyle) && asStyle(&value) != nullptr;
+  const NSString* text = NSString::from(&value);
+  if (rule == nullptr) return text != nullptr || asOpaque(&value) != nullptr;
+  if (text != nullptr && isKeyword(rule->keywords, text->view())) return true;
+  const auto kinds = valueKinds();
+  return std::any_of(kinds.begin(), kinds.end(),
+                     [&](const ValueKind& kind) { return (rule->kinds & kind.bit) != 0 && kind.isOf(value); });
 }
 
 namespace keys {

@@ -5,6 +5,7 @@
 /// WordprocessingML: which there are, what their values may be, how a value is read from text.
 
 #include <document/styles/StyleFamily.h>
+#include <document/styles/StyleValues.h>
 
 #include <platform/PropertyKey.h>
 
@@ -15,23 +16,10 @@
 
 namespace zt {
 
-/// The kinds of values that a property takes, as bits.
-enum ValueKinds : std::uint16_t {
-  kLength = 1,
-  kPercentage = 2,
-  kColour = 4,
-  kBoolean = 8,
-  kInteger = 16,
-  kNumber = 32,
-  kText = 64,      ///< any text
-  kElement = 128,  ///< an element, kept as opaque text
-  kStyle = 256,    ///< a reference to a style
-};
-
 /// What is known about one property.
 struct PropertyRule {
   PropertyKey key;
-  std::uint16_t kinds = 0;
+  std::uint16_t kinds = 0;       ///< bits of `ValueKinds`
   std::string_view keywords;     ///< words that are values too, between spaces
   bool isShareOfParent = false;  ///< a percentage is a share of what the parent has
   bool isInherited = true;       ///< false: a style has what it sets itself, or nothing

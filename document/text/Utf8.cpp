@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <document/text/Utf8.h>
 
 #include <utf8.h>
@@ -9,6 +10,10 @@ namespace zt {
 std::optional<char32_t> takeCharacter(std::string_view& text) {
   constexpr std::size_t kLongest = 4;
   const char* at = text.data();
+  if (static_cast<unsigned char>(*at) < 0x80) {
+    text.remove_prefix(1);
+    return static_cast<char32_t>(*at);
+  }
   if (utf8::find_invalid(at, at + std::min(kLongest, text.size())) == at) {
     text.remove_prefix(1);
     return std::nullopt;

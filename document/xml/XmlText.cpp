@@ -54,24 +54,19 @@ bool isPlain(std::string_view text) {
   return plain;
 }
 
-// Where the first byte from `at` on stands that belongs to no character of XML. A character that crosses the end of a
-// block looks broken there: it is looked at again at the start of the next one.
+// Where the first byte from `at` on stands that belongs to no character of XML.
 std::size_t firstNonText(std::string_view text, std::size_t at) {
   constexpr std::size_t kBlock = 64;
   while (at < text.size()) {
-    const std::string_view block = text.substr(at, kBlock);
-    if (isPlain(block)) {
-      at += block.size();
+    if (isPlain(text.substr(at, kBlock))) {
+      at += kBlock;
       continue;
     }
-    const char* const begin = block.data();
-    const char* const wellFormed = utf8::find_invalid(begin, begin + block.size());
-    for (const char* next = begin; next != wellFormed;) {
-      const char* const start = next;
-      if (!isXmlCharacter(utf8::unchecked::next(next))) return at + static_cast<std::size_t>(start - begin);
+    const std::size_t end = std::min(text.size(), at + kBlock);
+    for (std::string_view rest = text.substr(at); at < end; at = text.size() - rest.size()) {
+      const auto character = takeCharacter(rest);
+      if (!character || !isXmlCharacter(*character)) return at;
     }
-    if (wellFormed == begin) return at;
-    at += static_cast<std::size_t>(wellFormed - begin);
   }
   return text.size();
 }

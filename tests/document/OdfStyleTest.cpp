@@ -35,6 +35,24 @@ std::string effectiveSize(const std::vector<const char*>& sizes) {
   return valueText(document->stylesheet().styleWithIdentifier(parent)->valueForProperty(kSize).get(), true);
 }
 
+TEST(OdfStyleTest, EveryKindOfValueReadsWhatItWrites) {
+  const std::pair<ValueKinds, const char*> texts[] = {
+      {kLength, "0.5cm"}, {kPercentage, "33.3%"}, {kColour, "#0a0b0c"}, {kBoolean, "true"},      {kInteger, "12"},
+      {kNumber, "1.5"},   {kText, "any text"},    {kElement, "<a/>"},   {kColour, "transparent"}};
+  for (const auto& [bit, text] : texts) {
+    const PropertyRule rule{.key = PropertyKey("x.y"), .kinds = bit, .keywords = {}};
+    const Ref<NSObject> value = readValue(&rule, text);
+    ASSERT_NE(value, nullptr) << text;
+    EXPECT_TRUE(takesValue(&rule, *value)) << text;
+    EXPECT_EQ(valueText(value.get()), text);
+  }
+  // The narrowest kind is tried first, and a word of the property's own before all.
+  const PropertyRule any{.key = PropertyKey("x.y"), .kinds = kLength | kInteger | kNumber | kText, .keywords = "12pt"};
+  const std::pair<const char*, const char*> kinds[] = {
+      {"12", "number"}, {"1.5", "number"}, {"1.5pt", "length"}, {"12pt", "text"}, {"true", "text"}};
+  for (const auto& [text, kind] : kinds) EXPECT_EQ(valueKind(readValue(&any, text).get()), kind) << text;
+}
+
 TEST(OdfStyleTest, SharesOfTheParentAreResolvedOverAnyNumberOfLevels) {
   const std::pair<std::vector<const char*>, const char*> cases[] = {
       {{"12pt"}, "12pt"},

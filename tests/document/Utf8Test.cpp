@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <document/text/Utf8.h>
 
 #include <gtest/gtest.h>
