@@ -9,12 +9,14 @@ namespace {
 
 constexpr std::uint64_t kForEver = std::numeric_limits<std::uint64_t>::max();
 thread_local std::uint64_t tGood = kForEver;
+thread_local bool tFailsOnce = false;
 thread_local bool tHasFailed = false;
 thread_local std::int64_t tLive = 0;
 
 void* allocate(std::size_t size) {
   if (tGood == 0) {
     tHasFailed = true;
+    if (tFailsOnce) tGood = kForEver;
     throw std::bad_alloc();
   }
   if (tGood != kForEver) --tGood;
@@ -40,8 +42,9 @@ void operator delete[](void* memory, std::size_t) noexcept { release(memory); }
 
 namespace zt::test {
 
-FailingAllocations::FailingAllocations(std::uint64_t good) noexcept {
+FailingAllocations::FailingAllocations(std::uint64_t good, Extent extent) noexcept {
   tGood = good;
+  tFailsOnce = extent == Extent::one;
   tHasFailed = false;
 }
 FailingAllocations::~FailingAllocations() { tGood = kForEver; }

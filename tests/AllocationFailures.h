@@ -5,11 +5,12 @@
 
 namespace zt::test {
 
-/// While it lives, this thread's allocations with `new` fail, from the one on before which `good` others succeed.
-/// Programs that use it are linked with AllocationFailures.cpp.
+/// While it lives, this thread's allocations with `new` fail, from the one on before which `good` others succeed, or
+/// that one alone. Programs that use it are linked with AllocationFailures.cpp.
 class FailingAllocations {
  public:
-  explicit FailingAllocations(std::uint64_t good = 0) noexcept;
+  enum class Extent : bool { one, all };
+  explicit FailingAllocations(std::uint64_t good = 0, Extent extent = Extent::all) noexcept;
   ~FailingAllocations();
   FailingAllocations(const FailingAllocations&) = delete;
   FailingAllocations& operator=(const FailingAllocations&) = delete;

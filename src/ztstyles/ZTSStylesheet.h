@@ -71,7 +71,8 @@ class ZT_EXPORT ZTSStylesheetDowngrader : public NSObject {
 /// Operations that answer what is stored (the accessors of a field, the enumerators and snapshots, `holdsStyle`, the
 /// questions after ancestors, and the `p_` operations) are not virtual: the library reads the same fields itself in
 /// many places, and an override would be heeded in some of them only. Every other operation can be overridden, and the
-/// library's own calls go through the override.
+/// library's own calls go through the override; so can `p_cleanupUnusedStylesOnUndoGroupClose`, alone among the `p_`
+/// operations: it stores nothing but answers a notification, and a class may have its own idea of when a pass is due.
 class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
  public:
   static const ZTClass& stylesheetClass();
