@@ -58,13 +58,10 @@ int main() {
   //! [copying]
   // Copies refer to one another, as the originals do.
   heading->setValueForProperty(heading, kNext);  // a style may refer to itself
-  const ZTSStyleSet copies = ZTSAggregateStyle::deepCopyStyles({heading});
-  const ZTSStyle& copy = *copies.allObjects().front();
+  const ZTSStyleCopies copies = ZTSAggregateStyle::deepCopyStyles({heading});
+  const ZTSStyle& copy = **copies.begin();
   std::cout << "the copy is followed by " << (copy.valueForProperty(kNext).get() == &copy ? "itself" : "the original")
             << ", its number looks like a copy of body: "
             << (copy.valueForProperty(kNumber) != body && copy.valueForProperty(kNumber)->isEqual(body.get())) << '\n';
   //! [copying]
-
-  // A style that refers to itself and belongs to no stylesheet has to be let go of by hand.
-  copies.allObjects().front()->setValueForProperty({}, kNext);
 }

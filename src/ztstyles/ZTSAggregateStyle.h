@@ -11,6 +11,29 @@ class ZTFirstFailure;
 /// From a style to the one that takes its place, by identity.
 using ZTSStyleMap = ZTUPointerKeyDictionaryOf<ZTSStyle, ZTSStyle>;
 
+/// The copies that a deep copy made, in the order of the originals that were given. They refer to one another, maybe in
+/// circles, so they are owned together: what is in no stylesheet when this goes, and held by nobody else, is freed,
+/// with everything that it reaches. Whoever keeps such a copy for longer frees its circles himself
+/// (`freeReferenceGroups`).
+class ZT_EXPORT ZTSStyleCopies {
+ public:
+  ZTSStyleCopies(ZTSStyleSet given, std::vector<Ref<ZTSStyle>> all) noexcept;
+  ZTSStyleCopies(ZTSStyleCopies&& other) noexcept = default;
+  ZTSStyleCopies& operator=(ZTSStyleCopies&& other) noexcept;
+  ~ZTSStyleCopies();
+
+  /// The copies of the given originals, each once.
+  [[nodiscard]] const ZTSStyleSet& styles() const& noexcept { return mStyles; }
+  const ZTSStyleSet& styles() && = delete;  // they would be freed before they can be looked at
+  [[nodiscard]] std::size_t count() const noexcept { return mStyles.count(); }
+  [[nodiscard]] auto begin() const noexcept { return mStyles.begin(); }
+  [[nodiscard]] auto end() const noexcept { return mStyles.end(); }
+
+ private:
+  ZTSStyleSet mStyles;
+  std::vector<Ref<ZTSStyle>> mAll;  // with the copies of what they refer to
+};
+
 /// A style some of whose values are styles. While it belongs to a stylesheet it observes the styles that
 /// its own values refer to and passes its own usage and orphan counts on to them, once for each property;
 /// outside a stylesheet it does neither. A reference to itself is allowed and never observed or counted.
@@ -92,8 +115,8 @@ class ZT_EXPORT ZTSAggregateStyle : public ZTSStyle {
   /// @{
 
   /// Copies of the styles, in their order, with everything that they reach through references copied too
-  /// and the copies linked among themselves. Copies of referenced styles are held by the values alone.
-  static ZTSStyleSet deepCopyStyles(const std::vector<Ref<ZTSStyle>>& styles);
+  /// and the copies linked among themselves. The answer owns all of them together.
+  static ZTSStyleCopies deepCopyStyles(const std::vector<Ref<ZTSStyle>>& styles);
   /// Replaces every referenced style by its entry in the map. A missing entry is reported, and the property
   /// is set to explicitly no value.
   virtual void replaceReferencedStylesUsingStyleMap(const ZTSStyleMap& map);
@@ -140,7 +163,6 @@ class ZT_EXPORT ZTSAggregateStyle : public ZTSStyle {
 
  private:
   friend class ZTSCountingWalk;
-  friend class ZTSStylesheet;
 
   enum class CountingStep : std::uint8_t { useUp, useDown, orphanUp, orphanDown };
   /// Calls one of the four counting operations; whether the style took the step.
@@ -156,13 +178,10 @@ class ZT_EXPORT ZTSAggregateStyle : public ZTSStyle {
   template <class Assign>
   void relink(Assign assign);
   void letGoOfReferences() noexcept;
-  /// Keeps the list of those that were removed from a stylesheet right.
-  void setDepartedFrom(ZTSStylesheet* stylesheet);
 
   std::vector<Reference> mReferences;
-  ZTSStylesheet* mDepartedFrom = nullptr;  // lists this style as removed; cleared by that stylesheet's destructor
-  bool mIsUnfinished = false;              // observing could not begin or end everywhere
-  bool mHasRefusedUse = false;             // a request was ignored while this style passed its own count on
+  bool mIsUnfinished = false;   // observing could not begin or end everywhere
+  bool mHasRefusedUse = false;  // a request was ignored while this style passed its own count on
 };
 
 /// The object as an aggregate style, or none.

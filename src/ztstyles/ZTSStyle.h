@@ -383,6 +383,7 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   friend const ZTSStyle* asStyle(const NSObject* object) noexcept;
   friend class ZTSAggregateStyle;
   friend class ZTSCountingWalk;
+  friend class ZTSDepartedStyles;
   friend class ZTSStyleClass;
   friend class ZTSStylesheet;
   friend class ZTSOrphanIndex;
@@ -454,10 +455,11 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   Ref<PropertyMap> mLocalPropertyMap;    // none while it was never written
   std::uint64_t mKeyMask = 0;            // the bits of the own keys: always mLocalPropertyMap->keyMask()
   std::uint32_t mUsageCount = 0;
-  static constexpr std::uint32_t kLargestOrphanCount = 0x7fff'ffff;
-  std::uint32_t mOrphanCount : 31 = 0;
+  static constexpr std::uint32_t kLargestOrphanCount = 0x3fff'ffff;
+  std::uint32_t mOrphanCount : 30 = 0;
   /// While it is set, this style and all above it have classes that leave the reading of values alone.
   std::uint32_t mIsReadPlainly : 1 = 0;
+  std::uint32_t mHasDeparted : 1 = 0;  // listed by the stylesheet that it left; see ZTSDepartedStyles.h
   ZTUCountedPointerSet<ZTSStyleObserver> mObservers;
 };
 

@@ -16,6 +16,7 @@ namespace zt {
 
 class ZTFirstFailure;
 class ZTSAnonymousStyleOrderingMap;
+class ZTSDepartedStyles;
 class ZTSDowngradeStylesheet;
 class ZTSOrphanIndex;
 class ZTSUnusedStyles;
@@ -344,7 +345,6 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   [[nodiscard]] virtual bool isUsedInArchive(const ZTSStyle& style) const;
 
  private:
-  friend class ZTSAggregateStyle;
   friend class ZTSStyle;
   friend class ZTSStylesheetHost;
   friend class ZTSUnusedStyles;
@@ -375,8 +375,9 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   void release(const ZTSStyle& style) noexcept;
   void link(ZTSStyle& style, ZTFirstFailure& failure);
   static void unlink(ZTSStyle& style, ZTFirstFailure& failure);
-  /// A style's link to this stylesheet is about to be stored, and is gone. Called by the style.
+  /// A style's link to this stylesheet is about to be stored, about to be cleared, and is gone. Called by the style.
   void styleWillBeLinked(ZTSStyle& style);
+  void styleWillDepart(ZTSStyle& style);
   void styleWasUnlinked(ZTSStyle& style) noexcept;
   // Steps of resolving parents, see ZTSStylesheetResolving.cpp.
   static void resolveParentOf(ZTSStyle& style, ZTFirstFailure& failure);
@@ -418,7 +419,6 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   ZTSStyleDictionary mIdentifiedStyles;
   ZTSStyleSet mAnonymousStyles;
   ZTUMutablePointerSet<ZTSStyle> mLinkedOnly;  // linked without being held; each leaves with its link
-  ZTUMutablePointerSet<ZTSStyle> mDeparted;    // aggregates that were removed; each leaves when it enters again or dies
   ZTSStylesheetHost* mHost = nullptr;          // cleared by the host's destructor
   Tracker mChangeTracker = Tracker::none;
   ZTUMutablePointerSet<ZTSStylesheetObserver> mObservers;
@@ -427,6 +427,7 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   std::unique_ptr<ZTSAnonymousStyleOrderingMap> mAnonymousStyleOrderingMap;  // none until first needed
 
   // Indexes beside the data; each class says in its header what it must always equal.
+  std::unique_ptr<ZTSDepartedStyles> mDeparted;  // none until first needed
   const std::unique_ptr<ZTSOrphanIndex> mOrphans;
   std::unique_ptr<ZTSVariationIndexes> mVariations;
   std::unique_ptr<ZTSUnusedStyles> mUnused;  // while cleanup is enabled

@@ -2,9 +2,11 @@
 
 // Styles that only keep one another alive.
 
-#include "Scene.h"
+#include <tests/ztstyles/Archives.h>
 
 #include <platform/NSArray.h>
+#include <platform/NSException.h>
+#include <ztstyles/references/ZTSReferenceGroups.h>
 
 #include <random>
 
@@ -17,7 +19,19 @@ class CensusStyle : public ZTSStyleOf<CensusStyle, TestAggregate> {
   static constexpr const char* kClassName = "CensusStyle";
   CensusStyle() { ++living; }
   ~CensusStyle() override { --living; }
+  void setValueForProperty(Ref<NSObject> value, PropertyKey key) override {
+    if (fails) throw NSGenericException("no");
+    ZTSStyleOf<CensusStyle, TestAggregate>::setValueForProperty(std::move(value), key);
+  }
   static inline int living = 0;
+  static inline bool fails = false;
+};
+/// The same of a class that refers to nothing, but may hold anything as a value.
+class PlainCensusStyle : public ZTSStyleOf<PlainCensusStyle, TestStyle> {
+ public:
+  static constexpr const char* kClassName = "PlainCensusStyle";
+  PlainCensusStyle() { ++CensusStyle::living; }
+  ~PlainCensusStyle() override { --CensusStyle::living; }
 };
 using Styles = std::vector<Ref<CensusStyle>>;
 
@@ -150,6 +164,94 @@ TEST(ReferenceGroupsTest, FreesALongRing) {
   first.reset();
   group.sheet.reset();
   EXPECT_EQ(CensusStyle::living, 0);
+}
+
+TEST(ReferenceGroupsTest, FreesPlainStylesThatHoldOneAnother) {
+  for (const bool haveLeft : {false, true}) {
+    Group group;
+    {
+      auto a = make<PlainCensusStyle>({.identifier = "a"});
+      auto b = make<PlainCensusStyle>();
+      for (const Ref<PlainCensusStyle>& style : {a, b}) group.sheet->addStyle(style);
+      a->setValueForProperty(b, size);
+      b->setValueForProperty(NSArray::withObjects({NSArray::withObjects({a})}), size);
+      for (const Ref<PlainCensusStyle>& style : {a, b})
+        if (haveLeft) group.sheet->removeStyle(style);
+    }
+    EXPECT_EQ(CensusStyle::living, 2);
+    group.sheet.reset();
+    EXPECT_EQ(CensusStyle::living, 0);
+  }
+}
+
+TEST(ReferenceGroupsTest, FollowsTheParentsOfStylesWithoutReferences) {
+  auto child = make<CensusStyle>();
+  {
+    auto parent = make<CensusStyle>();
+    child->p_setParent(parent);
+    parent->p_addChild(*child);
+    parent->p_setValueForProperty(child, list);
+  }
+  std::vector<Ref<ZTSStyle>> given{std::move(child)};
+  freeReferenceGroups(std::move(given));
+  EXPECT_EQ(CensusStyle::living, 0);
+}
+
+TEST(ReferenceGroupsTest, FreesAnonymousStylesWhoseOrderWasRemembered) {
+  const ZTADiffableXmlScope diffable;
+  {
+    Group group;
+    const Ref<CensusStyle> style = group.add();
+    style->setValueForProperty(style, list);
+    archived(*group.sheet);
+  }
+  EXPECT_EQ(CensusStyle::living, 0);
+}
+
+TEST(ReferenceGroupsTest, FreesCopiesThatAreNeverAdded) {
+  Group group;
+  Styles originals{group.add(), group.add()};
+  originals[0]->setValueForProperty(originals[1], list);
+  originals[1]->setValueForProperty(originals[0], list);
+  {
+    const ZTSStyleCopies copies = ZTSAggregateStyle::deepCopyStyles({originals[0]});
+    EXPECT_EQ(copies.count(), 1u);
+    EXPECT_EQ(CensusStyle::living, 4);
+  }
+  EXPECT_EQ(CensusStyle::living, 2);
+  CensusStyle::fails = true;
+  EXPECT_THROW(ZTSAggregateStyle::deepCopyStyles({originals[0]}), NSGenericException);
+  CensusStyle::fails = false;
+  EXPECT_EQ(CensusStyle::living, 2);
+
+  // What has been added stays, whole.
+  Group other;
+  other.sheet->addStyleAndReferencedStyles(Ref<ZTSStyle>(*ZTSAggregateStyle::deepCopyStyles({originals[0]}).begin()));
+  EXPECT_EQ(other.sheet->styles().count(), 2u);
+  EXPECT_TRUE((*other.sheet->styles().begin())->overridesProperty(list));
+  other.sheet.reset();
+  EXPECT_EQ(CensusStyle::living, 2);
+}
+
+TEST(ReferenceGroupsTest, FreesWhatABrokenFileHeld) {
+  CensusStyle::styleClass();
+  const auto circle = [](const char* first, const char* second) {
+    const auto one = [](std::string id, std::string to) {
+      return element("zt:id='" + id + "' zt:ident='" + id + "'", "<zt:list><zt:object zt:to='" + to + "'/></zt:list>",
+                     "CensusStyle");
+    };
+    return one(first, second) + one(second, first) +
+           element("zt:parent-ident='" + std::string(first) + "'", {}, "CensusStyle");
+  };
+  const std::string good = "<zt:parent zt:class='ZTSStylesheet'><zt:styles>" + circle("a", "b") +
+                           "</zt:styles><zt:anon-styles/></zt:parent>";
+  std::string broken = sheetOf(circle("c", "d"), {}, good);
+  const std::string container = "<zt:anon-styles></zt:anon-styles>";
+  broken.erase(broken.find(container), container.size());
+  for (int attempt = 0; attempt < 2; ++attempt) {
+    EXPECT_EQ(reasonOf([&] { Loaded loaded(broken); }).substr(0, 10), "Stylesheet");
+    EXPECT_EQ(CensusStyle::living, 0);
+  }
 }
 
 }  // namespace

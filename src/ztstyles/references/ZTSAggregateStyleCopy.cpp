@@ -2,9 +2,13 @@
 
 // Deep copies, and references that move from one style to another.
 
+#include <platform/ZTFirstFailure.h>
 #include <platform/ZTNesting.h>
 #include <support/ZTUAssertionHandler.h>
 #include <ztstyles/ZTSAggregateStyle.h>
+#include <ztstyles/references/ZTSReferenceGroups.h>
+
+#include <utility>
 
 namespace zt {
 
@@ -15,6 +19,21 @@ constexpr const char* kSourceFile = "src/ztstyles/ZTSAggregateStyle";
 Ref<ZTSStyle> copyOf(const ZTSStyle& style) { return style.copyWithoutSettingStylesheet(); }
 
 }  // namespace
+
+ZTSStyleCopies::ZTSStyleCopies(ZTSStyleSet given, std::vector<Ref<ZTSStyle>> all) noexcept
+    : mStyles(std::move(given)), mAll(std::move(all)) {}
+
+ZTSStyleCopies& ZTSStyleCopies::operator=(ZTSStyleCopies&& other) noexcept {
+  std::swap(mStyles, other.mStyles);
+  std::swap(mAll, other.mAll);
+  return *this;
+}
+
+ZTSStyleCopies::~ZTSStyleCopies() {
+  mStyles.removeAllObjects();
+  ZTFirstFailure passedOver;  // without memory, circles stay
+  passedOver.attempt([&] { freeReferenceGroups(std::move(mAll)); });
+}
 
 /// What a deep copy knows: which style has which copy.
 class ZTSDeepCopy {
@@ -44,6 +63,8 @@ class ZTSDeepCopy {
     return copy;
   }
 
+  [[nodiscard]] std::vector<Ref<ZTSStyle>> all() const { return mCopies->allValues(); }
+
   /// Makes the copies refer to copies.
   void relink() const {
     for (const Ref<ZTSStyle>& copy : mCopies->allValues()) {
@@ -61,12 +82,15 @@ class ZTSDeepCopy {
   ZTSStyleSet mReached;  // styles whose references, and theirs in turn, all have copies
 };
 
-ZTSStyleSet ZTSAggregateStyle::deepCopyStyles(const std::vector<Ref<ZTSStyle>>& styles) {
-  ZTSStyleSet result;
+ZTSStyleCopies ZTSAggregateStyle::deepCopyStyles(const std::vector<Ref<ZTSStyle>>& styles) {
+  ZTSStyleCopies result({}, {});
   ZTSDeepCopy copies;
+  ZTSStyleSet given;
   for (const Ref<ZTSStyle>& style : styles) {
-    if (style) result.addObject(copies.copyGiven(style).get());
+    if (style) given.addObject(copies.copyGiven(style).get());
   }
+  // Before they refer to one another: what is thrown from here on leaves no circle behind.
+  result = ZTSStyleCopies(std::move(given), copies.all());
   copies.relink();
   return result;
 }

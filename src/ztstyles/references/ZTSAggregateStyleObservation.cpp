@@ -215,20 +215,11 @@ void ZTSAggregateStyle::relink(Assign assign) {
 }
 
 void ZTSAggregateStyle::setStylesheet(ZTSStylesheet* stylesheet) {
-  // First, since it alone may fail for want of memory before anything has changed.
-  setDepartedFrom(stylesheet == nullptr ? this->stylesheet() : nullptr);
   relink([&] { ZTSStyle::setStylesheet(stylesheet); });
 }
 
 void ZTSAggregateStyle::archivingSetStylesheet(ZTSStylesheet* stylesheet) {
   relink([&] { ZTSStyle::archivingSetStylesheet(stylesheet); });
-}
-
-// Styles that were removed and refer to one another in a cycle have no other owner left that could free them.
-void ZTSAggregateStyle::setDepartedFrom(ZTSStylesheet* stylesheet) {
-  if (stylesheet != nullptr) stylesheet->mDeparted.addObject(this);
-  if (mDepartedFrom != nullptr && mDepartedFrom != stylesheet) mDepartedFrom->mDeparted.removeObject(this);
-  mDepartedFrom = stylesheet;
 }
 
 void ZTSAggregateStyle::letGoOfReferences() noexcept {
@@ -250,7 +241,6 @@ void ZTSAggregateStyle::letGoOfReferences() noexcept {
 }
 
 ZTSAggregateStyle::~ZTSAggregateStyle() {
-  setDepartedFrom(nullptr);
   // Observation ends when the style leaves its stylesheet, which is before it can die, unless a class kept that from
   // happening or a reference refused to let go.
   letGoOfReferences();

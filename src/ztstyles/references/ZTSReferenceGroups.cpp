@@ -1,8 +1,16 @@
 // SPDX-License-Identifier: MIT
 
-// Freeing styles that only keep one another alive, by trial counting: from the number of references that each
-// style of a closed neighbourhood has, those that the neighbourhood itself holds are taken away. Where some
-// remain, somebody outside holds the style, so that it and all that it reaches must stay. The rest is garbage.
+// Freeing styles that only keep one another alive, by trial counting.
+//
+// A circle of counted references is never freed by counting, so circles have to be found. Take the given styles and
+// everything that they lead to: the neighbourhood. Count for each member how many references to it the neighbourhood
+// holds itself. One that has more references than that is held by somebody outside, and stays with all that it leads
+// to. The rest is held by nobody but the rest: it is garbage, and every circle of it goes through a value, since
+// parents form no circles. So the own values of all of it are dropped, while all of it is held, and it falls apart.
+//
+// Nothing is freed that somebody needs, because a reference counts as the neighbourhood's own only where the whole way
+// to it is known. The references of three holders are therefore never followed, and count as held from outside: those
+// of a style that belongs to a stylesheet, of a map that more than one style holds, and of an application's own value.
 
 #include <platform/NSArray.h>
 #include <ztstyles/references/ZTSReferenceGroups.h>
@@ -10,125 +18,110 @@
 #include <boost/unordered/unordered_flat_map.hpp>
 
 #include <algorithm>
+#include <utility>
 
 namespace zt {
 
-class ZTSReferenceGroups {
+namespace {
+
+/// Whether the value is a member of the neighbourhood of who holds it: a style, or a list that leads on to some.
+bool leadsOn(NSObject& value) {
+  if (asStyle(&value) != nullptr) return true;
+  const NSArray* list = NSArray::from(&value);
+  return list != nullptr && std::any_of(list->objects().begin(), list->objects().end(), [](const Ref<NSObject>& each) {
+           return asStyle(each.get()) != nullptr || NSArray::from(each.get()) != nullptr;
+         });
+}
+
+/// Calls with each member to which the style or list holds a reference that may be followed, once a reference.
+template <class Visit>
+void forEachHeldBy(NSObject& holder, Visit visit) {
+  if (const NSArray* list = NSArray::from(&holder)) {
+    for (const Ref<NSObject>& element : list->objects()) {
+      if (leadsOn(*element)) visit(*element);
+    }
+    return;
+  }
+  const ZTSStyle& style = *asStyle(&holder);
+  if (style.stylesheet() != nullptr) return;
+  if (style.parent() != nullptr) visit(*style.parent());
+  const PropertyMap* own = style.p_ownEntries();
+  if (own == nullptr || own->referenceCount() != 1) return;
+  for (const PropertyMap::Entry& entry : *own) {
+    if (leadsOn(*entry.value)) visit(*entry.value);
+  }
+}
+
+class Neighbourhood {
  public:
-  /// `held` are references of the caller's, which count as none from outside.
-  explicit ZTSReferenceGroups(const std::vector<Ref<ZTSStyle>>& held) {
-    for (const Ref<ZTSStyle>& style : held) ++mMembers[enter(*style)].inside;
-    for (std::size_t place = 0; place < mMembers.size(); ++place) {
-      forEachHeldBy(mMembers[place], [&](NSObject& object) { ++mMembers[enter(object)].inside; });
+  /// The given references count as the neighbourhood's own.
+  explicit Neighbourhood(const std::vector<Ref<ZTSStyle>>& given) {
+    for (const Ref<ZTSStyle>& style : given) ++mMembers[placeOf(*style)].inside;
+    for (std::size_t place = 0; place < mMembers.size(); ++place) {  // grows on the way
+      forEachHeldBy(*mMembers[place].object, [&](NSObject& held) { ++mMembers[placeOf(held)].inside; });
     }
   }
 
-  /// Marks what is held from outside, and everything that it reaches.
-  void markReachable() {
-    std::vector<std::size_t> waiting;
+  /// The styles that nobody outside leads to.
+  std::vector<Ref<ZTSStyle>> garbage() {
     for (std::size_t place = 0; place < mMembers.size(); ++place) {
-      Member& member = mMembers[place];
-      if (member.object->referenceCount() > member.inside) {
-        member.isReachable = true;
-        waiting.push_back(place);
-      }
+      if (mMembers[place].object->referenceCount() > mMembers[place].inside) keep(place);
     }
-    while (!waiting.empty()) {
-      const Member member = mMembers[waiting.back()];
-      waiting.pop_back();
-      forEachHeldBy(member, [&](NSObject& object) {
-        const std::size_t place = enter(object);
-        if (std::exchange(mMembers[place].isReachable, true)) return;
-        waiting.push_back(place);
-      });
+    while (!mToFollow.empty()) {
+      NSObject& kept = *mMembers[mToFollow.back()].object;
+      mToFollow.pop_back();
+      forEachHeldBy(kept, [&](NSObject& held) { keep(placeOf(held)); });
     }
-  }
-
-  /// The styles that nothing outside reaches.
-  [[nodiscard]] std::vector<Ref<ZTSStyle>> unreachable() const {
     std::vector<Ref<ZTSStyle>> styles;
     for (const Member& member : mMembers) {
-      if (!member.isReachable && member.style != nullptr) styles.emplace_back(member.style);
+      if (ZTSStyle* style = asStyle(member.object); style != nullptr && !member.isKept) styles.emplace_back(style);
     }
     return styles;
   }
 
-  /// Whether values of the style may be part of a cycle.
-  static bool hasReferences(const ZTSStyle& style) {
-    const PropertyMap* own = style.p_ownEntries();
-    return own != nullptr &&
-           std::any_of(own->begin(), own->end(), [](const PropertyMap::Entry& entry) { return canHold(*entry.value); });
-  }
-
  private:
-  /// A style, or a list among whose elements there are styles.
   struct Member {
-    NSObject* object;
-    ZTSStyle* style;           // none for a list
-    std::uint32_t inside = 0;  // references to it that members and the caller hold
-    bool isReachable = false;
+    NSObject* object;          // a style or a list
+    std::uint32_t inside = 0;  // references to it that members hold, or that were given
+    bool isKept = false;
   };
 
-  static bool canHold(NSObject& object) {
-    if (!object.isPlainValue()) return asStyle(&object) != nullptr;
-    const NSArray* list = NSArray::from(&object);
-    // Lists in lists are left alone: what they hold counts as held from outside.
-    return list != nullptr &&
-           std::any_of(list->objects().begin(), list->objects().end(),
-                       [](const Ref<NSObject>& element) { return asStyle(element.get()) != nullptr; });
-  }
-
-  /// The object's place among the members, where it is put on first sight.
-  std::size_t enter(NSObject& object) {
+  /// The place of the object, which becomes a member on first sight.
+  std::size_t placeOf(NSObject& object) {
     const auto [entry, isNew] = mPlaces.try_emplace(&object, mMembers.size());
-    if (isNew) mMembers.push_back(Member{&object, asStyle(&object)});
+    if (isNew) mMembers.push_back(Member{&object});
     return entry->second;
   }
 
-  /// Calls with each style, and each list of styles, to which the member holds a reference, once a reference.
-  template <class Visit>
-  static void forEachHeldBy(const Member& member, Visit visit) {
-    if (member.style == nullptr) {
-      for (const Ref<NSObject>& element : NSArray::from(member.object)->objects()) {
-        if (asStyle(element.get()) != nullptr) visit(*element);
-      }
-      return;
-    }
-    ZTSStyle& style = *member.style;
-    if (style.stylesheet() != nullptr) return;  // alive, with all that it holds
-    if (style.parent() != nullptr) visit(*style.parent());
-    // What is in a map that somebody else holds too is held from outside.
-    const PropertyMap* own = style.p_ownEntries();
-    if (own == nullptr || own->referenceCount() != 1) return;
-    for (const PropertyMap::Entry& entry : *own) {
-      if (canHold(*entry.value)) visit(*entry.value);
-    }
+  void keep(std::size_t place) {
+    if (!std::exchange(mMembers[place].isKept, true)) mToFollow.push_back(place);
   }
 
   std::vector<Member> mMembers;
   boost::unordered_flat_map<const NSObject*, std::size_t> mPlaces;
+  std::vector<std::size_t> mToFollow;  // kept, and what they lead to is not yet
 };
 
-void freeReferenceGroups(std::vector<Ref<ZTSStyle>>&& styles) {
-  // Every cycle goes through a value. What has none goes first, so that a child no longer counts as an outside
-  // holder of its parent.
-  std::vector<Ref<ZTSStyle>> suspects;
-  for (Ref<ZTSStyle>& style : styles) {
-    if (ZTSReferenceGroups::hasReferences(*style)) suspects.push_back(std::move(style));
-  }
-  styles.clear();
-  if (suspects.empty()) return;
+}  // namespace
 
-  std::vector<Ref<ZTSStyle>> garbage;
-  {
-    ZTSReferenceGroups groups(suspects);
-    groups.markReachable();
-    garbage = groups.unreachable();
+bool holdsStylesAsValues(const ZTSStyle& style) {
+  const PropertyMap* own = style.p_ownEntries();
+  return own != nullptr &&
+         std::any_of(own->begin(), own->end(), [](const PropertyMap::Entry& entry) { return leadsOn(*entry.value); });
+}
+
+void freeReferenceGroups(std::vector<Ref<ZTSStyle>>&& styles) {
+  // Most styles are held by nobody else and hold none themselves. From the last to the first, since children come after
+  // their parents.
+  for (auto each = styles.rbegin(); each != styles.rend(); ++each) {
+    if ((*each)->referenceCount() == 1 && !holdsStylesAsValues(**each)) each->reset();
   }
-  suspects.clear();
-  // All are held while the cycles are cut, so that each is destroyed whole.
+  std::erase_if(styles, [](const Ref<ZTSStyle>& style) { return !style; });
+  if (styles.empty()) return;
+  const std::vector<Ref<ZTSStyle>> garbage = Neighbourhood(styles).garbage();
+  styles.clear();
   for (const Ref<ZTSStyle>& style : garbage) {
-    if (ZTSReferenceGroups::hasReferences(*style)) style->p_setPropertyMap({});
+    if (holdsStylesAsValues(*style)) style->p_setPropertyMap({});
   }
 }
 

@@ -10,6 +10,7 @@
 #include <ztstyles/ZTSStyleChangeInfo.h>
 #include <ztstyles/ZTSStyleClassOf.h>
 #include <ztstyles/ZTSStylesheet.h>
+#include <ztstyles/references/ZTSDepartedStyles.h>
 #include <ztstyles/reuse/ZTSUnusedStyles.h>
 #include <ztstyles/reuse/ZTSVariationIndex.h>
 #include <ztstyles/stylesheet/ZTSOrphanIndex.h>
@@ -51,6 +52,7 @@ ZTSStyle::ZTSStyle(Tag tag) noexcept : ZTAXMLCoding(tag) {}
 ZTSStyle::~ZTSStyle() {
   intrusive_ptr_add_ref(this);  // whoever is handed this style by what follows must not end it again
   storeStylesheet(nullptr);
+  ZTSDepartedStyles::forget(*this);
   if (hasState(kIsIndexedValue)) ZTSVariationIndexes::valueDies(*this);
   forgetClassOf(*this);
   if (mParent) {
@@ -134,6 +136,7 @@ void ZTSStyle::setIsLocked(bool locked) {
 void ZTSStyle::setStylesheet(ZTSStylesheet* stylesheet) {
   if (stylesheet == mStylesheet) return;
   const Ref<ZTSStyle> self(this);
+  if (stylesheet == nullptr) mStylesheet->styleWillDepart(*this);
   storeStylesheet(stylesheet);
   // A class that resolves parents in its own way may never come to p_updateParent, which files orphans.
   if (!isPlain(ZTSStyleClass::plainResolving)) fileAsUntried();
@@ -363,6 +366,10 @@ void ZTSStyle::p_removeValuesForProperties(const PropertyMap& removed) {
 
 void ZTSStyle::p_setStylesheet(ZTSStylesheet* stylesheet) {
   if (stylesheet == mStylesheet) return;
+  if (stylesheet == nullptr) {
+    ZTFirstFailure passedOver;  // without memory, a circle that the style is part of stays
+    passedOver.attempt([&] { mStylesheet->styleWillDepart(*this); });
+  }
   storeStylesheet(stylesheet);
   fileAsUntried();
 }
@@ -378,7 +385,10 @@ void ZTSStyle::p_setUsageCount(std::uint32_t count) {
 /// The link and every index that goes with it.
 void ZTSStyle::storeStylesheet(ZTSStylesheet* stylesheet) {
   ZTSStylesheet* const old = mStylesheet;
-  if (stylesheet != nullptr && stylesheet != old) stylesheet->styleWillBeLinked(*this);
+  if (stylesheet != nullptr && stylesheet != old) {
+    stylesheet->styleWillBeLinked(*this);
+    ZTSDepartedStyles::forget(*this);
+  }
   if (old != nullptr) {
     if (hasState(kFiledAsOrphan | kUntried)) old->orphans().unfile(*this);
     if (hasState(kHasVariationIndex)) ZTSVariationIndexes::dropIndexOf(*this);

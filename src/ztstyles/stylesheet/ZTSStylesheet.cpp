@@ -3,10 +3,10 @@
 // Making and destroying stylesheets, and their host.
 
 #include <platform/ZTFirstFailure.h>
-#include <ztstyles/ZTSAggregateStyle.h>
 #include <ztstyles/ZTSStylesheet.h>
 #include <ztstyles/ZTYTrackable.h>
 #include <ztstyles/archive/ZTSStyleOrdering.h>
+#include <ztstyles/references/ZTSDepartedStyles.h>
 #include <ztstyles/references/ZTSReferenceGroups.h>
 #include <ztstyles/reuse/ZTSUnusedStyles.h>
 #include <ztstyles/reuse/ZTSVariationIndex.h>
@@ -53,9 +53,9 @@ ZTSStylesheet::~ZTSStylesheet() {
   // allocated for it. An override that throws does not keep its link, since nothing may point at a stylesheet that is
   // gone.
   ZTFirstFailure passedOver;
-  bool hasReferences = !mDeparted.isEmpty();
+  bool hasReferences = mDeparted && !mDeparted->isEmpty();
   const auto leave = [&](const Ref<ZTSStyle>& style) {
-    hasReferences = hasReferences || asAggregateStyle(style.get()) != nullptr;
+    hasReferences = hasReferences || ZTSDepartedStyles::concerns(*style);
     passedOver.attempt([&] { style->cleanup(); });
     style->p_setStylesheet(nullptr);
   };
@@ -63,16 +63,17 @@ ZTSStylesheet::~ZTSStylesheet() {
   for (ZTSStyle* style : mAnonymousStyles) leave(Ref<ZTSStyle>(style));
   while (ZTSStyle* style = mLinkedOnly.anyObject()) leave(Ref<ZTSStyle>(style));
 
-  // What was removed earlier may be kept alive by nothing but a cycle, too. Without memory such cycles stay.
+  // What was removed earlier may be kept alive by nothing but a circle, too. Without memory such circles stay.
+  mAnonymousStyleOrderingMap.reset();  // holds styles, which would count as held from outside
   std::vector<Ref<ZTSStyle>> held;
   if (hasReferences) {
     passedOver.attempt([&] {
       held = retainedStyles();
-      for (Ref<ZTSStyle>& style : mDeparted.retainedSnapshot()) held.push_back(std::move(style));
+      if (!mDeparted) return;
+      for (Ref<ZTSStyle>& style : mDeparted->styles().retainedSnapshot()) held.push_back(std::move(style));
     });
   }
-  for (ZTSStyle* style : mDeparted) static_cast<ZTSAggregateStyle&>(*style).mDepartedFrom = nullptr;
-  mDeparted.removeAllObjects();
+  mDeparted.reset();
   if (mParent) mParent->p_removeChild(*this);
   if (mHost != nullptr) mHost->mServed.removeObject(this);
   mIdentifiedStyles.removeAll();

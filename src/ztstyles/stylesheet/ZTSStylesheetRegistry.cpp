@@ -17,6 +17,7 @@
 #include <platform/ZTNesting.h>
 #include <support/ZTUAssertionHandler.h>
 #include <ztstyles/ZTSStylesheet.h>
+#include <ztstyles/references/ZTSDepartedStyles.h>
 #include <ztstyles/reuse/ZTSUnusedStyles.h>
 #include <ztstyles/reuse/ZTSVariationIndex.h>
 #include <ztstyles/stylesheet/ZTSOrphanIndex.h>
@@ -149,6 +150,12 @@ void ZTSStylesheet::unlink(ZTSStyle& style, ZTFirstFailure& failure) {
 
 void ZTSStylesheet::styleWillBeLinked(ZTSStyle& style) {
   if (!holdsStyle(style)) mLinkedOnly.addObject(&style);
+}
+
+void ZTSStylesheet::styleWillDepart(ZTSStyle& style) {
+  if (!ZTSDepartedStyles::concerns(style)) return;
+  if (!mDeparted) mDeparted = std::make_unique<ZTSDepartedStyles>();
+  mDeparted->add(style);
 }
 
 void ZTSStylesheet::styleWasUnlinked(ZTSStyle& style) noexcept {

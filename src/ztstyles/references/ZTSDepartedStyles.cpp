@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: MIT
+#include <ztstyles/ZTSAggregateStyle.h>
+#include <ztstyles/references/ZTSDepartedStyles.h>
+#include <ztstyles/references/ZTSReferenceGroups.h>
+
+#include <boost/unordered/unordered_flat_map.hpp>
+
+#include <mutex>
+
+namespace zt {
+
+namespace {
+
+/// In which list each listed style is. Stylesheets of all threads share it.
+struct Table {
+  std::mutex mutex;
+  boost::unordered_flat_map<const ZTSStyle*, ZTSDepartedStyles*> lists;
+};
+
+Table& table() {
+  static auto* all = new Table;  // outlives every static
+  return *all;
+}
+
+}  // namespace
+
+bool ZTSDepartedStyles::concerns(const ZTSStyle& style) {
+  return asAggregateStyle(const_cast<ZTSStyle*>(&style)) != nullptr || holdsStylesAsValues(style);
+}
+
+void ZTSDepartedStyles::add(ZTSStyle& style) {
+  forget(style);
+  mStyles.makeRoom();
+  const std::lock_guard lock(table().mutex);
+  table().lists.insert_or_assign(&style, this);
+  mStyles.addObject(&style);
+  style.mHasDeparted = 1;
+}
+
+void ZTSDepartedStyles::forget(ZTSStyle& style) noexcept {
+  if (style.mHasDeparted == 0) return;
+  const std::lock_guard lock(table().mutex);
+  const auto found = table().lists.find(&style);
+  found->second->mStyles.removeObject(&style);
+  table().lists.erase(found);
+  style.mHasDeparted = 0;
+}
+
+void ZTSDepartedStyles::forgetAll() noexcept {
+  while (ZTSStyle* style = mStyles.anyObject()) forget(*style);
+}
+
+}  // namespace zt
