@@ -18,15 +18,6 @@ namespace zt {
 /// Compressed archives are gzip files; reading tells them apart by their first bytes.
 enum class ZTACompression : std::uint8_t { none, gzip };
 
-/// What reading an archive may cost. Beyond a limit reading ends with an error that names it.
-struct ZTAReadLimits {
-  std::size_t bytes = std::size_t{512} << 20;       ///< of the text, unpacked
-  std::size_t treeBytes = std::size_t{4096} << 20;  ///< of the tree in memory
-  std::size_t text = 9'999'999;                     ///< bytes of one text or attribute
-  std::size_t findings = 200;                       ///< that are kept; more are counted
-  std::size_t propertyNames = 50'000;               ///< different ones: their keys are kept for ever
-};
-
 /// The bytes of a regular file. Raises `ZTAArchiveException`: no such file, no regular file, too long.
 ZT_EXPORT std::string ztaReadFile(const std::string& path, std::size_t limit);
 

@@ -30,6 +30,7 @@ class Output {
   static int write(void* output, const char* bytes, int length) noexcept {
     auto* self = static_cast<Output*>(output);
     if (self->mFailure) return -1;
+    self->mTextBytes += static_cast<std::size_t>(length);
     try {
       self->take({bytes, static_cast<std::size_t>(length)});
       return length;
@@ -41,9 +42,11 @@ class Output {
   void rethrow() const {
     if (mFailure) std::rethrow_exception(mFailure);
   }
+  std::size_t textBytes() const { return mTextBytes; }
 
  private:
   std::exception_ptr mFailure;
+  std::size_t mTextBytes = 0;
 };
 
 class TextOutput final : public Output {
@@ -106,7 +109,8 @@ class GzipOutput final : public Output {
   z_stream mStream = {};
 };
 
-void serialise(xmlDoc* document, Output& output) {
+/// Answers how many bytes of text there are.
+std::size_t serialise(xmlDoc* document, Output& output) {
   // The document names its encoding: naming it here again would send every byte through a converter.
   xmlSaveCtxt* save = xmlSaveToIO(&Output::write, nullptr, &output, nullptr, XML_SAVE_FORMAT);
   if (save == nullptr) throw std::bad_alloc();
@@ -115,12 +119,13 @@ void serialise(xmlDoc* document, Output& output) {
   output.rethrow();
   if (saved < 0 || closed < 0) xml::raise("the archive cannot be turned into text");
   output.finish();
+  return output.textBytes();
 }
 
-void serialise(xmlDoc* document, Output& output, ZTACompression compression) {
+std::size_t serialise(xmlDoc* document, Output& output, ZTACompression compression) {
   if (compression == ZTACompression::none) return serialise(document, output);
   GzipOutput gzip(output);
-  serialise(document, gzip);
+  return serialise(document, gzip);
 }
 
 }  // namespace
@@ -128,14 +133,14 @@ void serialise(xmlDoc* document, Output& output, ZTACompression compression) {
 std::string ZTAXMLArchiver::bytes(ZTACompression compression) const {
   std::string text;
   TextOutput output(text);
-  serialise(document(), output, compression);
+  checkSize(serialise(document(), output, compression));
   return text;
 }
 
 void ZTAXMLArchiver::writeToFile(const std::string& path, ZTACompression compression) const {
   ZTAAtomicFile file(path);
   FileOutput output(file);
-  serialise(document(), output, compression);
+  checkSize(serialise(document(), output, compression));
   file.commit();
 }
 

@@ -35,6 +35,9 @@ struct ZTAXMLArchiver::State {
 
   std::uint64_t version;
   std::uint64_t currentVersion;
+  ZTAArchiveLimits limits;
+  std::vector<bool> propertyNames;  // by the ordinals of their keys
+  std::size_t propertyNameCount = 0;
   std::shared_ptr<const ZTARegistry> registry = ZTARegistry::current();
   std::unique_ptr<xmlDoc, FreeDocument> document;
   xmlNode* archive = nullptr;
@@ -147,6 +150,34 @@ NSObject* ZTAXMLArchiver::encoderForObject(const NSObject* object) const {
 void ZTAXMLArchiver::removeEncoderForObject(const NSObject* object) { mState->substitutes.removeObjectForKey(object); }
 
 void ZTAXMLArchiver::setErrorHandler(Ref<ZTAErrorHandler> handler) { mState->errorHandler = std::move(handler); }
+
+void ZTAXMLArchiver::setLimits(const ZTAArchiveLimits& limits) { mState->limits = limits; }
+
+_xmlNode* ZTAXMLArchiver::newNodeForPropertyKey(_xmlNode* parent, PropertyKey key) {
+  std::vector<bool>& names = mState->propertyNames;
+  const std::uint32_t ordinal = key.ordinal();
+  if (ordinal >= names.size()) names.resize(ordinal + 1);
+  if (!names[ordinal]) {
+    if (mState->propertyNameCount >= mState->limits.propertyNames) {
+      xml::raise(format("the archive would have more than the %d different property names that are read",
+                        mState->limits.propertyNames));
+    }
+    names[ordinal] = true;
+    ++mState->propertyNameCount;
+  }
+  return ztaxmlNewNsChildNodeOrRaise(parent, CorvaleNamespace, key.string());
+}
+
+/// Once the bytes have been counted, before anybody has them. Reading takes less than 32 bytes of tree for a byte of
+/// text.
+void ZTAXMLArchiver::checkSize(std::size_t bytes) const {
+  const ZTAArchiveLimits& limits = mState->limits;
+  if (bytes > limits.bytes)
+    xml::raise(format("the archive would be longer than the %d bytes that are read", limits.bytes));
+  if (bytes > limits.treeBytes / 32 && xml::treeBytes(mState->archive) > limits.treeBytes) {
+    xml::raise(format("the archive's tree would be larger than the %d bytes that are used", limits.treeBytes));
+  }
+}
 
 void ZTAXMLArchiver::setTextOfNode(_xmlNode* node, std::string_view text) {
   if (const std::string_view reason = xml::whyNotText(text); !reason.empty()) {

@@ -2,9 +2,11 @@
 #pragma once
 
 #include <archiving/ZTAArchiveFile.h>
+#include <archiving/ZTAArchiveLimits.h>
 #include <archiving/ZTAError.h>
 #include <archiving/ZTAXMLCoding.h>
 #include <platform/NSString.h>
+#include <platform/PropertyKey.h>
 
 #include <cstdint>
 #include <memory>
@@ -45,11 +47,15 @@ class ZT_EXPORT ZTAXMLArchiver : public NSObject {
   /// @name The archive
   /// @{
 
+  /// For readers that allow less than usual. Before the root object is written.
+  void setLimits(const ZTAArchiveLimits& limits);
+
   /// Builds the archive's tree. Once for each archiver. Raises `ZTAArchiveException` where something
   /// cannot be written; exceptions of the objects pass through.
   void encodeRootObject(NSObject& root);
   /// The archive as text, or compressed. Raises `ZTAArchiveException` without a root object that has been written to
-  /// its end: what a failed encoding leaves would read like a good archive that holds less.
+  /// its end: what a failed encoding leaves would read like a good archive that holds less. Raises it too for an
+  /// archive that is larger than its readers allow.
   [[nodiscard]] std::string bytes(ZTACompression compression = ZTACompression::none) const;
   /// Replaces the file: a failure, and a crash at any moment, leave the old file or the new one whole.
   /// Raises `ZTAArchiveException`.
@@ -65,6 +71,9 @@ class ZT_EXPORT ZTAXMLArchiver : public NSObject {
   virtual void encodeObject(NSObject* object, _xmlNode* parent, _xmlNs& xmlNamespace);
   /// The same with the element's name given; raises where that is no XML name.
   virtual void encodeObjectWithName(NSObject* object, _xmlNode* parent, const char* name, _xmlNs& xmlNamespace);
+  /// A new child element named like the property. Raises where that is no XML name, and where the archive then had more
+  /// property names than its readers allow.
+  [[nodiscard]] _xmlNode* newNodeForPropertyKey(_xmlNode* parent, PropertyKey key);
   /// Writes a text into an element. Raises where XML cannot hold it.
   void setTextOfNode(_xmlNode* node, std::string_view text);
   /// From now on, until the current object is written, errors are shown to this object. None for nobody.
@@ -104,6 +113,7 @@ class ZT_EXPORT ZTAXMLArchiver : public NSObject {
   void writeIn(Written& written, ZTAXMLCoding& object, _xmlNode* parent, const char* name);
   void writeReference(Written& written, _xmlNode* parent, const char* name);
   void writeOwed();
+  void checkSize(std::size_t bytes) const;
 
   std::unique_ptr<State> mState;
 };

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
+#include <archiving/ZTAArchiveLimits.h>
 #include <archiving/ZTAError.h>
 #include <archiving/ZTARegistryInternal.h>
+#include <archiving/ZTAValueCodingInternal.h>
 #include <archiving/ZTAXMLCoding.h>
 #include <archiving/ZTAXMLFunctions.h>
 #include <archiving/ZTAXMLNodesInternal.h>
@@ -54,7 +56,7 @@ _xmlNs CorvaleNamespace = {nullptr, XML_LOCAL_NAMESPACE, gAddress, gPrefix, null
 namespace xml {
 
 std::string_view whyNotText(std::string_view text) noexcept {
-  if (text.size() > kLongestText) return "it is longer than 9,999,999 bytes";
+  if (text.size() > ZTAArchiveLimits::longest) return "it is longer than 9,999,999 bytes";
   for (std::size_t at = 0; at < text.size();) {
     const auto byte = static_cast<unsigned char>(text[at]);
     if (byte >= 0x20 && byte < 0x80) {  // nearly all
@@ -74,6 +76,10 @@ std::string_view whyNotText(std::string_view text) noexcept {
 void raise(std::string message) { throw ZTAArchiveException(ZTAError::withMessage(std::move(message))); }
 
 void checkName(std::string_view name) {
+  if (name.size() > ZTAArchiveLimits::name) {
+    raise(format("an element cannot be named '%s': the name is longer than %d bytes", shortened(name),
+                 ZTAArchiveLimits::name));
+  }
   bool isName = !name.empty();
   for (std::size_t at = 0; isName && at < name.size();) {
     const Utf8Character character = utf8CharacterAt(name, at);
@@ -115,10 +121,33 @@ void setAttribute(xmlNode* node, xmlNs& ns, const char* name, std::string_view v
   attribute->children = attribute->last = text;
 }
 
+std::size_t treeBytes(const xmlNode* top) noexcept {
+  constexpr std::size_t kText = treeBytes(sizeof(xmlNode));
+  std::size_t bytes = treeBytes(sizeof(xmlDoc));
+  for (const xmlNode* node = top; node != nullptr;) {
+    bytes += treeBytes(sizeof(xmlNode));
+    if (node->type == XML_TEXT_NODE) bytes += treeBytes(view(node->content).size() + 1);
+    if (isElement(node) && !isIn(node->ns, CorvaleNamespace)) bytes += treeBytes(sizeof(xmlNs));
+    for (const xmlAttr* each = isElement(node) ? node->properties : nullptr; each != nullptr; each = each->next) {
+      const std::size_t length = each->children != nullptr ? view(each->children->content).size() : 0;
+      bytes += treeBytes(sizeof(xmlAttr)) + kText + treeBytes(length + 1);
+    }
+    if (isElement(node) && node->children != nullptr) {
+      node = node->children;
+      continue;
+    }
+    while (node != top && node->next == nullptr) node = node->parent;
+    node = node != top ? node->next : nullptr;
+  }
+  return bytes;
+}
+
 void checkDepthBelow(const xmlNode* parent) {
   int depth = 4;  // for what an object writes below itself
   for (const xmlNode* each = parent; each != nullptr; each = each->parent) ++depth;
-  if (depth > kDeepest) raise(format("elements would nest deeper than %d levels", kDeepest));
+  if (depth > ZTAArchiveLimits::depth) {
+    raise(format("elements would nest deeper than %d levels", ZTAArchiveLimits::depth));
+  }
 }
 
 void addReferrer(std::vector<Ref<NSObject>>& referrers, const Ref<NSObject>& object) noexcept {

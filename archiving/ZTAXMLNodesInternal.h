@@ -65,10 +65,10 @@ inline constexpr const char* kReference = "ref";
 inline constexpr const char* kShelf = "objects";
 inline constexpr const char* kObject = "object";
 
-/// How deep elements may nest, on writing as on reading: below what libxml2 itself refuses.
-inline constexpr int kDeepest = 200;
-/// How long one text may be: what libxml2 still reads.
-inline constexpr std::size_t kLongestText = 9'999'999;
+/// What reading takes for an archive with this root, of `ZTAArchiveLimits::treeBytes`.
+std::size_t treeBytes(const xmlNode* root) noexcept;
+/// What a record takes there, and a text of the length.
+constexpr std::size_t treeBytes(std::size_t bytes) noexcept { return (bytes + 7) & ~std::size_t{7}; }
 
 /// What keeps the text from being written as XML; an empty text where nothing does.
 std::string_view whyNotText(std::string_view text) noexcept;

@@ -122,7 +122,8 @@ Ref<NSObject> ZTAXMLUnarchiver::handOut(Entry& entry, const _xmlNode* node) {
 
 Ref<NSObject> ZTAXMLUnarchiver::made(_xmlNode* node, const ZTClass* wanted, Entry* entry) {
   // Elements nest no deeper than this, but lists and owners may also be reached through references.
-  if (mState->nesting > xml::kDeepest) raise(node, format("objects nest deeper than %d levels", xml::kDeepest));
+  if (mState->nesting > ZTAArchiveLimits::depth)
+    raise(node, format("objects nest deeper than %d levels", ZTAArchiveLimits::depth));
   const NestingScope scope(*mState);
   const std::string_view name = xml::view(node->name);
   const std::string_view recorded = wanted == nullptr ? xml::attribute(node, xml::kClass) : std::string_view();

@@ -17,15 +17,15 @@
 namespace zt {
 
 void* ZTAXMLTree::take(std::size_t bytes) {
-  bytes = (bytes + 7) & ~std::size_t{7};
+  bytes = xml::treeBytes(bytes);
   if (bytes > mLeft) {
     // Blocks grow with the tree, so that a small archive costs little and a large one few blocks.
     const std::size_t block = std::max(bytes, std::clamp(mTaken, std::size_t{1} << 15, std::size_t{1} << 20));
     mBlocks.push_back(std::make_unique_for_overwrite<char[]>(block));
     mFree = mBlocks.back().get();
     mLeft = block;
-    mTaken += block;
   }
+  mTaken += bytes;
   mLeft -= bytes;
   return std::exchange(mFree, mFree + bytes);
 }
@@ -53,7 +53,7 @@ class QuietErrors {
 /// Receives the parser's events. No exception may pass through libxml2: a failure is kept and the parser stopped.
 class ZTAXMLTreeBuilder {
  public:
-  ZTAXMLTreeBuilder(ZTAXMLTree& tree, const std::string& fileName, const ZTAReadLimits& limits)
+  ZTAXMLTreeBuilder(ZTAXMLTree& tree, const std::string& fileName, const ZTAArchiveLimits& limits)
       : mTree(tree), mFileName(fileName), mLimits(limits) {}
 
   void parse(std::string_view bytes) {
@@ -63,8 +63,10 @@ class ZTAXMLTreeBuilder {
         xmlCreateMemoryParserCtxt(bytes.data(), static_cast<int>(bytes.size())), xmlFreeParserCtxt);
     if (parser == nullptr) fail("the file is empty");
     mParser = parser.get();
-    // The five entities of XML itself are replaced; others cannot be declared.
-    xmlCtxtUseOptions(mParser, XML_PARSE_NONET | XML_PARSE_NOENT | XML_PARSE_NOERROR | XML_PARSE_NOWARNING);
+    // The five entities of XML itself are replaced; others cannot be declared. The parser's own limits are lifted: they
+    // count what we cannot tell while we write, such as a start tag's bytes with all escapes, and differ by version.
+    xmlCtxtUseOptions(mParser,
+                      XML_PARSE_NONET | XML_PARSE_NOENT | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_HUGE);
     installHandlers();
     makeDocument();
     xmlParseDocument(mParser);
@@ -200,8 +202,17 @@ class ZTAXMLTreeBuilder {
     return text;
   }
 
+  bool isShort(const xmlChar* name) {
+    if (xml::view(name).size() <= ZTAArchiveLimits::name) return true;
+    stop(format("a name is longer than the %d bytes that are read", ZTAArchiveLimits::name));
+    return false;
+  }
+
   void startElement(const xmlChar* name, const xmlChar* uri, int count, const xmlChar** attributes) {
-    if (++mDepth > xml::kDeepest) return stop(format("elements nest deeper than %d levels", xml::kDeepest));
+    if (++mDepth > ZTAArchiveLimits::depth) {
+      return stop(format("elements nest deeper than %d levels", ZTAArchiveLimits::depth));
+    }
+    if (!isShort(name)) return;
     flushText(true);
     auto* node = make<xmlNode>();
     node->type = XML_ELEMENT_NODE;
@@ -218,6 +229,7 @@ class ZTAXMLTreeBuilder {
       const auto length = static_cast<std::size_t>(fields[4] - fields[3]);
       if (length > mLimits.text)
         return stop(format("an attribute is longer than the %d bytes that are read", mLimits.text));
+      if (!isShort(fields[0])) return;
       auto* attribute = make<xmlAttr>();
       attribute->type = XML_ATTRIBUTE_NODE;
       attribute->name = fields[0];
@@ -265,7 +277,7 @@ class ZTAXMLTreeBuilder {
 
   ZTAXMLTree& mTree;
   const std::string& mFileName;
-  const ZTAReadLimits& mLimits;
+  const ZTAArchiveLimits& mLimits;
   xmlParserCtxt* mParser = nullptr;
   xmlNode* mCurrent = nullptr;
   int mDepth = 0;
@@ -278,7 +290,7 @@ class ZTAXMLTreeBuilder {
   std::size_t mFailedLine = 0;
 };
 
-ZTAXMLTree::ZTAXMLTree(std::string_view bytes, const std::string& fileName, const ZTAReadLimits& limits) {
+ZTAXMLTree::ZTAXMLTree(std::string_view bytes, const std::string& fileName, const ZTAArchiveLimits& limits) {
   if (bytes.size() > std::min(limits.bytes, static_cast<std::size_t>(std::numeric_limits<int>::max()))) {
     throw ZTAArchiveException(
         ZTAError::withMessage(format("the archive is longer than the %d bytes that are read", limits.bytes), fileName));

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <archiving/ZTAArchiveFile.h>
+#include <archiving/ZTAArchiveLimits.h>
 #include <archiving/ZTAXMLNodesInternal.h>
 
 #include <libxml/dict.h>
@@ -24,7 +24,7 @@ namespace zt {
 class ZTAXMLTree {
  public:
   /// Raises `ZTAArchiveException` with the line where the bytes are no XML or go beyond a limit.
-  ZTAXMLTree(std::string_view bytes, const std::string& fileName, const ZTAReadLimits& limits);
+  ZTAXMLTree(std::string_view bytes, const std::string& fileName, const ZTAArchiveLimits& limits);
   ~ZTAXMLTree();
   ZTAXMLTree(const ZTAXMLTree&) = delete;
   ZTAXMLTree& operator=(const ZTAXMLTree&) = delete;

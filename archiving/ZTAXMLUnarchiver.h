@@ -2,6 +2,7 @@
 #pragma once
 
 #include <archiving/ZTAArchiveFile.h>
+#include <archiving/ZTAArchiveLimits.h>
 #include <archiving/ZTAError.h>
 #include <archiving/ZTAXMLCoding.h>
 #include <platform/NSString.h>
@@ -23,7 +24,7 @@ struct ZTAUnarchiverOptions {
   std::string fileName = {};  ///< for messages; set by `unarchiverForFile`
   std::uint64_t oldestVersion = 1;
   std::uint64_t newestVersion = std::numeric_limits<std::uint64_t>::max();
-  ZTAReadLimits limits = {};
+  ZTAArchiveLimits limits = {};
   /// The display string for the prefix joined to the stored key; absent where there is none.
   std::function<StringRef(std::string_view)> localize = {};
 };

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <archiving/ZTAValueCoder.h>
+#include <archiving/ZTAXMLNodesInternal.h>
 #include <platform/NSArray.h>
 #include <platform/NSColor.h>
 #include <platform/NSNull.h>
@@ -30,6 +31,28 @@ class Dial final : public NSObject {
   }
   const ZTClass& classObject() const override { return dialClass(); }
   bool isEqual(const NSObject* other) const override { return dynamic_cast<const Dial*>(other) != nullptr; }
+};
+
+/// An object with a name of a property for each key.
+class Sheet final : public Thing {
+ public:
+  std::vector<PropertyKey> keys;
+
+  static const ZTClass& sheetClass() {
+    static const auto* object = new ZTClassOf<Sheet>("TestSheet", thingClass());
+    return *object;
+  }
+  const ZTClass& classObject() const override { return sheetClass(); }
+  void encodeWithXMLArchiver(ZTAXMLArchiver& archiver, _xmlNode* node, std::uint64_t version) override {
+    Thing::encodeWithXMLArchiver(archiver, node, version);
+    for (PropertyKey key : keys) (void)archiver.newNodeForPropertyKey(node, key);
+  }
+  bool initWithXMLUnarchiver(ZTAXMLUnarchiver& unarchiver, _xmlNode* node, std::uint64_t) override {
+    label = xml::attribute(node, "label");
+    for (const xmlNode* each = xml::firstElement(node); each != nullptr; each = xml::nextElement(each))
+      keys.push_back(unarchiver.propertyKeyForNode(each));
+    return true;
+  }
 };
 
 }  // namespace
@@ -129,6 +152,58 @@ TEST(ZTAXMLArchiverTest, WhatCannotBeWrittenIsRefusedAndNamesTheObject) {
   EXPECT_EQ(node->children, nullptr);
   xmlFreeNode(node);
   EXPECT_NE(errorOf([] { ztaxmlRegisterClassNamePair(Box::boxClass(), "string"); }), "");
+}
+
+TEST(ZTAXMLArchiverTest, WhatIsWithinTheLimitsIsReadAndNothingElseIsWritten) {
+  const auto sheet = make<Sheet>();
+  const auto written = [&](const ZTAArchiveLimits& limits = {}) {
+    auto archiver = make<ZTAXMLArchiver>(3);
+    archiver->setLimits(limits);
+    archiver->encodeRootObject(*sheet);
+    return archiver->bytes();
+  };
+  const auto read = [&](const std::string& bytes, const ZTAArchiveLimits& limits = {}) {
+    return ZTAXMLUnarchiver::unarchiverForBytes(bytes, {.limits = limits})->unarchiveRootObject();
+  };
+  // Both sides draw the line at the same place.
+  const auto expectLimit = [&](std::size_t ZTAArchiveLimits::*limit, std::size_t most) {
+    const std::string bytes = written();
+    ZTAArchiveLimits limits;
+    limits.*limit = most;
+    EXPECT_NO_THROW(written(limits)) << most;
+    EXPECT_NO_THROW(read(bytes, limits)) << most;
+    limits.*limit = most - 1;
+    EXPECT_THROW(written(limits), ZTAArchiveException) << most;
+    EXPECT_THROW(read(bytes, limits), ZTAArchiveException) << most;
+  };
+  sheet->label = std::string(1234, '&');
+  sheet->keys = {"a", "b", std::string(ZTAArchiveLimits::name, 'n'), "a"};
+  expectLimit(&ZTAArchiveLimits::propertyNames, 3);
+  expectLimit(&ZTAArchiveLimits::bytes, written().size());
+  const std::string bytes = written();
+  ZTAArchiveLimits tree{.treeBytes = 0};
+  for (std::size_t step = 1 << 20; step != 0; step /= 2) {
+    tree.treeBytes += step;
+    try {
+      read(bytes, tree);
+      tree.treeBytes -= step;
+    } catch (const ZTAArchiveException&) {
+    }
+  }
+  expectLimit(&ZTAArchiveLimits::treeBytes, tree.treeBytes + 1);
+
+  // A start tag of more than the ten million bytes where libxml2 stops by itself, for the escapes alone.
+  sheet->label = std::string(4'000'000, '"');
+  const Ref<NSObject> again = read(written());
+  EXPECT_EQ(asThing(again).label, sheet->label);
+  EXPECT_EQ(dynamic_cast<Sheet&>(*again).keys, sheet->keys);
+
+  sheet->label.clear();
+  sheet->keys = {std::string(ZTAArchiveLimits::name + 1, 'n')};
+  EXPECT_THAT(errorOf([&] { written(); }), testing::EndsWith("': the name is longer than 50000 bytes"));
+  for (const std::string& element : {"<zt:" + std::string(50'001, 'n'), "<zt:null " + std::string(50'001, 'n') + "=''"})
+    EXPECT_EQ(errorOf([&] { read(archive(element + "/>")); }),
+              "line 2: a name is longer than the 50000 bytes that are read");
 }
 
 TEST(ZTAXMLArchiverTest, AnArchiveThatWasNotWrittenToItsEndHasNoBytes) {

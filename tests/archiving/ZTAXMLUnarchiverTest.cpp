@@ -112,7 +112,7 @@ TEST(ZTAXMLUnarchiverTest, WhatCannotBeReadIsPassedOverAndSaid) {
 }
 
 TEST(ZTAXMLUnarchiverTest, LimitsEndTheReadingAndAreNamed) {
-  ZTAReadLimits limits;
+  ZTAArchiveLimits limits;
   limits.bytes = 2'000'000;
   limits.treeBytes = 1'000'000;
   limits.text = 1000;

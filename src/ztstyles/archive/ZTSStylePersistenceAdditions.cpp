@@ -188,7 +188,7 @@ void ZTSStyle::encodeWithXMLArchiver(ZTAXMLArchiver& archiver, _xmlNode* node, s
               [](const auto& left, const auto& right) { return left.key.view() < right.key.view(); });
   }
   for (const PropertyMap::Entry& entry : entries) {
-    xmlNode* property = ztaxmlNewNsChildNodeOrRaise(properties, CorvaleNamespace, entry.key.string());
+    xmlNode* property = archiver.newNodeForPropertyKey(properties, entry.key);
     if (!hasDefaultValueForProp(entry.key)) archiver.encodeObject(entry.value.get(), property, CorvaleNamespace);
   }
 }
