@@ -115,8 +115,9 @@ class ZTSStylesheet::Copying {
 Ref<NSObject> ZTSStylesheet::copy() const {
   const Ref<const ZTSStylesheet> self = retainIfAlive(this);
   const Ref<NSObject> allocated = classObject().allocate();
-  Ref<ZTSStylesheet> copied(dynamic_cast<ZTSStylesheet*>(allocated.get()));
-  if (copied && typeid(*copied) != typeid(*this) && classObject().type() != typeid(*this)) {
+  auto* const bare = dynamic_cast<ZTSStylesheet*>(allocated.get());
+  const Ref<ZTSStylesheet> copied(bare);
+  if (bare != nullptr && typeid(*bare) != typeid(*this) && classObject().type() != typeid(*this)) {
     ZT_REPORT("copyWithZone:", this, kSourceFile,
               "Stylesheet <%p> cannot be copied: its class has no class object of its own, the one of %@ would make a "
               "stylesheet of another class.",
