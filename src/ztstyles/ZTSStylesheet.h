@@ -387,6 +387,7 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   /// The identifier was not findable here and is now: whoever found it above, or missed it, looks again.
   void resolveParentsAfterIdentifying(const StringRef& identifier, ZTFirstFailure& failure);
   void retryOrphans(const StringRef* foundIdentifier, ZTFirstFailure& failure);
+  void finishResolving(ZTFirstFailure& failure);
   [[nodiscard]] bool looksUpPlainly() const noexcept;
   void storeParent(Ref<ZTSStylesheet> parent) noexcept;
   // Steps of identifying, see ZTSStylesheetIdentify.cpp, and of finding or creating a variation.

@@ -250,16 +250,19 @@ Ref<ZTSStyle> ZTSStyle::findParent() {
 bool ZTSStyle::p_updateParent() {
   const Ref<ZTSStyle> found = findParent();
   if (found && found == mParent) return false;
-  willInheritFrom(found.get());
   const Ref<ZTSStyle> old = mParent;
-  if (old) {
-    try {
-      old->p_removeChild(*this);
-    } catch (...) {
-      mParent.reset();  // as the old parent's children say
-      fileAsUntried();
-      throw;
-    }
+  ZTFirstFailure failure;
+  failure.attempt([&] {
+    willInheritFrom(found.get());
+    if (found) found->mChildren.makeRoom();
+  });
+  if (old) failure.attempt([&] { old->p_removeChild(*this); });
+  if (failure.hasFailed()) {
+    // Rather no parent than half a link to one. The next retry asks the style again.
+    mParent.reset();
+    fileAsUntried();
+    if (mStylesheet != nullptr) mStylesheet->orphans().couldNotAsk();
+    failure.rethrow();
   }
   mParent = found;
   if (mStylesheet != nullptr && mParentIdentifier) {
@@ -280,14 +283,18 @@ void ZTSStyle::p_addChild(ZTSStyle& child) {
   }
   if (!mChildren.addObject(&child)) return;
   if (hasState(kHasVariationIndex)) ZTSVariationIndexes::childWasAdded(*this, child);
-  if (child.usageCount() != 0) child.passUseTo(*this);
-  if (child.orphanCount() != 0) incrementOrphanCount();
+  ZTFirstFailure failure;
+  if (child.usageCount() != 0) failure.attempt([&] { child.passUseTo(*this); });
+  if (child.orphanCount() != 0) failure.attempt([&] { incrementOrphanCount(); });
+  failure.rethrow();
 }
 
 void ZTSStyle::p_removeChild(ZTSStyle& child) {
   if (!mChildren.removeObject(&child)) return;
-  if (child.usageCount() != 0) child.takeUseFrom(*this);
-  if (child.orphanCount() != 0) decrementOrphanCount();
+  ZTFirstFailure failure;
+  if (child.usageCount() != 0) failure.attempt([&] { child.takeUseFrom(*this); });
+  if (child.orphanCount() != 0) failure.attempt([&] { decrementOrphanCount(); });
+  failure.rethrow();
 }
 
 // ---- Document

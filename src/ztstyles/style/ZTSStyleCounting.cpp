@@ -4,6 +4,7 @@
 // in a loop as long as the classes leave the counting alone.
 
 #include <platform/NSException.h>
+#include <platform/ZTFirstFailure.h>
 #include <platform/ZTNesting.h>
 #include <support/ZTUAssertionHandler.h>
 #include <ztstyles/ZTSStyle.h>
@@ -57,15 +58,17 @@ void ZTSStyle::decrementUsageCount() {
   }
 }
 
-// An aggregate that is passing its own count on ignores requests, its children's too. What it did not take must not be
-// taken back from it.
+// An aggregate that is passing its own count on ignores requests, its children's too, and an override may throw before
+// it counts. What the parent did not take must not be taken back from it.
 void ZTSStyle::passUseTo(ZTSStyle& parent) {
   const Ref<ZTSStyle> self(this);
   const Ref<ZTSStyle> held(&parent);
   const bool isIgnoring = parent.isAdjustingUsageCount();
   const std::uint32_t before = parent.mUsageCount;
-  parent.incrementUsageCount();
-  if (isIgnoring && parent.mUsageCount == before) setState(kUseWasRefused, true);
+  ZTFirstFailure failure;
+  const bool wentThrough = failure.attempt([&] { parent.incrementUsageCount(); });
+  if ((isIgnoring || !wentThrough) && parent.mUsageCount == before) setState(kUseWasRefused, true);
+  failure.rethrow();
 }
 
 void ZTSStyle::takeUseFrom(ZTSStyle& parent) {

@@ -10,7 +10,7 @@ void ZTSOrphanIndex::file(ZTSStyle& style) noexcept {
     mMissing[style.mParentIdentifier].addObject(&style);
     style.setState(ZTSStyle::kFiledAsOrphan, true);
   } catch (...) {
-    mMissesSome = true;
+    mMissesSome = true;  // it found none just now
   }
 }
 

@@ -30,8 +30,11 @@ class ZTSOrphanIndex {
 
   [[nodiscard]] bool missesSome() const noexcept { return mMissesSome; }
   void mayMissSome() noexcept { mMissesSome = true; }
+  /// A style could not be asked, or not be linked to what it found: the next change of the stylesheet asks all.
+  void couldNotAsk() noexcept { mMissesSome = mIsUnfinished = true; }
+  [[nodiscard]] bool isUnfinished() const noexcept { return mIsUnfinished; }
   /// A walk over all styles begins, which lists each that remains without parent.
-  void listsAllAgain() noexcept { mMissesSome = false; }
+  void listsAllAgain() noexcept { mMissesSome = mIsUnfinished = false; }
 
   [[nodiscard]] bool isEmpty() const noexcept { return mMissing.empty() && mUntried.isEmpty(); }
   /// The slow check: whether exactly the held styles that have no parent but name one are listed, each rightly.
@@ -41,6 +44,7 @@ class ZTSOrphanIndex {
   boost::unordered_flat_map<StringRef, ZTUMutablePointerSet<ZTSStyle>, StringRefHash> mMissing;
   ZTUMutablePointerSet<ZTSStyle> mUntried;
   bool mMissesSome = false;
+  bool mIsUnfinished = false;
 };
 
 }  // namespace zt

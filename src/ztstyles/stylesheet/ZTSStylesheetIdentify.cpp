@@ -122,6 +122,7 @@ void ZTSStylesheet::identifyStyleKeepingChildren(Ref<ZTSStyle> style, StringRef 
   if (old) resolveParentsOfChildrenOf(*style, failure);
   if (old) failure.attempt([&] { style->p_retryRefused(); });
   resolveParentsAfterIdentifying(identifier, failure);
+  finishResolving(failure);
   failure.rethrow();
 }
 
@@ -148,6 +149,7 @@ void ZTSStylesheet::anonymizeStyle(Ref<ZTSStyle> style) {
   ZTFirstFailure failure;
   resolveParentsOfChildrenOf(*style, failure);
   failure.attempt([&] { style->p_retryRefused(); });
+  finishResolving(failure);
   failure.rethrow();
 }
 

@@ -92,6 +92,7 @@ void ZTSStylesheet::addStyleWithContext(Ref<ZTSStyle> style, NSObject* context) 
   } else if (style->isIdentified()) {
     resolveParentsAfterIdentifying(style->identifier(), failure);
   }
+  finishResolving(failure);
   if (document) {
     if (displaced) failure.attempt([&] { displaced->wasRemovedFromDocument(document.get()); });
     failure.attempt([&] { style->wasAddedToDocument(document.get(), context); });
@@ -189,6 +190,7 @@ void ZTSStylesheet::removeStyle(Ref<ZTSStyle> style) {
   release(*style);
   if (style->isIdentified()) resolveParentsOfChildrenOf(*style, failure);
   if (!holdsStyle(*style)) unlink(*style, failure);
+  finishResolving(failure);
   if (mIsChangeCommunicationEnabled) failure.attempt([&] { tellStyleRemoved(*style); });
   if (document) failure.attempt([&] { style->wasRemovedFromDocument(document.get()); });
   failure.rethrow();

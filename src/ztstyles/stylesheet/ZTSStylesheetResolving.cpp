@@ -42,6 +42,11 @@ void ZTSStylesheet::setParentLinkOf(ZTSStyle& style, ZTFirstFailure& failure) {
   style.fileAsUntried();
 }
 
+/// Asks the styles again that an earlier change could not ask.
+void ZTSStylesheet::finishResolving(ZTFirstFailure& failure) {
+  if (mOrphans->isUnfinished()) retryOrphans(nullptr, failure);
+}
+
 void ZTSStylesheet::resolveParentsOfChildrenOf(const ZTSStyle& style, ZTFirstFailure& failure) {
   if (style.children().isEmpty()) return;
   std::vector<Ref<ZTSStyle>> children;
@@ -122,7 +127,7 @@ void ZTSStylesheet::retryOrphans(const StringRef* foundIdentifier, ZTFirstFailur
   std::vector<Ref<ZTSStyle>> asked;
   const bool hasList = failure.attempt(
       [&] { asked = asksAll ? retainedStyles() : heldInOrder(mOrphans->candidatesFor(*foundIdentifier)); });
-  if (!hasList) return mOrphans->mayMissSome();
+  if (!hasList) return mOrphans->couldNotAsk();
   if (asksAll) mOrphans->listsAllAgain();
   for (const Ref<ZTSStyle>& style : asked) {
     if (!isOrphan(*style) || !holdsStyle(*style)) continue;
