@@ -8,6 +8,7 @@
 #include <cstring>
 #include <limits>
 #include <map>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,6 +20,7 @@
 #define CALLGRIND_START_INSTRUMENTATION
 #define CALLGRIND_STOP_INSTRUMENTATION
 #define CALLGRIND_ZERO_STATS
+#define CALLGRIND_TOGGLE_COLLECT
 #define CALLGRIND_DUMP_STATS_AT(name) (void)(name)
 #endif
 
@@ -32,6 +34,11 @@ std::vector<Comparison>& comparisons() {
 
 std::vector<InstructionCount>& counts() {
   static std::vector<InstructionCount> all;
+  return all;
+}
+
+std::vector<ByteCount>& byteCounts() {
+  static std::vector<ByteCount> all;
   return all;
 }
 
@@ -102,19 +109,25 @@ void count(const std::string& name, std::size_t repetitions, const std::function
   CALLGRIND_STOP_INSTRUMENTATION;
 }
 
-/// One dump of the tool and one line of ours for each count, in the same order: bench/count-instructions joins them.
-int runCounts() {
+/// One line of ours for each count, and one dump of the tool for each count of instructions, in the same order:
+/// bench/count-instructions joins them. Counts the named ones, or all if none is named.
+int runCounts(const std::set<std::string>& names) {
   if (!RUNNING_ON_VALGRIND) {
     std::fprintf(stderr, "Instructions are counted by callgrind: ./dev bench --instructions\n");
     return 2;
   }
+  const auto isWanted = [&](const std::string& name) { return names.empty() || names.count(name) != 0; };
   const std::size_t emptyRepetitions = 1000;
   std::printf("%zu\t1\t0\t(loop)\n", emptyRepetitions);
   count("(loop)", emptyRepetitions, [] {});
   for (const InstructionCount& each : counts()) {
+    if (!isWanted(each.name)) continue;
     const std::function<void()> operation = each.prepare();
     std::printf("%zu\t%zu\t%g\t%s\n", each.repetitions, each.perform, each.limit, each.name.c_str());
     count(each.name, each.repetitions, operation);
+  }
+  for (const ByteCount& each : byteCounts()) {
+    if (isWanted(each.name)) std::printf("bytes\t%g\t0\t%s\n", each.measure(), each.name.c_str());
   }
   return 0;
 }
@@ -131,9 +144,20 @@ bool countInstructions(InstructionCount count) {
   return true;
 }
 
+void uncounted(const std::function<void()>& work) {
+  CALLGRIND_TOGGLE_COLLECT;
+  work();
+  CALLGRIND_TOGGLE_COLLECT;
+}
+
+bool countBytes(ByteCount count) {
+  byteCounts().push_back(std::move(count));
+  return true;
+}
+
 }  // namespace zt::bench
 
 int main(int argc, char** argv) {
-  const bool instructions = argc == 2 && std::strcmp(argv[1], "--instructions") == 0;
-  return instructions ? zt::bench::runCounts() : zt::bench::runTimes(argc, argv);
+  const bool instructions = argc >= 2 && std::strcmp(argv[1], "--instructions") == 0;
+  return instructions ? zt::bench::runCounts({argv + 2, argv + argc}) : zt::bench::runTimes(argc, argv);
 }

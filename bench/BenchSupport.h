@@ -33,4 +33,14 @@ struct InstructionCount {
 };
 bool countInstructions(InstructionCount count);
 
+/// Work inside a counted operation that does not belong to it, such as making ready what the operation uses up.
+void uncounted(const std::function<void()>& work);
+
+/// Bytes that one of many objects takes, everything counted; told beside the instructions.
+struct ByteCount {
+  std::string name;
+  std::function<double()> measure;
+};
+bool countBytes(ByteCount count);
+
 }  // namespace zt::bench

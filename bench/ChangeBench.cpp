@@ -191,6 +191,48 @@ std::function<void()> changesListenedTo() {
   return [family, listener] { family->change(); };
 }
 
+std::function<void()> changesObserved() {
+  struct Observed {
+    struct : ZTSStyleObserver {
+    } observer;
+    std::shared_ptr<Family> family = Family::of<PlainStyle>(1'000);
+    Observed() {
+      for (ZTSStyle* child : family->root->children().allObjects()) child->addObserver(&observer);
+    }
+    ~Observed() {
+      for (ZTSStyle* child : family->root->children().allObjects()) child->removeObserver(&observer);
+    }
+  };
+  return [observed = std::make_shared<Observed>()] { observed->family->change(); };
+}
+
+/// A thousand changes of one style in one group.
+struct Undoable {
+  std::shared_ptr<Family> family = Family::of<PlainStyle>(1, true);
+  NSUndoManager& manager = *family->host.undo;
+  Undoable() {
+    manager.performInGroup([&] {
+      for (int action = 0; action < 1'000; ++action)
+        family->child(0).setValueForProperty(family->next(), keys()[1 + action % 3]);
+    });
+  }
+  ~Undoable() { manager.removeAllActions(); }
+};
+
+std::function<void()> undoing() {
+  return [it = std::make_shared<Undoable>()] {
+    it->manager.undo();
+    uncounted([&] { it->manager.redo(); });
+  };
+}
+
+std::function<void()> redoing() {
+  return [it = std::make_shared<Undoable>()] {
+    uncounted([&] { it->manager.undo(); });
+    it->manager.redo();
+  };
+}
+
 std::function<void()> inheritedPart() {
   auto family = Family::of<OverridingStyle>(1);
   const Ref<ZTSStyle> child(&family->child(0));
@@ -230,6 +272,10 @@ const bool kCounted =
                        .repetitions = 100,
                        .limit = 700,
                        .perform = 1'000}) &&
+    countInstructions({.name = "change, a child with an observer",
+                       .prepare = changesObserved,
+                       .repetitions = 100,
+                       .perform = 1'000}) &&
     countInstructions({.name = "change told to one child", .prepare = changesOf<OverridingStyle>(1)}) &&
     countInstructions(
         {.name = "bare store of a value",
@@ -237,6 +283,10 @@ const bool kCounted =
     countInstructions(
         {.name = "setValue:forProperty: with its inverse",
          .prepare = onOne<[](Family& it, ZTSStyle& style) { style.setValueForProperty(it.next(), keys()[1]); }>}) &&
+    countInstructions(
+        {.name = "undo of setValue:forProperty:", .prepare = undoing, .repetitions = 5, .perform = 1'000}) &&
+    countInstructions(
+        {.name = "redo of setValue:forProperty:", .prepare = redoing, .repetitions = 5, .perform = 1'000}) &&
     countInstructions({.name = "equality of two styles of three values", .prepare = equality});
 
 }  // namespace

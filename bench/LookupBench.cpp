@@ -89,6 +89,10 @@ std::function<void()> lookup(std::size_t depth, std::size_t key) {
   };
 }
 const bool kOwn = countInstructions({"valueForProperty:, own entry among 3", [] { return lookup(1, 2); }, 1000, 60});
+const bool kThree =
+    countInstructions({"valueForProperty:, 3 levels above", [] { return lookup(3, 0); }, 1000, 60 + 3 * 15});
+const bool kSix =
+    countInstructions({"valueForProperty:, 6 levels above", [] { return lookup(6, 0); }, 1000, 60 + 6 * 15});
 const bool kTen =
     countInstructions({"valueForProperty:, 10 levels above", [] { return lookup(10, 0); }, 1000, 60 + 10 * 15});
 const bool kTwenty =

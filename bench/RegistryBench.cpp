@@ -171,23 +171,24 @@ void DestroyStylesheet(benchmark::State& state) {
 BENCHMARK(DestroyStylesheet)->Unit(benchmark::kMillisecond);
 
 /// Bytes of heap for an anonymous style with three shared values, held by the stylesheet and listed by its parent.
-void BytesOfAnonymousStyle(benchmark::State& state) {
+double bytesOfAnonymousStyle() {
   constexpr std::size_t kCount = 1 << 17;
-  double bytes = 0;
-  for (auto each : state) {
-    const Ref<ZTSStylesheet> sheet = ZTSStylesheet::withHost();
-    sheet->addStyle(make<PlainStyle>({.identifier = "base"}));
-    const Ref<PropertyMap> map = mapOf(4, 3);
-    const StringRef base("base");
-    const std::size_t before = heapInUse();
-    for (std::size_t style = 0; style < kCount; ++style) {
-      sheet->addStyle(make<PlainStyle>({.parentIdentifier = base, .overridePropertyMap = map.get()}));
-    }
-    bytes = static_cast<double>(heapInUse() - before) / kCount;
+  const Ref<ZTSStylesheet> sheet = ZTSStylesheet::withHost();
+  sheet->addStyle(make<PlainStyle>({.identifier = "base"}));
+  const Ref<PropertyMap> map = mapOf(4, 3);
+  const StringRef base("base");
+  const std::size_t before = heapInUse();
+  for (std::size_t style = 0; style < kCount; ++style) {
+    sheet->addStyle(make<PlainStyle>({.parentIdentifier = base, .overridePropertyMap = map.get()}));
   }
-  state.counters["bytes"] = bytes;
+  return static_cast<double>(heapInUse() - before) / kCount;
+}
+
+void BytesOfAnonymousStyle(benchmark::State& state) {
+  for (auto each : state) state.counters["bytes"] = bytesOfAnonymousStyle();
 }
 BENCHMARK(BytesOfAnonymousStyle)->Iterations(1);
+const bool kBytes = countBytes({"bytes of an anonymous style of three values", bytesOfAnonymousStyle});
 
 /// Both as above; the group of undo actions grows with the styles.
 const bool kMallocCount = countInstructions({"two blocks got and given back", [] {

@@ -331,5 +331,64 @@ const bool kCount1k = countInstructions(findAmong(1000, 0));
 const bool kCount100k = countInstructions(findAmong(100'000, 0));
 const bool kCount1M = countInstructions(findAmong(1'000'000, 0));
 
+/// One of five hundred kinds of values, with a map that is there already.
+std::function<void()> findKindAtHand() {
+  auto requests = std::make_shared<Requests>();
+  return [requests, at = std::size_t{0}]() mutable {
+    requests->family.sheet->variationOfStyle(requests->family.base.get(),
+                                             {.propertyMap = requests->maps[at++ % kKinds].get()});
+  };
+}
+
+/// The same as a user interface asks: numbers and map are made for the request.
+std::function<void()> findKindBuilt() {
+  auto family = std::make_shared<Family>(0, dense);
+  const auto request = [family](std::int64_t kind) {
+    const Ref<PropertyMap> map = PropertyMap::make(3);
+    map->set(keys()[0], NSNumber::withInteger(kind % 100));
+    map->set(keys()[1], NSNumber::withInteger(kind / 100));
+    map->set(keys()[2], NSNumber::withInteger(400));
+    family->sheet->variationOfStyle(family->base.get(), {.propertyMap = map.get()});
+  };
+  constexpr auto kAll = static_cast<std::int64_t>(kKinds);
+  for (std::int64_t kind = 0; kind < kAll; ++kind) request(kind);
+  return [request, at = std::int64_t{0}]() mutable { request(at++ % kAll); };
+}
+
+template <Values kind>
+std::function<void()> makeDistinct() {
+  auto family = std::make_shared<Family>(10'000, kind);
+  return [family, next = std::size_t{10'000}]() mutable { family->find(next++); };
+}
+
+template <Values kind>
+std::function<void()> askAgain() {
+  auto family = std::make_shared<Family>(10'000, kind);
+  return [family, random = std::minstd_rand(3)]() mutable { family->find(random() % 10'000); };
+}
+
+const bool kKindsCounted =
+    countInstructions({.name = "find one of 500 kinds, map at hand", .prepare = findKindAtHand}) &&
+    countInstructions({.name = "find one of 500 kinds, map made for it", .prepare = findKindBuilt}) &&
+    countInstructions({.name = "make a distinct variation, random values", .prepare = makeDistinct<atRandom>}) &&
+    countInstructions({.name = "make a distinct variation, dense values", .prepare = makeDistinct<dense>}) &&
+    countInstructions({.name = "ask again for one of 10,000, random values", .prepare = askAgain<atRandom>}) &&
+    countInstructions({.name = "ask again for one of 10,000, dense values", .prepare = askAgain<dense>});
+
+const bool kBytes =
+    countBytes({"bytes of a variation of three values made for it", [] {
+                  constexpr std::int64_t kCount = 1 << 16;
+                  const Family family(0);
+                  const std::size_t before = heapInUse();
+                  for (std::int64_t number = 0; number < kCount; ++number) {
+                    const Ref<PropertyMap> map = PropertyMap::make(3);
+                    for (std::size_t key = 0; key < 3; ++key) {
+                      map->set(keys()[key], NSNumber::withInteger((number << 20) + static_cast<std::int64_t>(key)));
+                    }
+                    family.sheet->variationOfStyle(family.base.get(), {.propertyMap = map.get()});
+                  }
+                  return static_cast<double>(heapInUse() - before) / kCount;
+                }});
+
 }  // namespace
 }  // namespace zt::bench
