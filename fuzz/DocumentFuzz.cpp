@@ -4,7 +4,7 @@
 #include <insight/difference/DocumentDiff.h>
 #include <insight/explain/Explanation.h>
 #include <opendocument/reading/StyleImporter.h>
-#include <opendocument/statistics/Stats.h>
+#include <opendocument/statistics/StyleStatistics.h>
 
 #include <support/ZTULog.h>
 

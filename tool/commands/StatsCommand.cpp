@@ -2,10 +2,11 @@
 #include <document/archive/DocumentArchive.h>
 #include <insight/statistics/ModelStatistics.h>
 #include <insight/validation/FindingsJson.h>
-#include <opendocument/statistics/Stats.h>
+#include <opendocument/statistics/StyleStatistics.h>
 #include <tool/Formats.h>
 #include <tool/commands/Commands.h>
 #include <tool/console/Report.h>
+#include <tool/console/StatisticsText.h>
 #include <wordprocessing/WordFormat.h>
 
 #include <ostream>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <opendocument/statistics/Stats.h>
+#include <opendocument/statistics/StyleStatistics.h>
 
 #include <document/json/JsonObject.h>
 #include <opendocument/reading/StyleEntries.h>
@@ -53,6 +53,120 @@ std::string titleOf(const std::string& shown) {
   const std::string ending = path.extension().string();
   return (ending == ".fodt" || ending == ".odt" || ending == ".ott" ? path.stem() : path.filename()).string();
 }
+
+// How many styles there are from a style up to its root, itself included. Each chain is measured once, upwards until
+// one that is known; in a loop each member counts all members.
+class ChainLengths {
+ public:
+  explicit ChainLengths(const StyleIndex& index) : mIndex(index) {}
+
+  std::size_t of(const RawStyle& style) {
+    std::vector<const RawStyle*> way;
+    std::unordered_set<const RawStyle*> onWay;
+    const RawStyle* at = &style;
+    while (at != nullptr && !mLengths.contains(at) && onWay.insert(at).second) {
+      way.push_back(at);
+      at = mIndex.parentOf(*at);
+    }
+    // The way ends at a root, at a style that is known, or at one of its own, which closes a loop.
+    if (at != nullptr && !mLengths.contains(at)) {
+      const auto loop = std::find(way.begin(), way.end(), at);
+      for (auto member = loop; member != way.end(); ++member) {
+        mLengths[*member] = static_cast<std::size_t>(way.end() - loop);
+      }
+      mInLoops += static_cast<std::size_t>(way.end() - loop);
+      way.erase(loop, way.end());
+    }
+    std::size_t length = at != nullptr ? mLengths[at] : 0;
+    for (auto member = way.rbegin(); member != way.rend(); ++member) mLengths[*member] = ++length;
+    return mLengths[&style];
+  }
+
+  /// Among those that were asked for and their ancestors.
+  [[nodiscard]] std::size_t countInLoops() const { return mInLoops; }
+
+ private:
+  const StyleIndex& mIndex;
+  std::unordered_map<const RawStyle*, std::size_t> mLengths;
+  std::size_t mInLoops = 0;
+};
+
+// One text for all that makes automatic styles equal: family, parent and entries, whatever their order.
+std::string fingerprint(const RawStyle& style, std::vector<std::string> parts) {
+  std::sort(parts.begin(), parts.end());
+  std::string text = style.family + '\n' + (style.parent ? '=' + *style.parent : std::string("-"));
+  for (const std::string& part : parts)
+    text.append(1, '\n').append(std::to_string(part.size())).append(1, ' ').append(part);
+  return text;
+}
+
+// The automatic styles, one after the other, and which of them say the same.
+class Duplicates {
+ public:
+  void add(const RawStyle& style, const std::vector<StyleEntry>& entries) {
+    std::vector<std::string> all;
+    std::vector<std::string> unmarked;
+    std::vector<std::string> left;
+    for (const StyleEntry& entry : entries) {
+      std::string text = entry.key + '=' + entry.value;
+      if (!entry.name.ends_with("rsid")) unmarked.push_back(text);
+      if (!entry.equalsInherited) left.push_back(text);
+      all.push_back(std::move(text));
+    }
+    if (all.empty()) ++mEmpty;
+    if (left.empty()) {
+      ++mEmptyAfterCollapse;
+    } else {
+      mAfterCollapse.insert(fingerprint(style, std::move(left)));
+    }
+    mWithoutRevisions.insert(fingerprint(style, std::move(unmarked)));
+    const auto [found, isNew] = mPlaces.try_emplace(fingerprint(style, std::move(all)), mGroups.size());
+    if (isNew) mGroups.push_back({&style, 0});
+    ++mGroups[found->second].count;
+    ++mTotal;
+    auto& [total, distinct] = mByFamily[style.family];
+    ++total;
+    if (isNew) ++distinct;
+  }
+
+  void writeTo(Json& json, std::size_t equalToInherited) {
+    const std::size_t redundant = mTotal - mGroups.size();
+    json["automatic_distinct"] = mGroups.size();
+    json["automatic_redundant"] = redundant;
+    json["automatic_redundant_share"] =
+        mTotal == 0 ? 0.0 : rounded(static_cast<double>(redundant) / static_cast<double>(mTotal), 4);
+    json["largest_duplicate_groups"] = Json::array();
+    std::stable_sort(mGroups.begin(), mGroups.end(), [](const Group& a, const Group& b) { return a.count > b.count; });
+    for (std::size_t index = 0; index < std::min(mGroups.size(), kLargestGroups) && mGroups[index].count > 1; ++index) {
+      const RawStyle& first = *mGroups[index].first;
+      json["largest_duplicate_groups"].push_back({{"count", mGroups[index].count},
+                                                  {"family", first.family},
+                                                  {"parent", first.parent ? Json(*first.parent) : Json()}});
+    }
+    JsonObject families;
+    for (const auto& [family, counts] : mByFamily) families.add(family, Json::array({counts.first, counts.second}));
+    json["automatic_by_family_total_and_distinct"] = families.take();
+    json["automatic_distinct_without_rsid"] = mWithoutRevisions.size();
+    json["entries_equal_to_inherited"] = equalToInherited;
+    json["automatic_with_no_properties"] = mEmpty;
+    json["automatic_equal_to_parent_after_collapse"] = mEmptyAfterCollapse;
+    json["automatic_distinct_after_collapse"] = mAfterCollapse.size();
+  }
+
+ private:
+  struct Group {
+    const RawStyle* first;
+    std::size_t count;
+  };
+  std::vector<Group> mGroups;
+  std::unordered_map<std::string, std::size_t> mPlaces;  // of a fingerprint's group
+  std::unordered_set<std::string> mWithoutRevisions;
+  std::unordered_set<std::string> mAfterCollapse;
+  std::map<std::string, std::pair<std::size_t, std::size_t>> mByFamily;  // all, and distinct ones
+  std::size_t mTotal = 0;
+  std::size_t mEmpty = 0;
+  std::size_t mEmptyAfterCollapse = 0;
+};
 
 class Statistics {
  public:
@@ -112,35 +226,8 @@ class Statistics {
     mJson["duplicate_names"] = repeated.take();
   }
 
-  // Each style's chain is measured once, upwards until one that is known; a loop counts its members.
   void measureChains() {
-    std::unordered_map<const RawStyle*, std::size_t> lengths;
-    std::unordered_set<const RawStyle*> inLoops;
-    const auto lengthOf = [&](const RawStyle* style) {
-      std::vector<const RawStyle*> way;
-      std::unordered_set<const RawStyle*> onWay;
-      const RawStyle* at = style;
-      while (at != nullptr && !lengths.contains(at) && onWay.insert(at).second) {
-        way.push_back(at);
-        at = mIndex.parentOf(*at);
-      }
-      std::size_t length = 0;
-      if (at != nullptr && lengths.contains(at)) {
-        length = lengths[at];
-      } else if (at != nullptr) {
-        const auto loop = std::find(way.begin(), way.end(), at);
-        const auto loopLength = static_cast<std::size_t>(way.end() - loop);
-        for (auto member = loop; member != way.end(); ++member) {
-          lengths[*member] = loopLength;
-          inLoops.insert(*member);
-        }
-        way.erase(loop, way.end());
-        length = loopLength;
-      }
-      for (auto member = way.rbegin(); member != way.rend(); ++member) lengths[*member] = ++length;
-      return lengths[style];
-    };
-
+    ChainLengths lengths(mIndex);
     std::size_t withoutParent[2] = {0, 0};
     std::size_t missing = 0;
     std::size_t automaticParents = 0;
@@ -149,7 +236,7 @@ class Statistics {
     for (const auto* styles : {&mIndex.allNamed(), &mIndex.allAutomatic()}) {
       for (const RawStyle* style : *styles) {
         const int kind = isNamed(*style) ? 0 : 1;
-        ++chains[kind][lengthOf(style)];
+        ++chains[kind][lengths.of(*style)];
         if (!style->parent || style->parent->empty()) {
           ++withoutParent[kind];
         } else if (mIndex.parentOf(*style) == nullptr) {
@@ -165,7 +252,7 @@ class Statistics {
     mJson["missing_parents"] = missing;
     mJson["missing_parent_names"] = missingNames;
     mJson["parent_is_automatic"] = automaticParents;
-    mJson["in_parent_loops"] = inLoops.size();
+    mJson["in_parent_loops"] = lengths.countInLoops();
   }
 
   void countEntries() {
@@ -199,81 +286,18 @@ class Statistics {
     mJson["distinct_property_names"] = names.size();
   }
 
-  // One text for all that makes automatic styles equal: family, parent and entries, whatever their order.
-  static std::string fingerprint(const RawStyle& style, std::vector<std::string> parts) {
-    std::sort(parts.begin(), parts.end());
-    std::string text = style.family + '\n' + (style.parent ? '=' + *style.parent : std::string("-"));
-    for (const std::string& part : parts)
-      text.append(1, '\n').append(std::to_string(part.size())).append(1, ' ').append(part);
-    return text;
-  }
-
   void findDuplicates() {
-    struct Group {
-      const RawStyle* first;
-      std::size_t count;
-    };
-    std::vector<Group> groups;
-    std::unordered_map<std::string, std::size_t> places;
-    std::unordered_set<std::string> withoutRevisions;
-    std::unordered_set<std::string> afterCollapse;
-    std::map<std::string, std::pair<std::size_t, std::size_t>> byFamily;
+    Duplicates duplicates;
     std::size_t equalToInherited = 0;
-    std::size_t empty = 0;
-    std::size_t emptyAfterCollapse = 0;
-    for (const RawStyle* style : mIndex.allNamed()) {
-      for (const StyleEntry& entry : mEntries.of(*style)) equalToInherited += entry.equalsInherited ? 1 : 0;
-    }
-    for (const RawStyle* style : mIndex.allAutomatic()) {
-      std::vector<std::string> all;
-      std::vector<std::string> unmarked;
-      std::vector<std::string> left;
-      for (const StyleEntry& entry : mEntries.of(*style)) {
-        std::string text = entry.key + '=' + entry.value;
-        if (!entry.name.ends_with("rsid")) unmarked.push_back(text);
-        if (entry.equalsInherited) {
-          ++equalToInherited;
-        } else {
-          left.push_back(text);
-        }
-        all.push_back(std::move(text));
+    for (const auto* styles : {&mIndex.allNamed(), &mIndex.allAutomatic()}) {
+      for (const RawStyle* style : *styles) {
+        const std::vector<StyleEntry>& entries = mEntries.of(*style);
+        equalToInherited += static_cast<std::size_t>(std::count_if(
+            entries.begin(), entries.end(), [](const StyleEntry& entry) { return entry.equalsInherited; }));
+        if (!isNamed(*style)) duplicates.add(*style, entries);
       }
-      if (all.empty()) ++empty;
-      if (left.empty()) {
-        ++emptyAfterCollapse;
-      } else {
-        afterCollapse.insert(fingerprint(*style, std::move(left)));
-      }
-      withoutRevisions.insert(fingerprint(*style, std::move(unmarked)));
-      const auto [found, isNew] = places.try_emplace(fingerprint(*style, std::move(all)), groups.size());
-      if (isNew) groups.push_back({style, 0});
-      ++groups[found->second].count;
-      ++byFamily[style->family].first;
-      if (isNew) ++byFamily[style->family].second;
     }
-
-    const std::size_t total = mIndex.allAutomatic().size();
-    const std::size_t redundant = total - groups.size();
-    mJson["automatic_distinct"] = groups.size();
-    mJson["automatic_redundant"] = redundant;
-    mJson["automatic_redundant_share"] =
-        total == 0 ? 0.0 : rounded(static_cast<double>(redundant) / static_cast<double>(total), 4);
-    mJson["largest_duplicate_groups"] = Json::array();
-    std::stable_sort(groups.begin(), groups.end(), [](const Group& a, const Group& b) { return a.count > b.count; });
-    for (std::size_t index = 0; index < std::min(groups.size(), kLargestGroups) && groups[index].count > 1; ++index) {
-      const RawStyle& first = *groups[index].first;
-      mJson["largest_duplicate_groups"].push_back({{"count", groups[index].count},
-                                                   {"family", first.family},
-                                                   {"parent", first.parent ? Json(*first.parent) : Json()}});
-    }
-    JsonObject families;
-    for (const auto& [family, counts] : byFamily) families.add(family, Json::array({counts.first, counts.second}));
-    mJson["automatic_by_family_total_and_distinct"] = families.take();
-    mJson["automatic_distinct_without_rsid"] = withoutRevisions.size();
-    mJson["entries_equal_to_inherited"] = equalToInherited;
-    mJson["automatic_with_no_properties"] = empty;
-    mJson["automatic_equal_to_parent_after_collapse"] = emptyAfterCollapse;
-    mJson["automatic_distinct_after_collapse"] = afterCollapse.size();
+    duplicates.writeTo(mJson, equalToInherited);
   }
 
   void countUses() {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <opendocument/statistics/Stats.h>
+#include <tool/console/StatisticsText.h>
 
 #include <fmt/format.h>
 

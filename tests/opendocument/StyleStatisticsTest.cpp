@@ -1,31 +1,32 @@
 // SPDX-License-Identifier: MIT
-#include <opendocument/statistics/Stats.h>
+#include <opendocument/statistics/StyleStatistics.h>
 
+#include <opendocument/package/Package.h>
 #include <tests/TestDocuments.h>
-#include <tests/tool/ToolRun.h>
 
 namespace {
 
 using namespace zt::test;
 using Json = nlohmann::json;
 
+Json statisticsOf(const std::filesystem::path& path) {
+  return zt::styleStatistics(zt::RawDocument::read(zt::Package::read(path.string())));
+}
+
 // Every field of every document, as somebody else counted them.
-TEST(StatsTest, AgreesWithTheCountsOfOthersFieldByField) {
+TEST(StyleStatisticsTest, AgreesWithTheCountsOfOthersFieldByField) {
   const Json all = readJson(dataPath("stats.json"));
   ASSERT_EQ(all.size(), 5u);
   for (const auto& [name, expected] : all.items()) {
     const auto flatFile = dataPath(name + ".fodt");
-    const ToolRun run =
-        runTool({"stats", "--json", (std::filesystem::exists(flatFile) ? flatFile : dataPath(name)).string()});
-    EXPECT_EQ(run.code, 0) << run.err;
-    const Json found = run.json();
+    const Json found = statisticsOf(std::filesystem::exists(flatFile) ? flatFile : dataPath(name));
     EXPECT_GT(expected.size(), 30u);
     for (const auto& [field, value] : expected.items())
       EXPECT_EQ(found.value(field, Json()), value) << name << ' ' << field;
   }
 }
 
-TEST(StatsTest, CountsWhatTheCleanDocumentsDoNotHave) {
+TEST(StyleStatisticsTest, CountsWhatTheCleanDocumentsDoNotHave) {
   const auto style = [](const std::string& name, const std::string& rest) { return paragraphStyle(name, rest); };
   const std::string bold = "><style:text-properties fo:font-weight=\"bold\"/></style:style>";
   const std::string text = flat(
@@ -39,7 +40,7 @@ TEST(StatsTest, CountsWhatTheCleanDocumentsDoNotHave) {
       "<text:p text:style-name=\"P1\"><text:span text:style-name=\"Gone\">x</text:span></text:p>"
       "<text:list text:style-name=\"L1\"/>");
   const TemporaryFolder folder;
-  const Json found = runTool({"stats", "--json", folder.write("odd.fodt", text)}).json();
+  const Json found = statisticsOf(folder.write("odd.fodt", text));
   EXPECT_EQ(found["document"], "odd");
   EXPECT_EQ(found["named_total"], 6);
   EXPECT_EQ(found["automatic_total"], 2);
