@@ -1,10 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include <document/archive/DocumentArchive.h>
-#include <insight/tables/StyleTables.h>
-#include <insight/validation/ModelCheck.h>
 #include <tests/TestDocuments.h>
 #include <tests/tool/ToolRun.h>
-#include <tool/Formats.h>
 #include <tool/console/TextTable.h>
 
 #include <gmock/gmock.h>
@@ -13,7 +9,6 @@ namespace {
 
 using namespace zt;
 using namespace zt::test;
-using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
 std::string tableOf(std::vector<std::vector<std::string>> rows, std::size_t width) {
@@ -84,32 +79,6 @@ TEST(ValidateTest, TellsFindingsOfTheFileAndOfTheModelWithTheirPlaces) {
   EXPECT_THAT(unclean.out, HasSubstr("styles.xml:317: warning: paragraph:OrgSrcBlockLastLine: the parent"));
   EXPECT_EQ(nlohmann::json::parse(runTool({"validate", "--json", good}).out)["findings"].size(), 0u);
   EXPECT_EQ(runTool({"validate", "/nowhere"}).code, 3);
-
-  const Ref<ZTDocument> document = readDocument(good);
-  EXPECT_TRUE(checkModel(*document).empty());
-  document->namedStyle("paragraph", "A")->p_setParentIdentifier("nowhere");
-  std::vector<std::string> texts;
-  for (const Finding& finding : checkModel(*document)) {
-    const bool hasPlace = finding.place.line > 0 && finding.place.file.ends_with("good.fodt");
-    texts.push_back((hasPlace ? "" : "nowhere ") + finding.style + ": " + finding.message);
-  }
-  EXPECT_THAT(texts, ElementsAre("nowhere paragraph: Style's identifier does not match parent identifier of child!",
-                                 "nowhere paragraph: Style not reachable from child's stylesheet!",
-                                 "paragraph:A: Style's parent identifier does not match identifier of parent!",
-                                 "paragraph:A: Style's parent is not reachable from style's stylesheet!"));
-}
-
-TEST(ValidateTest, StylesheetsAboveTheDefaultsAreShownAndValidatedToo) {
-  const std::string styles =
-      "<zt:anon-styles><zt:paragraph-style><zt:property-map/></zt:paragraph-style></zt:anon-styles>";
-  const Ref<ZTDocument> document = readArchiveBytes(
-      "<zt:archive xmlns:zt='urn:ztstyles:archive' zt:version='2'><zt:stylesheet>" + styles + "<zt:parent>" + styles +
-          "<zt:parent>" + styles + "</zt:parent></zt:parent></zt:stylesheet></zt:archive>",
-      "f");
-  EXPECT_EQ(tablesOfStylesheets(document).size(), 6u);
-  document->defaults().parent()->anonymousStyles().anyObject()->p_setIdentifier("x");
-  ASSERT_EQ(checkModel(*document).size(), 2u);
-  EXPECT_EQ(checkModel(*document)[0].message, "Identified style missing from mIdentifiedStyles.");
 }
 
 }  // namespace
