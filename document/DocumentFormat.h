@@ -3,11 +3,18 @@
 
 #include <document/ZTDocument.h>
 
+#include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <span>
 #include <string_view>
 
 namespace zt {
+
+class EditableDocument;
+
+/// How a document lies on the disk: one file of XML, a package of parts, or the parts in a folder.
+enum class DocumentForm : std::uint8_t { flat, package, folder };
 
 /// A form of files that documents are read from. Formats live as long as the process and know nothing of each other;
 /// a program lists those that it wants.
@@ -22,10 +29,13 @@ class DocumentFormat {
   [[nodiscard]] virtual bool recognises(const std::filesystem::path& path) const = 0;
   /// Reads it. Throws `ReadError` if nothing of it can be read; what was repaired is among the document's findings.
   [[nodiscard]] virtual Ref<ZTDocument> read(const std::filesystem::path& path) const = 0;
+  /// Reads it to be edited and saved. Throws `ReadError` for what cannot be read without an error, and `EditError`
+  /// where the format is not written back (which is so unless this is overridden).
+  [[nodiscard]] virtual std::unique_ptr<EditableDocument> openForEditing(const std::filesystem::path& path) const;
 };
 
-/// Reads a document by the first format that recognises it, or else by the last, whose words then say what is wrong.
-/// There has to be one format at least. Throws as `DocumentFormat::read`.
-Ref<ZTDocument> readDocument(const std::filesystem::path& path, std::span<const DocumentFormat* const> formats);
+/// The first format that recognises the file, or else the last, whose words then say what is wrong. There has to be one
+/// at least.
+const DocumentFormat& formatOf(const std::filesystem::path& path, std::span<const DocumentFormat* const> formats);
 
 }  // namespace zt

@@ -2,6 +2,7 @@
 #include <opendocument/OpenDocumentFormat.h>
 
 #include <opendocument/reading/StyleImporter.h>
+#include <opendocument/writing/EditableOpenDocument.h>
 
 namespace zt {
 
@@ -13,6 +14,9 @@ const DocumentFormat& openDocumentFormat() {
     [[nodiscard]] bool recognises(const std::filesystem::path&) const override { return true; }
     [[nodiscard]] Ref<ZTDocument> read(const std::filesystem::path& path) const override {
       return importStyles(RawDocument::read(Package::read(path)));
+    }
+    [[nodiscard]] std::unique_ptr<EditableDocument> openForEditing(const std::filesystem::path& path) const override {
+      return EditableOpenDocument::open(path);
     }
   };
   static const OpenDocument openDocument;

@@ -9,9 +9,19 @@
 
 namespace zt {
 
-Ref<ZTDocument> readDocument(const std::filesystem::path& path) {
+namespace {
+
+const DocumentFormat& formatOf(const std::filesystem::path& path) {
   static const std::array formats{&archiveFormat(), &wordFormat(), &openDocumentFormat()};
-  return readDocument(path, formats);
+  return formatOf(path, formats);
+}
+
+}  // namespace
+
+Ref<ZTDocument> readDocument(const std::filesystem::path& path) { return formatOf(path).read(path); }
+
+std::unique_ptr<EditableDocument> openForEditing(const std::filesystem::path& path) {
+  return formatOf(path).openForEditing(path);
 }
 
 }  // namespace zt

@@ -81,7 +81,7 @@ void DocumentEditor::rename(OdfStyle& target, const std::string& name) {
     throw EditError(fmt::format("{} is no named style and cannot be renamed", mDocument.labelOf(target)));
   refuseUnknownUses(target, "renamed");
   if (name.empty()) throw EditError("a style cannot have an empty name");
-  const std::string encoded = encodedStyleName(name);
+  const std::string encoded = mRules.fileName(target, name);
   const std::string oldName(fileNameOf(target));
   if (encoded != oldName) {
     const std::string_view old = target.identifier().view();

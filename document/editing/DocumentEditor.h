@@ -2,6 +2,7 @@
 #pragma once
 
 #include <document/ZTDocument.h>
+#include <document/editing/EditingRules.h>
 
 #include <optional>
 #include <set>
@@ -27,7 +28,8 @@ enum class KeepLook : bool { no, yes };
 /// Notes which styles are meant to look otherwise afterwards, so that everything else can be compared.
 class DocumentEditor {
  public:
-  explicit DocumentEditor(ZTDocument& document) : mDocument(document) {}
+  explicit DocumentEditor(ZTDocument& document, const EditingRules& rules = modelEditingRules())
+      : mDocument(document), mRules(rules) {}
 
   /// The one style that fits what a person typed. Throws `EditError` where there is none, or several.
   OdfStyle& style(std::string_view text) const;
@@ -79,6 +81,7 @@ class DocumentEditor {
   void takeOut(OdfStyle& style);
 
   ZTDocument& mDocument;
+  const EditingRules& mRules;
   std::unordered_map<const ZTSStyle*, std::optional<std::set<std::string_view>>> mMeant;  // none: in everything
   std::vector<Ref<OdfStyle>> mHeld;                                                       // the keys of that
 };

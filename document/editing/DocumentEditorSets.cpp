@@ -5,6 +5,7 @@
 #include <document/editing/DocumentEditor.h>
 #include <document/editing/LookImage.h>
 #include <document/editing/StyleNames.h>
+#include <document/editing/StylesAsRead.h>
 #include <document/styles/PropertyRules.h>
 #include <document/styles/StyleValues.h>
 
@@ -44,24 +45,6 @@ Ref<PropertyMap> comparedValues(const OdfStyle& style, bool ignoresRevisionMarks
   return values;
 }
 
-bool areSame(const PropertyMap& first, const PropertyMap& second) {
-  return first.count() == second.count() &&
-         std::all_of(first.begin(), first.end(), [&](const PropertyMap::Entry& entry) {
-           const NSObject* other = second.find(entry.key);
-           return asStyle(entry.value.get()) != nullptr ? entry.value.get() == other
-                                                        : sameOrEqual(entry.value.get(), other);
-         });
-}
-
-/// Applications take these for text that names no style.
-bool isUsedUnnamed(const ZTSStyle& style) {
-  if (!style.isIdentified()) return false;
-  const std::string_view identifier = style.identifier().view();
-  const std::string_view name = fileNameOf(style);
-  return identifier.starts_with("outline:") || name == "Standard" || name == "standard" || name == "Default" ||
-         name == "default";
-}
-
 }  // namespace
 
 std::vector<Ref<OdfStyle>> DocumentEditor::dedupe(const DedupeOptions& options) {
@@ -72,7 +55,7 @@ std::vector<Ref<OdfStyle>> DocumentEditor::dedupe(const DedupeOptions& options) 
       for (const PropertyMap::Entry& entry : *own) {
         if (const ZTSStyle* referred = asStyle(entry.value.get())) fixed.insert(referred);
         for (const NamedStyle& named :
-             stylesNamedBy(*asOdfStyle(static_cast<NSObject*>(each.get())), entry.key, *entry.value))
+             mRules.stylesNamedBy(*asOdfStyle(static_cast<NSObject*>(each.get())), entry.key, *entry.value))
           fixed.insert(mDocument.referredStyle(partOf(*asOdfStyle(static_cast<NSObject*>(each.get()))), named.family,
                                                named.name));
       }
@@ -94,8 +77,9 @@ std::vector<Ref<OdfStyle>> DocumentEditor::dedupe(const DedupeOptions& options) 
     const std::string key =
         fmt::format("{}/{}/{}/{}", origin->part, read->familyName(), read->parentIdentifier().view(), values->hash());
     std::vector<Candidate>& group = groups[key];
-    const auto same = std::find_if(group.begin(), group.end(),
-                                   [&](const Candidate& candidate) { return areSame(*candidate.values, *values); });
+    const auto same = std::find_if(group.begin(), group.end(), [&](const Candidate& candidate) {
+      return areSameValues(*candidate.values, *values);
+    });
     if (same == group.end()) {
       group.push_back({read, std::move(values)});
     } else {
@@ -124,7 +108,7 @@ std::vector<Ref<OdfStyle>> DocumentEditor::cleanup(const CleanupOptions& options
     const StyleOrigin* origin = mDocument.originOf(style);
     const bool isRoot = origin != nullptr &&
                         (origin->kind == StyleOrigin::Kind::made || origin->kind == StyleOrigin::Kind::defaultStyle);
-    return isRoot || isUsedUnnamed(style) || (options.keepsNamed && style.isIdentified()) ||
+    return isRoot || mRules.isUsedUnnamed(style) || (options.keepsNamed && style.isIdentified()) ||
            options.kept.contains(mDocument.labelOf(style)) || options.kept.contains(style.name().text()) ||
            (origin != nullptr && options.kept.contains(origin->name));
   };
@@ -142,7 +126,7 @@ std::vector<Ref<OdfStyle>> DocumentEditor::cleanup(const CleanupOptions& options
       const Ref<const PropertyMap> own = style->overridePropertyMap();
       if (!own) continue;
       for (const PropertyMap::Entry& entry : *own) {
-        for (const NamedStyle& named : stylesNamedBy(*style, entry.key, *entry.value))
+        for (const NamedStyle& named : mRules.stylesNamedBy(*style, entry.key, *entry.value))
           hold(mDocument.referredStyle(partOf(*style), named.family, named.name));
       }
     }
@@ -223,7 +207,7 @@ void DocumentEditor::followNames(const OdfStyle& style, const std::string& oldNa
     if (!own || &holder == &style) continue;
     std::vector<std::pair<PropertyKey, Ref<NSObject>>> found;
     for (const PropertyMap::Entry& entry : *own) {
-      const std::vector<NamedStyle> named = stylesNamedBy(holder, entry.key, *entry.value);
+      const std::vector<NamedStyle> named = mRules.stylesNamedBy(holder, entry.key, *entry.value);
       if (std::find(named.begin(), named.end(), wanted) != named.end()) found.emplace_back(entry.key, entry.value);
     }
     // An automatic style of the same name is what the holder means.
@@ -231,8 +215,8 @@ void DocumentEditor::followNames(const OdfStyle& style, const std::string& oldNa
     for (const auto& [key, value] : found) {
       if (!newName.empty()) {
         holder.setValueForProperty(
-            valueWithNames(holder, key, *value,
-                           [&](const NamedStyle& named) { return named == wanted ? newName : std::string(); }),
+            mRules.valueWithNames(holder, key, *value,
+                                  [&](const NamedStyle& named) { return named == wanted ? newName : std::string(); }),
             key);
       } else if (NSString::from(value.get()) != nullptr) {
         holder.removeValueForProperty(key);
@@ -248,7 +232,7 @@ void DocumentEditor::followNames(const OdfStyle& style, const std::string& oldNa
   for (const PropertyKey key : {keys::nextStyle(), keys::linkedStyle()}) {
     const NSObject* own = self.p_overrideValueForProperty(key);
     if (own == nullptr) continue;
-    const std::vector<NamedStyle> named = stylesNamedBy(self, key, *own);
+    const std::vector<NamedStyle> named = mRules.stylesNamedBy(self, key, *own);
     if (named.size() == 1 && named.front() == wanted) self.setValueForProperty(NSString::make(newName), key);
   }
 }

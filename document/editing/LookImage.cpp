@@ -89,7 +89,7 @@ std::vector<LookImage::Difference> LookImage::compare(const StyleLook& before, c
 }
 
 std::vector<LookImage::Difference> LookImage::differencesTo(const ZTDocument& after,
-                                                            const std::function<std::string(std::size_t)>& nameOf,
+                                                            const std::function<const OdfStyle*(std::size_t)>& styleOf,
                                                             const IsMeant& isMeant, std::size_t most) const {
   LookImage now(after);
   std::vector<Difference> told;
@@ -112,7 +112,7 @@ std::vector<LookImage::Difference> LookImage::differencesTo(const ZTDocument& af
   for (std::size_t index = 0; index < mUses.size() && told.size() < most; ++index) {
     const Use& use = mUses[index];
     countBefore += use.count;
-    if (use.look != nullptr) compareUse(use, after.referredStyle(use.part, use.family, nameOf(index)));
+    if (use.look != nullptr) compareUse(use, styleOf(index));
   }
   for (const Use& root : mRoots) compareUse(root, after.rootStyle(root.family));
   for (const StyleUse& use : after.styleUses()) countAfter += use.count;

@@ -42,10 +42,10 @@ class LookImage {
   /// Whether a difference of what uses this style is meant; the style may have left the document.
   using IsMeant = std::function<bool(const OdfStyle&, PropertyKey)>;
 
-  /// Compares with a document whose text is the same. `nameOf` tells what a use is called there. Answers the
+  /// Compares with a document whose text is the same. `styleOf` tells the style of a use there. Answers the
   /// differences that are not meant, a use whose style is missing there as one without a key, at most `most` of them.
   [[nodiscard]] std::vector<Difference> differencesTo(const ZTDocument& after,
-                                                      const std::function<std::string(std::size_t use)>& nameOf,
+                                                      const std::function<const OdfStyle*(std::size_t use)>& styleOf,
                                                       const IsMeant& isMeant, std::size_t most = 20) const;
 
  private:

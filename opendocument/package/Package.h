@@ -3,11 +3,11 @@
 /// @file
 /// An OpenDocument text as it lies on the disk: a flat file, a package or a folder.
 
+#include <document/DocumentFormat.h>
 #include <document/Finding.h>
 #include <document/package/ZipReader.h>
 #include <document/xml/XmlPart.h>
 
-#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -18,7 +18,7 @@ namespace zt {
 /// it never become paths.
 class Package {
  public:
-  enum class Kind : std::uint8_t { flat, package, folder };
+  using Kind = DocumentForm;
 
   /// Reads the document at `path`: a folder that holds styles.xml or content.xml, a package (told by
   /// its first bytes, not by its name) or a flat file. A part that cannot be read gives a finding as

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <document/editing/EditableDocument.h>
 #include <document/xml/XmlPart.h>
 #include <opendocument/writing/StyleDifference.h>
 
@@ -8,13 +9,6 @@
 #include <vector>
 
 namespace zt {
-
-/// One edit of a part, to be shown.
-struct ShownEdit {
-  SourcePlace place;
-  std::string before;
-  std::string after;
-};
 
 /// The bytes of a part with its differences written into them; nothing else changes. What was edited is added to
 /// `shown`. Throws `EditError` for what cannot be written.

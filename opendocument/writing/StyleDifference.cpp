@@ -13,33 +13,11 @@ namespace zt {
 
 namespace {
 
-Ref<PropertyMap> ownValues(const OdfStyle& style) {
-  const Ref<const PropertyMap> own = style.overridePropertyMap();
-  return own ? own->copy() : PropertyMap::make();
-}
-
 bool isRoot(const StringRef& identifier) {
   return identifier.isPresent() && identifier.view().find(':') == std::string_view::npos;
 }
 
 }  // namespace
-
-bool areSameValues(const PropertyMap& first, const PropertyMap& second) {
-  return first.count() == second.count() &&
-         std::all_of(first.begin(), first.end(), [&](const PropertyMap::Entry& entry) {
-           const NSObject* other = second.find(entry.key);
-           return asStyle(entry.value.get()) != nullptr ? entry.value.get() == other
-                                                        : sameOrEqual(entry.value.get(), other);
-         });
-}
-
-std::vector<StyleAsRead> stylesAsRead(const ZTDocument& document) {
-  std::vector<StyleAsRead> all;
-  all.reserve(document.readStyles().size());
-  for (const Ref<OdfStyle>& style : document.readStyles())
-    all.push_back({style, ownValues(*style), style->identifier(), style->parentIdentifier(), style->name()});
-  return all;
-}
 
 StyleDifference::StyleDifference(const ZTDocument& document, const std::vector<StyleAsRead>& before)
     : mDocument(document), mParts(document.parts.size()) {
@@ -61,7 +39,7 @@ void StyleDifference::compare(const StyleAsRead& before) {
   const bool hasMoved = before.identifier.isPresent() != style.isIdentified();
   const bool isSame = before.identifier == style.identifier() && before.name == style.name() &&
                       before.parentIdentifier == style.parentIdentifier() &&
-                      areSameValues(*before.own, *ownValues(style));
+                      areSameValues(*before.own, *ownValuesOf(style));
   if (!isGone && !hasMoved && isSame) return;
   if (origin->kind == StyleOrigin::Kind::listLevel) {
     if (!isGone) mParts[origin->part].elements[origin->element].levels.emplace_back(origin->level, &before);
@@ -88,9 +66,10 @@ void StyleDifference::findNewStyles(const std::vector<StyleAsRead>& before) {
     const StyleOrigin* origin = mDocument.originOf(*style);
     const bool isMadeRoot =
         isRoot(style->identifier()) && (origin == nullptr || origin->element == StyleOrigin::kNoElement);
-    const bool isNew = isMadeRoot ? style->overridesAnyProperty() &&
-                                        (found == read.end() || !areSameValues(*found->second->own, *ownValues(*style)))
-                                  : found == read.end() || !found->second->identifier.isPresent();
+    const bool isNew = isMadeRoot
+                           ? style->overridesAnyProperty() &&
+                                 (found == read.end() || !areSameValues(*found->second->own, *ownValuesOf(*style)))
+                           : found == read.end() || !found->second->identifier.isPresent();
     if (!isNew) continue;
     if (style->family() == StyleFamily::list || style->family() == StyleFamily::listLevel ||
         (isMadeRoot && style->family() == StyleFamily::other))

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <document/ZTDocument.h>
+#include <document/editing/StylesAsRead.h>
 
 #include <map>
 #include <string>
@@ -10,18 +11,6 @@
 #include <vector>
 
 namespace zt {
-
-/// A style as it was read.
-struct StyleAsRead {
-  Ref<OdfStyle> style;
-  Ref<PropertyMap> own;  ///< a copy
-  StringRef identifier;
-  StringRef parentIdentifier;
-  StringRef name;
-};
-
-/// All styles that were read, as they are now.
-std::vector<StyleAsRead> stylesAsRead(const ZTDocument& document);
 
 /// What is to be done to the elements of the styles of each part, and to the names in its text.
 class StyleDifference {
@@ -64,8 +53,5 @@ class StyleDifference {
   std::unordered_map<std::string, bool> mTaken;  // every name of a style, filled when one is needed
   std::size_t mNextNumber = 1;
 };
-
-/// Whether two sets of own values are the same; styles among them are compared by identity.
-bool areSameValues(const PropertyMap& first, const PropertyMap& second);
 
 }  // namespace zt

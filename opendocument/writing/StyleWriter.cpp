@@ -229,7 +229,8 @@ std::string StyleWriter::newStyle(const OdfStyle& style) const {
   };
   std::map<std::pair<int, std::string>, Group> groups;
   std::string children;
-  for (const PropertyMap::Entry& entry : *valuesOf(style)) {
+  const Ref<const PropertyMap> values = valuesOf(style);
+  for (const PropertyMap::Entry& entry : *values) {
     if (entry.key == keys::otherFamily()) continue;
     const Property property = propertyFor(entry.key, entry.value.get());
     const std::string text = textOf(style, entry.key, *entry.value);

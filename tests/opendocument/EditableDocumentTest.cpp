@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <opendocument/writing/EditableDocument.h>
+#include <opendocument/writing/EditableOpenDocument.h>
 
 #include <document/package/ZipRewriter.h>
 #include <platform/NSUndoManager.h>
@@ -29,7 +29,7 @@ std::vector<std::string> bytesOf(EditableDocument& document) {
 
 // What an edit makes of a flat document; undo has to bring back the first bytes, redo the same result.
 std::string edited(const std::string& text, const Edit& edit) {
-  const auto document = EditableDocument::fromFlatText(text, "a.fodt");
+  const auto document = EditableOpenDocument::fromFlatText(text, "a.fodt");
   NSUndoManager& undo = *document->document().undoManager();
   undo.performInGroup([&] { edit(document->editor()); });
   const std::string result = document->writtenParts().front().bytes;
@@ -42,7 +42,7 @@ std::string edited(const std::string& text, const Edit& edit) {
 
 std::string refusal(const std::string& text, const Edit& edit) {
   try {
-    const auto document = EditableDocument::fromFlatText(text, "a.fodt");
+    const auto document = EditableOpenDocument::fromFlatText(text, "a.fodt");
     document->document().undoManager()->performInGroup([&] { edit(document->editor()); });
     (void)document->writtenParts();
     return {};
@@ -90,7 +90,7 @@ TEST(EditableDocumentTest, WritesWhatNobodyChangedByteForByteInAllForms) {
   for (const std::string& name : kDocuments) {
     SCOPED_TRACE(name);
     const auto source = dataPath(name);
-    const auto document = EditableDocument::open(source);
+    const auto document = EditableOpenDocument::open(source);
     const std::vector<XmlPart> parts = document->writtenParts();
     if (parts.size() == 1 && parts.front().name == "flat") {
       document->save({.out = folder / name});
@@ -104,7 +104,7 @@ TEST(EditableDocumentTest, WritesWhatNobodyChangedByteForByteInAllForms) {
       entries.emplace_back(part.name, part.bytes);
     }
     const std::string packed = folder.zip(name + ".odt", entries);
-    EditableDocument::open(packed)->save({.out = folder / (name + "-again.odt")});
+    EditableOpenDocument::open(packed)->save({.out = folder / (name + "-again.odt")});
     EXPECT_TRUE(contentOf(packed) == contentOf((folder / (name + "-again.odt")).string()));
     document->save({.out = folder / name});
     for (const XmlPart& part : parts) EXPECT_EQ(contentOf((folder / name / part.name).string()), part.bytes);
@@ -175,7 +175,7 @@ TEST(EditableDocumentTest, MergesAndRemovesStyles) {
 TEST(EditableDocumentTest, RefusesWhatIsNotWhole) {
   const TemporaryFolder folder;
   const std::string cut = folder.write("cut.fodt", letter().substr(0, letter().size() - 30));
-  EXPECT_THROW((void)EditableDocument::open(cut), ReadError);
+  EXPECT_THROW((void)EditableOpenDocument::open(cut), ReadError);
   const std::string vendor =
       with(letter(), {{"<text:p text:style-name=\"Odd\"/>", "<text:p x:like=\"Unused\" xmlns:x=\"urn:x\"/>"}});
   EXPECT_THAT(refusal(vendor, [](auto& editor) { editor.remove(editor.style("Unused"), KeepLook::no); }),
@@ -194,7 +194,7 @@ TEST(EditableDocumentTest, SavesOnlyOverDocumentsOfItsForm) {
   const std::string path = folder.zip("a.odt", entries);
   const auto save = [&](const SaveOptions& options) -> std::string {
     try {
-      const auto document = EditableDocument::open(path);
+      const auto document = EditableOpenDocument::open(path);
       set(document->editor(), "A", "text.fo.font-size=11pt");
       document->save(options);
       return {};
@@ -223,7 +223,7 @@ TEST(EditableDocumentTest, EditsTheRealDocumentsAndUndoesIt) {
   for (const std::string& name : kDocuments) {
     SCOPED_TRACE(name);
     for (const Edit& edit : edits) {
-      const auto document = EditableDocument::open(dataPath(name));
+      const auto document = EditableOpenDocument::open(dataPath(name));
       const std::vector<std::string> first = bytesOf(*document);
       NSUndoManager& undo = *document->document().undoManager();
       try {
