@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <insight/reuse/Deduplication.h>
 
+#include <document/editing/LookImage.h>
 #include <insight/reuse/FormattingRequest.h>
 
 #include <platform/NSNull.h>
@@ -11,11 +12,15 @@ namespace zt {
 
 namespace {
 
-/// Every effective value.
+/// Whether a property says how a style is sorted, shown or edited, and nothing of what text looks like.
+bool isMetadata(PropertyKey key) { return key.view().starts_with("style.") && !isLook(key); }
+
+/// Every effective value that says what text looks like.
 Ref<PropertyMap> appearanceOf(const ZTSStyle& style) {
   Ref<PropertyMap> appearance = PropertyMap::make();
   if (const Ref<PropertyMap> all = style.propertyMap()) {
     for (const PropertyMap::Entry& entry : *all) {
+      if (isMetadata(entry.key)) continue;
       if (const Ref<NSObject> value = style.valueForProperty(entry.key)) appearance->set(entry.key, value);
     }
   }
@@ -28,7 +33,8 @@ bool hideWhatIsOnlyOfTheBase(const ZTSStyle& base, PropertyMap& wanted) {
   if (const Ref<const PropertyMap> own = base.overridePropertyMap()) {
     for (const PropertyMap::Entry& entry : *own) {
       const PropertyRule* rule = propertyRule(entry.key);
-      if (rule != nullptr && !rule->isInherited && !isNull(entry.value.get()) && !wanted.contains(entry.key))
+      if (rule != nullptr && !rule->isInherited && !isMetadata(entry.key) && !isNull(entry.value.get()) &&
+          !wanted.contains(entry.key))
         wanted.set(entry.key, Ref<NSObject>(NSNull::null()));
     }
   }
@@ -68,7 +74,9 @@ void Deduplication::replay(const Ref<OdfStyle>& style, const PropertyMap& appear
   };
   const Ref<PropertyMap> values = PropertyMap::make();
   if (const Ref<const PropertyMap> own = style->overridePropertyMap()) {
-    for (const PropertyMap::Entry& entry : *own) values->set(entry.key, nowIn(entry.value));
+    for (const PropertyMap::Entry& entry : *own) {
+      if (!isMetadata(entry.key)) values->set(entry.key, nowIn(entry.value));
+    }
   }
   const Ref<ZTSStyle> base(sheet.cascadedStyleWithIdentifier(style->parentIdentifier()));
   const std::size_t before = sheet.anonymousStyles().count();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <tool/Tool.h>
 
+#include <document/editing/LookImage.h>
 #include <document/styles/StyleValues.h>
 #include <gmock/gmock.h>
 #include <tests/TestDocuments.h>
@@ -28,12 +29,13 @@ std::string letter() {
               "<text:p text:style-name=\"P4\"/><text:p text:style-name=\"Below\"/>");
 }
 
-/// Every effective value, whatever the style is called and based on.
+/// Every effective value that text shows, whatever the style is called and based on.
 std::string lookOf(const zt::ZTSStyle& style) {
   nlohmann::json look{{"class", style.classObject().name().text()}};
   const zt::Ref<zt::PropertyMap> all = style.propertyMap();
   for (zt::PropertyKey key : all ? all->keySet()->keys() : std::vector<zt::PropertyKey>()) {
     const zt::Ref<zt::NSObject> value = style.valueForProperty(key);
+    if (key.view().starts_with("style.") && !zt::isLook(key)) continue;
     if (const zt::ZTSStyle* reference = zt::asStyle(value.get()))
       look[key.string().text()] = reference->isIdentified() ? reference->identifier().text() : lookOf(*reference);
     else if (value)
