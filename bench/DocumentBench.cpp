@@ -8,6 +8,7 @@
 #include <insight/reuse/Deduplication.h>
 #include <opendocument/OpenDocumentFormat.h>
 #include <opendocument/reading/StyleImporter.h>
+#include <opendocument/writing/EditableOpenDocument.h>
 
 #include <libxml/parser.h>
 
@@ -51,6 +52,23 @@ BENCHMARK(Read)
     ->Args({20'000, 1})
     ->Unit(benchmark::kMillisecond);
 
+/// What comes after reading: one changed style, written back and checked.
+void WriteBack(benchmark::State& state) {
+  const std::string& text = flatOf(state.range(0), false);
+  for (auto _ : state) {
+    state.PauseTiming();
+    auto document = EditableOpenDocument::fromFlatText(text, "bench.fodt");
+    OdfStyle& style = document->editor().style("S1");
+    document->editor().set(style, {document->editor().assignment(style, "text.fo.font-size=99pt")});
+    state.ResumeTiming();
+    benchmark::DoNotOptimize(document->writtenParts());
+    state.PauseTiming();
+    document.reset();
+    state.ResumeTiming();
+  }
+}
+BENCHMARK(WriteBack)->Arg(20'000)->Arg(200'000)->Unit(benchmark::kMillisecond);
+
 void BareParse(benchmark::State& state) {
   const std::string& text = flatOf(state.range(0), false);
   for (auto _ : state) {
@@ -65,6 +83,7 @@ void ReadReal(benchmark::State& state) {
 BENCHMARK(ReadReal)->Unit(benchmark::kMillisecond);
 
 [[maybe_unused]] const bool kSiblings = compare({"Read/200000/deep:0", "Read/20000/deep:0", 20});
+[[maybe_unused]] const bool kWritten = compare({"WriteBack/200000", "Read/200000/deep:0", 2});
 [[maybe_unused]] const bool kChain = compare({"Read/20000/deep:1", "Read/2000/deep:1", 15});
 [[maybe_unused]] const bool kParse = compare({"Read/20000/deep:0", "BareParse/20000"});
 

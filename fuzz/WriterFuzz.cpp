@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: MIT
+#include <document/Finding.h>
+#include <opendocument/writing/EditableOpenDocument.h>
+
+#include <platform/NSUndoManager.h>
+#include <support/ZTULog.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+namespace {
+
+using namespace zt;
+
+/// One edit of some style of the document, as four bytes say.
+void edit(EditableDocument& editable, const std::uint8_t* bytes) {
+  DocumentEditor& editor = editable.editor();
+  const auto& styles = editable.document().readStyles();
+  if (styles.empty()) return;
+  OdfStyle& style = *styles[bytes[1] % styles.size()];
+  OdfStyle& other = *styles[bytes[2] % styles.size()];
+  if (style.stylesheet() == nullptr || other.stylesheet() == nullptr) return;
+  const KeepLook keepLook = bytes[3] % 2 == 0 ? KeepLook::no : KeepLook::yes;
+  switch (bytes[0] % 7) {
+    case 0: (void)editor.dedupe({.ignoresRevisionMarks = keepLook == KeepLook::yes}); break;
+    case 1: (void)editor.cleanup({.keepsNamed = keepLook == KeepLook::yes}); break;
+    case 2: editor.rename(style, "New <" + std::to_string(bytes[3])); break;
+    case 3: editor.remove(style, keepLook); break;
+    case 4: editor.merge(style, other); break;
+    case 5: editor.reparent(style, &other, keepLook); break;
+    default: editor.set(style, {editor.assignment(style, "text.fo.color=#123456")}); break;
+  }
+}
+
+}  // namespace
+
+/// Eight bytes that choose two edits, and any bytes as a flat OpenDocument file. A document that can be read is written
+/// back as it was; an edited one can be read again (which writing tries itself) or is refused; undo brings the first
+/// bytes back.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  constexpr std::size_t kEdits = 8;
+  if (size <= kEdits) return 0;
+  ZTULogRecorder quiet;
+  const std::string text(reinterpret_cast<const char*>(data) + kEdits, size - kEdits);
+  std::unique_ptr<EditableDocument> document;
+  try {
+    document = EditableOpenDocument::fromFlatText(text, "input");
+  } catch (const ReadError&) {
+    return 0;
+  }
+  if (document->writtenParts().front().bytes != text) std::abort();
+  NSUndoManager& undo = *document->document().undoManager();
+  try {
+    undo.performInGroup([&] {
+      edit(*document, data);
+      edit(*document, data + 4);
+    });
+    (void)document->writtenParts();
+  } catch (const EditError&) {
+  } catch (const ReadError&) {
+  }
+  if (undo.canUndo()) undo.undo();
+  if (document->writtenParts().front().bytes != text) std::abort();
+  return 0;
+}
