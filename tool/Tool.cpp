@@ -2,6 +2,7 @@
 #include <tool/Tool.h>
 
 #include <document/Finding.h>
+#include <document/editing/DocumentEditor.h>
 #include <tool/commands/Commands.h>
 
 #include <platform/ZTVersion.h>
@@ -33,7 +34,7 @@ int parseAndRun(std::vector<std::string> arguments, const Console& console) {
   tool.set_help_flag("-h,--help", "Say what can be done and leave");
   tool.require_subcommand(1);
   tool.footer(
-      "Exit codes: 0 done, 1 done with findings, 2 wrong use, 3 unreadable input.\n"
+      "Exit codes: 0 done, 1 done with findings, 2 wrong use or refused, 3 unreadable input or output.\n"
       "`ztstyles COMMAND --help` tells more about a command, with examples.");
 
   const auto commands = makeCommands();
@@ -72,6 +73,8 @@ int runTool(const std::vector<std::string>& arguments, const Console& console) {
   try {
     return parseAndRun(arguments, console);
   } catch (const UsageError& error) {
+    return fail(console, ExitCode::wrongUse, error.what());
+  } catch (const EditError& error) {
     return fail(console, ExitCode::wrongUse, error.what());
   } catch (const ReadError& error) {
     return fail(console, ExitCode::unreadableInput, error.what());

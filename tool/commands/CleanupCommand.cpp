@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include <document/archive/DocumentArchive.h>
-#include <insight/reuse/UnusedStyles.h>
 #include <insight/validation/FindingsJson.h>
 #include <tool/Formats.h>
 #include <tool/commands/Commands.h>
+#include <tool/commands/WriteOptions.h>
 #include <tool/console/Report.h>
 
 #include <fmt/format.h>
@@ -18,26 +18,39 @@ namespace {
 class CleanupCommand : public Command {
  public:
   CLI::App* addTo(CLI::App& tool) override {
-    CLI::App* command = tool.add_subcommand("cleanup", "List the styles that nothing in the document uses");
+    CLI::App* command =
+        tool.add_subcommand("cleanup", "Remove the styles that nothing in the document uses, or list them");
     command->add_option("FILE", mFile, "The document, or an archive")->required();
-    command->add_option("-o,--out", mOut, "Write the styles that are left as an archive; packed if OUT ends in .gz");
+    mOptions.addTo(*command,
+                   "Write the document without them; an archive of the styles that are left if OUT ends in .zts "
+                   "(.zts.gz: packed)");
     command->add_flag("--keep-named", mKeepsNamed, "Only automatic styles and list levels go");
+    command->add_option("--keep", mKept, "A style that stays. May be given several times")->allow_extra_args(false);
     command->add_flag("--json", mAsJson, "Write one JSON object: what is removed, how many are left");
     command->footer(
-        "A style is used if the text names it, or a used style inherits from it or refers to it. FILE is not "
-        "changed.\n"
+        "A style is used if the text names it, or a used style inherits from it or refers to it. The outline, default "
+        "styles, "
+        "Standard\nand what used styles name as the next style or in conditions stay.\n"
         "Examples:\n"
         "  ztstyles cleanup letter.odt\n"
+        "  ztstyles cleanup letter.odt -o small.odt\n"
         "  ztstyles cleanup letter.odt -o small.zts && ztstyles tree small.zts\n"
         "  ztstyles cleanup --keep-named --json letter.fodt | jq .removed[].style");
     return command;
   }
 
   ExitCode run(const Console& console) override {
-    const Ref<ZTDocument> document = readDocument(mFile);
+    const std::unique_ptr<EditableDocument> editable = mOptions.concernDocument() ? openForEditing(mFile) : nullptr;
+    const Ref<ZTDocument> document = editable ? Ref<ZTDocument>(&editable->document()) : readDocument(mFile);
     const std::size_t before = document->stylesheet().styles().count();
-    const std::vector<Ref<OdfStyle>> removed = removeUnusedStyles(*document, mKeepsNamed);
-    if (!mOut.empty()) saveArchive(*document, mOut, {.compression = compressionForName(mOut)});
+    std::vector<Ref<OdfStyle>> removed;
+    document->undoManager()->performInGroup([&] {
+      removed = DocumentEditor(*document).cleanup({.keepsNamed = mKeepsNamed, .kept = {mKept.begin(), mKept.end()}});
+    });
+    if (!editable && !mOptions.out().empty()) {
+      mOptions.refuseArchiveOverOthers();
+      saveArchive(*document, mOptions.out(), {.compression = compressionForName(mOptions.out())});
+    }
     if (mAsJson) {
       nlohmann::ordered_json json{{"document", document->shown}, {"before", before}, {"left", before - removed.size()}};
       json["removed"] = nlohmann::ordered_json::array();
@@ -58,13 +71,15 @@ class CleanupCommand : public Command {
       for (const auto& [family, count] : byFamily) console.out << fmt::format("{:<20} {:>8}\n", family, count);
       console.out << fmt::format("{} of {} styles are used by nothing\n", removed.size(), before);
     }
+    if (editable && !(mAsJson && mOptions.areDry())) mOptions.finish(*editable, mFile, console);
     printFindings(document->findings, console);
     return codeFor(document->findings);
   }
 
  private:
   std::string mFile;
-  std::string mOut;
+  WriteOptions mOptions;
+  std::vector<std::string> mKept;
   bool mKeepsNamed = false;
   bool mAsJson = false;
 };

@@ -8,8 +8,13 @@ std::unique_ptr<Command> makeCleanupCommand();
 std::unique_ptr<Command> makeConvertCommand();
 std::unique_ptr<Command> makeDedupeCommand();
 std::unique_ptr<Command> makeDiffCommand();
+std::unique_ptr<Command> makeEditCommand();
 std::unique_ptr<Command> makeExplainCommand();
+std::unique_ptr<Command> makeMergeCommand();
 std::unique_ptr<Command> makeNormalizeCommand();
+std::unique_ptr<Command> makeRemoveCommand();
+std::unique_ptr<Command> makeRenameCommand();
+std::unique_ptr<Command> makeReparentCommand();
 std::unique_ptr<Command> makeSetCommand();
 std::unique_ptr<Command> makeShowCommand();
 std::unique_ptr<Command> makeStatsCommand();
@@ -20,7 +25,8 @@ std::unique_ptr<Command> makeVaryCommand();
 std::vector<std::unique_ptr<Command>> makeCommands() {
   std::vector<std::unique_ptr<Command>> commands;
   for (auto* make : {makeExplainCommand, makeTreeCommand, makeShowCommand, makeStatsCommand, makeValidateCommand,
-                     makeSetCommand, makeVaryCommand, makeDedupeCommand, makeCleanupCommand, makeConvertCommand,
+                     makeSetCommand, makeVaryCommand, makeDedupeCommand, makeCleanupCommand, makeRenameCommand,
+                     makeMergeCommand, makeReparentCommand, makeRemoveCommand, makeEditCommand, makeConvertCommand,
                      makeNormalizeCommand, makeDiffCommand}) {
     commands.push_back(make());
   }

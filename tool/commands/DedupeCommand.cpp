@@ -4,6 +4,7 @@
 #include <insight/validation/FindingsJson.h>
 #include <tool/Formats.h>
 #include <tool/commands/Commands.h>
+#include <tool/commands/WriteOptions.h>
 #include <tool/console/Report.h>
 
 #include <fmt/format.h>
@@ -21,25 +22,36 @@ class DedupeCommand : public Command {
     CLI::App* command =
         tool.add_subcommand("dedupe", "Replay automatic styles as formatting requests: how many remain");
     command->add_option("FILE", mFile, "The document, or an archive")->required();
-    command->add_option("-o,--out", mOut, "Write the styles that remain as an archive; packed if OUT ends in .gz");
+    mOptions.addTo(*command,
+                   "Write the document that results; an archive of the styles that remain if OUT ends in .zts "
+                   "(.zts.gz: packed)");
+    command->add_flag("--ignore-revision-marks", mIgnoresRevisionMarks,
+                      "In a document that is written, revision ids are no formatting");
     command->add_flag("--list", mShowsAll, "Show for each automatic style which style answers it");
     command->add_flag("--json", mAsJson, "Write one JSON object: counts by family, and the answer to each style");
     command->footer(
         "Each automatic style, and each level of a list, is asked for as a variation of its parent. \"Found\" are\n"
         "those that an earlier one or the parent itself answers, \"made\" those that remain. References and uses\n"
-        "go over to the answers. FILE is not changed.\n"
+        "go over to the answers. In a document that is written, automatic styles that say the same as an earlier one\n"
+        "of their part and parent give way to it; list styles stay apart.\n"
         "Examples:\n"
         "  ztstyles dedupe letter.odt\n"
+        "  ztstyles dedupe letter.odt --ignore-revision-marks -o small.odt\n"
         "  ztstyles dedupe letter.odt -o small.zts && ztstyles stats small.zts\n"
         "  ztstyles dedupe --list letter.fodt | grep paragraph:");
     return command;
   }
 
   ExitCode run(const Console& console) override {
+    if (mOptions.concernDocument()) return writeDocument(console);
     const Ref<ZTDocument> document = readDocument(mFile);
     const Deduplication result(*document);
     const std::size_t different = result.total().different;
-    if (!mOut.empty() && different == 0) saveArchive(*document, mOut, {.compression = compressionForName(mOut)});
+    const std::string& out = mOptions.out();
+    if (!out.empty() && different == 0) {
+      mOptions.refuseArchiveOverOthers();
+      saveArchive(*document, out, {.compression = compressionForName(out)});
+    }
     if (mAsJson) {
       printJson(asJson(result, *document), console);
     } else {
@@ -48,11 +60,35 @@ class DedupeCommand : public Command {
     printFindings(document->findings, console);
     if (different == 0) return codeFor(document->findings);
     console.err << "ztstyles: " << different << " styles look different"
-                << (mOut.empty() ? "" : "; '" + mOut + "' is not written") << '\n';
+                << (out.empty() ? "" : "; '" + out + "' is not written") << '\n';
     return ExitCode::findings;
   }
 
  private:
+  // Only what is safe in a file: automatic styles of one part and one parent that say the same become one.
+  ExitCode writeDocument(const Console& console) const {
+    const std::unique_ptr<EditableDocument> editable = openForEditing(mFile);
+    ZTDocument& document = editable->document();
+    std::vector<Ref<OdfStyle>> gone;
+    mOptions.perform(*editable, [&](DocumentEditor& editor) {
+      gone = editor.dedupe({.ignoresRevisionMarks = mIgnoresRevisionMarks});
+    });
+    if (mAsJson) {
+      nlohmann::ordered_json json{{"document", document.shown}, {"gone", nlohmann::ordered_json::array()}};
+      for (const Ref<OdfStyle>& style : gone) json["gone"].push_back(document.labelOf(*style));
+      json["findings"] = findingsAsJson(document.findings);
+      printJson(json, console);
+    } else {
+      for (const Ref<OdfStyle>& style : gone) {
+        if (mShowsAll) console.out << document.labelOf(*style) << '\n';
+      }
+      console.out << fmt::format("{} automatic styles gave way to equal ones\n", gone.size());
+    }
+    if (!mAsJson || !mOptions.areDry()) mOptions.finish(*editable, mFile, console);
+    printFindings(document.findings, console);
+    return ExitCode::done;
+  }
+
   static double microseconds(const Deduplication& result) { return static_cast<double>(result.time().count()) / 1000; }
 
   void print(const Deduplication& result, const Console& console) const {
@@ -96,7 +132,8 @@ class DedupeCommand : public Command {
   }
 
   std::string mFile;
-  std::string mOut;
+  WriteOptions mOptions;
+  bool mIgnoresRevisionMarks = false;
   bool mShowsAll = false;
   bool mAsJson = false;
 };

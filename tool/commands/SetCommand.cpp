@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include <document/styles/PropertyRules.h>
 #include <insight/change/ChangeTrace.h>
 #include <insight/explain/Explanation.h>
 #include <insight/validation/FindingsJson.h>
 #include <tool/Formats.h>
 #include <tool/commands/Commands.h>
+#include <tool/commands/WriteOptions.h>
 #include <tool/console/Report.h>
 
-#include <platform/NSNull.h>
-#include <platform/NSString.h>
 #include <platform/ZTFormat.h>
 
 #include <fmt/format.h>
@@ -19,17 +17,13 @@ namespace zt {
 
 namespace {
 
-/// One PROPERTY=VALUE of the command line.
-struct Assignment {
-  PropertyKey key;
-  Ref<NSObject> value;  ///< none: the own value is to go
-};
+using Assignment = DocumentEditor::Assignment;
 
 class SetCommand : public Command {
  public:
   CLI::App* addTo(CLI::App& tool) override {
     CLI::App* command = tool.add_subcommand("set", "Change values of a style and say what that sets off");
-    command->add_option("FILE", mFile, "The document; it is only read")->required();
+    command->add_option("FILE", mFile, "The document; it is only read without -o and --in-place")->required();
     command->add_option("STYLE", mStyle, "The style, as `explain` takes it; it must be one")->required();
     command
         ->add_option("PROPERTY=VALUE", mAssignments,
@@ -41,19 +35,26 @@ class SetCommand : public Command {
     command->add_flag("--trace", mTraces, "Tell in order what happened");
     CLI::Option* undo = command->add_flag("--undo", mUndoes, "Then take the change back");
     command->add_flag("--redo", mRedoes, "Then do it again")->needs(undo);
+    mOptions.addTo(*command);
     command->add_flag("--json", mAsJson, "Write one JSON object: phases with events and values before and after");
     command->footer(
-        "The change is made in one undo group of the document in memory; nothing is written.\n"
+        "The change is made in one undo group of the document in memory. With -o or --in-place the document is "
+        "written;\n"
+        "what must not look different and does keeps it from that.\n"
         "Examples:\n"
         "  ztstyles set letter.odt Standard text.fo.font-size=14pt --trace\n"
+        "  ztstyles set letter.odt Standard text.fo.font-size=14pt -o larger.odt\n"
         "  ztstyles set letter.odt paragraph:Heading fo.color=#ff0000 --lock Heading_20_1 --trace --undo --redo");
     return command;
   }
 
   ExitCode run(const Console& console) override {
-    const Ref<ZTDocument> document = readDocument(mFile);
+    const std::unique_ptr<EditableDocument> editable = mOptions.concernDocument() ? openForEditing(mFile) : nullptr;
+    const Ref<ZTDocument> document = editable ? Ref<ZTDocument>(&editable->document()) : readDocument(mFile);
+    DocumentEditor plain(*document);
+    DocumentEditor& editor = editable ? editable->editor() : plain;
     OdfStyle& style = oneStyle(*document, mStyle);
-    const std::vector<Assignment> assignments = assignmentsFor(*document, style);
+    const std::vector<Assignment> assignments = assignmentsFor(editor, style);
     NSUndoManager& manager = *document->undoManager();
     manager.disableUndoRegistration();
     for (const std::string& locked : mLocked) oneStyle(*document, locked).setIsLocked(true);
@@ -68,9 +69,11 @@ class SetCommand : public Command {
       phases.back()["events"] = eventsAsJson(events);
       if (!mAsJson) print(phases.back(), *document, style, console);
     };
-    phase("change", ChangeTrace::Phase::change, [&] { manager.performInGroup([&] { apply(style, assignments); }); });
+    phase("change", ChangeTrace::Phase::change,
+          [&] { manager.performInGroup([&] { editor.set(style, assignments); }); });
     if (mUndoes && manager.canUndo()) phase("undo", ChangeTrace::Phase::undo, [&] { manager.undo(); });
     if (mRedoes && manager.canRedo()) phase("redo", ChangeTrace::Phase::redo, [&] { manager.redo(); });
+    if (editable && !(mAsJson && mOptions.areDry())) mOptions.finish(*editable, mFile, console);
     if (mAsJson) {
       printJson({{"document", document->shown},
                  {"style", document->labelOf(style)},
@@ -96,55 +99,14 @@ class SetCommand : public Command {
                      (styles.size() > 5 ? ", ..." : ""));
   }
 
-  std::vector<Assignment> assignmentsFor(const ZTDocument& document, const OdfStyle& style) const {
-    std::vector<Assignment> assignments;
-    for (const std::string& text : mAssignments) {
-      const std::size_t equals = text.find('=');
-      const std::string name = text.substr(0, equals);
-      // Only keys that the family has already are made into keys, which stay for ever.
-      PropertyKey key;
-      style.inspectableProperties().forEach([&](PropertyKey each) {
-        if (each.view() == name) key = each;
-      });
-      if (!key) throw UsageError(document.labelOf(style) + " has no property '" + name + "'");
-      Ref<NSObject> value;
-      if (equals != std::string::npos) {
-        value = valueFor(document, style, key, text.substr(equals + 1));
-        if (!value || !style.validateValueForProperty(isNull(value.get()) ? nullptr : value.get(), key)) {
-          throw UsageError(name + " does not take '" + text.substr(equals + 1) + "'");
-        }
-      }
-      assignments.push_back({key, std::move(value)});
+  std::vector<Assignment> assignmentsFor(const DocumentEditor& editor, const OdfStyle& style) const {
+    try {
+      std::vector<Assignment> assignments;
+      for (const std::string& text : mAssignments) assignments.push_back(editor.assignment(style, text));
+      return assignments;
+    } catch (const EditError& error) {
+      throw UsageError(error.what());
     }
-    return assignments;
-  }
-
-  Ref<NSObject> valueFor(const ZTDocument& document, const OdfStyle& style, PropertyKey key,
-                         const std::string& text) const {
-    if (text.empty()) return Ref<NSObject>(NSNull::null());
-    if (style.isReferencedStyleProperty(key)) return Ref<NSObject>(&oneStyle(document, text));
-    const PropertyRule* rule = propertyRule(key);
-    if (rule != nullptr && rule->kinds == kStyle) return NSString::make(text);
-    return readValue(rule, text);
-  }
-
-  static void apply(OdfStyle& style, const std::vector<Assignment>& assignments) {
-    if (assignments.size() == 1) {
-      const Assignment& only = assignments.front();
-      if (!only.value) return style.removeValueForProperty(only.key);
-      return style.setValueForProperty(isNull(only.value.get()) ? Ref<NSObject>() : only.value, only.key);
-    }
-    const Ref<PropertyMap> values = PropertyMap::make(assignments.size());
-    const Ref<PropertySet> removed = PropertySet::make();
-    for (const Assignment& each : assignments) {
-      if (each.value) {
-        values->set(each.key, each.value);
-      } else {
-        removed->add(each.key);
-      }
-    }
-    if (!values->isEmpty()) style.setValuesForProperties(*values);
-    style.removeValuesForProperties(*removed);
   }
 
   /// The effective values that this is about: of the style, and of those that were locked.
@@ -204,6 +166,7 @@ class SetCommand : public Command {
     }
   }
 
+  WriteOptions mOptions;
   std::string mFile;
   std::string mStyle;
   std::vector<std::string> mAssignments;

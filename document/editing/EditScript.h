@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+/// @file
+/// Edits in words, as a command line or a script has them.
+
+#include <document/editing/DocumentEditor.h>
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zt {
+
+/// One edit: "rename Heading Title" as its words, with the line where it stands.
+struct EditLine {
+  std::size_t line = 0;
+  std::vector<std::string> words;
+};
+
+/// The edits of a script: one a line, words apart by blanks or in double quotes (with "" for one inside), `#` before a
+/// remark. Throws `EditError` with the line for a quote that does not end.
+std::vector<EditLine> editLines(std::string_view script);
+
+/// Makes one edit. Throws `EditError` for one that is not known, lacks words or cannot be made.
+///
+///     set STYLE PROPERTY=VALUE...        rename OLD NEW           reparent [--keep-look] STYLE PARENT
+///     merge FROM... INTO                 remove [--keep-look] STYLE...
+///     dedupe [--ignore-revision-marks]   cleanup [--keep-named] [KEPT...]
+void performEdit(DocumentEditor& editor, const std::vector<std::string>& words);
+
+/// Makes all edits; the first that cannot be made ends it with an `EditError` that tells its line. The caller takes the
+/// others back.
+void performEdits(DocumentEditor& editor, const std::vector<EditLine>& lines);
+
+}  // namespace zt
