@@ -3,6 +3,8 @@
 
 #include <support/ZTUIdentitySet.h>
 
+#include <algorithm>
+
 namespace zt {
 
 /// A counted identity set that does not hold its members: each addition of an object adds one to its
@@ -35,6 +37,15 @@ class ZTUCountedPointerSet {
     for (const Counted& entry : mTable) return entry.object;
     return nullptr;
   }
+  /// Calls the operation on every member, once each, of a snapshot taken before the first call. One that has left
+  /// meanwhile is left out: it may be gone.
+  template <class Operation>
+  void makeObjectsPerform(Operation operation) const {
+    for (T* object : allObjects()) {
+      if (containsObject(object)) operation(*object);
+    }
+  }
+
   /// The members, each once, in order.
   [[nodiscard]] std::vector<T*> allObjects() const {
     std::vector<T*> all;
@@ -84,6 +95,20 @@ class ZTUCountedPointerSet {
   template <class Set>
   [[nodiscard]] bool isEqualToSet(const Set& other) const noexcept {
     return count() == other.count() && isSubsetOfSet(other);
+  }
+  /// Whether both have the same number of members and each member of the one has a member of the other that is equal to
+  /// it by its own equality. Quadratic.
+  template <class Set>
+  [[nodiscard]] bool isEqualToContentsOfSet(const Set& other) const {
+    const std::vector<T*> mine = allObjects();
+    const std::vector<T*> theirs = other.allObjects();
+    const auto eachHasAnEqual = [](const std::vector<T*>& wanted, const std::vector<T*>& offered) {
+      return std::all_of(wanted.begin(), wanted.end(), [&](T* member) {
+        return std::any_of(offered.begin(), offered.end(),
+                           [&](T* one) { return one == member || member->isEqual(one); });
+      });
+    };
+    return mine.size() == theirs.size() && eachHasAnEqual(mine, theirs) && eachHasAnEqual(theirs, mine);
   }
   /// @}
 

@@ -203,6 +203,21 @@ TEST(CountedPointerSetTest, DoesSetAlgebraAndComparesByIdentity) {
   EXPECT_FALSE(setOf({3}).isSubsetOfSet(set));
   EXPECT_FALSE(set.isSubsetOfSet(plain));
   EXPECT_TRUE(setOf({4, 4, 1}).isEqualToSet(plain));
+  ZTUCountedPointerSet<NSNumber> equals;
+  const auto one = NSNumber::withInteger(1);
+  const auto four = NSNumber::withInteger(4);
+  for (const auto& number : {four, one, one}) equals.addObject(number.get());
+  EXPECT_TRUE(equals.isEqualToContentsOfSet(plain));
+  EXPECT_FALSE(equals.isEqualToSet(plain));
+  EXPECT_FALSE(setOf({1, 3}).isEqualToContentsOfSet(equals));
+  EXPECT_FALSE(setOf({1}).isEqualToContentsOfSet(equals));
+  std::size_t calls = 0;
+  auto leaving = setOf({0, 1, 1, 2});
+  leaving.makeObjectsPerform([&](NSNumber& number) {
+    ++calls;
+    if (&number == n[0].get()) leaving.removeObject(n[2].get());
+  });
+  EXPECT_EQ(calls, 2u);
   set.minusSet(setOf({0, 2}));
   EXPECT_EQ(countsIn(set), (Counts{0, 2, 0, 0, 1}));
   set.intersectSet(setOf({1, 3}));
