@@ -23,7 +23,12 @@ class CensusStyle : public ZTSStyleOf<CensusStyle, TestAggregate> {
     if (fails) throw NSGenericException("no");
     ZTSStyleOf<CensusStyle, TestAggregate>::setValueForProperty(std::move(value), key);
   }
+  void setStylesheet(ZTSStylesheet* stylesheet) override {
+    if (linking > 0 && --linking == 0) throw NSGenericException("no");
+    ZTSStyleOf<CensusStyle, TestAggregate>::setStylesheet(stylesheet);
+  }
   static inline int living = 0;
+  static inline int linking = 0;  // the next links that are set until one throws; none where it is 0
   static inline bool fails = false;
 };
 /// The same of a class that refers to nothing, but may hold anything as a value.
@@ -231,6 +236,20 @@ TEST(ReferenceGroupsTest, FreesCopiesThatAreNeverAdded) {
   EXPECT_TRUE((*other.sheet->styles().begin())->overridesProperty(list));
   other.sheet.reset();
   EXPECT_EQ(CensusStyle::living, 2);
+}
+
+TEST(ReferenceGroupsTest, FreesTheCopiesOfAStylesheetThatCouldNotBeCopied) {
+  Group group;
+  {
+    Styles styles{group.add(), group.add(), group.add(), group.add()};
+    for (const std::size_t i : {0u, 1u, 2u, 3u}) styles[i]->setValueForProperty(styles[i ^ 1u], list);
+  }
+  for (int linking = 1; linking <= 4; ++linking) {
+    CensusStyle::linking = linking;
+    EXPECT_THROW((void)group.sheet->copy(), NSGenericException);
+    EXPECT_EQ(CensusStyle::living, 4);
+  }
+  EXPECT_EQ(CensusStyle::linking, 0);
 }
 
 TEST(ReferenceGroupsTest, FreesWhatABrokenFileHeld) {

@@ -6,6 +6,7 @@
 #include <support/ZTUPointerKeyDictionary.h>
 #include <ztstyles/ZTSAggregateStyle.h>
 #include <ztstyles/ZTSStylesheet.h>
+#include <ztstyles/references/ZTSReferenceGroups.h>
 #include <ztstyles/style/ZTSStyleFindings.h>
 
 #include <algorithm>
@@ -30,10 +31,16 @@ class ZTSStylesheet::Copying {
   void copyInto(ZTSStylesheet& copied) {
     copyIdentifiedStyles();
     for (const Ref<ZTSStyle>& style : mOriginal.mAnonymousStyles.retainedSnapshot()) copyStyle(*style);
-    const std::vector<Ref<ZTSStyle>> copies = mCopies->allValues();
-    for (const Ref<ZTSStyle>& style : copies) relinkValues(*style);
-    for (const Ref<ZTSStyle>& style : copies) join(copied, style);
-    for (const Ref<ZTSStyle>& style : copies) retry(*style);
+    std::vector<Ref<ZTSStyle>> copies = mCopies->allValues();
+    try {
+      for (const Ref<ZTSStyle>& style : copies) relinkValues(*style);
+      for (const Ref<ZTSStyle>& style : copies) join(copied, style);
+      for (const Ref<ZTSStyle>& style : copies) retry(*style);
+    } catch (...) {
+      mCopies.reset();
+      freeReferenceGroups(std::move(copies));  // those that have not joined
+      throw;
+    }
   }
 
  private:
