@@ -153,6 +153,8 @@ class ZT_EXPORT ZTSAggregateStyle : public ZTSStyle {
   };
   /// The records of all references that are observed; none outside a stylesheet.
   [[nodiscard]] const std::vector<Reference>& p_references() const noexcept { return mReferences; }
+  /// Whether observing could not begin or end everywhere; the next change tries again.
+  [[nodiscard]] bool p_isUnfinished() const noexcept { return mIsUnfinished; }
   /// The record of one, borrowed until the next change; none if it is not observed.
   [[nodiscard]] Reference* p_recordOf(PropertyKey key, const ZTSStyle& style) noexcept;
   /// @}

@@ -32,7 +32,10 @@ using ZTSStyleSet = ZTUMutableRetainedPointerSet<ZTSStyle>;
 ///
 /// An application derives its style classes from this one (or from `ZTSAggregateStyle`) by way of `ZTSStyleOf`, which
 /// gives each a class object with its property registry, and overrides what differs. Every call between the
-/// operations below that are virtual goes through dynamic dispatch, also of a style on itself.
+/// operations below that are virtual goes through dynamic dispatch, also of a style on itself. Those that are not
+/// virtual answer what is stored, or store it: the accessors, `overridesAnyProperty`, and the `p_` operations. The
+/// library reads the same fields itself in many places, and an override would be heeded in some of them only. Or they
+/// are another spelling of one that is: `canInspectProperty`, `makeChildrenPerform`.
 ///
 /// A style is used from one thread at a time; only equality takes a lock of its own.
 class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {

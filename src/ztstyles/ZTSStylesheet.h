@@ -281,7 +281,7 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   /// @}
 
   /// @name Validation
-  /// Implemented in ZTSStylesheetValidation.cpp, the check of the indexes in ZTSStylesheet.cpp.
+  /// Implemented in ZTSStylesheetValidation.cpp, the check of the indexes in ZTSStylesheetChecks.cpp.
   /// @{
 
   /// Reports every broken invariant of the registry, of each style (`ZTSStyle::validate`) and of what the styles
@@ -290,7 +290,9 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   virtual void validate() const;
   /// Checks of the application's own, called last by `validate`. The base does nothing.
   virtual void appSpecificValidate() const;
-  /// Recomputes every index beside the data the slow way and compares; true where all agree. For tests.
+  /// Recomputes every index beside the data the slow way and compares. Looks also whether each style without parent
+  /// finds none, counts are what children and references give at least, what is in use keeps what it inherits from and
+  /// refers to in use, and each reference is observed. True where all of that holds. For tests.
   [[nodiscard]] bool indexesAreRight() const;
   /// @}
 
@@ -398,7 +400,8 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
                                               const PropertyMap* wanted);
   [[nodiscard]] std::vector<Ref<ZTSStyle>> heldInOrder(std::vector<Ref<ZTSStyle>>&& candidates) const;
   ZTSOrphanIndex& orphans() noexcept { return *mOrphans; }
-  [[nodiscard]] bool areOrphansRight() const;
+  [[nodiscard]] bool isOrphanRight(const ZTSStyle& style) const;
+  static bool areCountsRight(const ZTSStyle& style);
 
   // Reading an archive.
   void readStyles(ZTAXMLUnarchiver& unarchiver, _xmlNode* container,

@@ -35,6 +35,7 @@ struct Model {
   Scene above;
   Scene scene;
   TestStyle& base = scene.style("base");
+  TestStyle& child = scene.style("child", "base");
   TestStyle& late = scene.detached("late", "base");
   TestStyle& second = scene.detached("base");
   TestStyle& loose = scene.detached({}, "base");
@@ -65,6 +66,8 @@ const Operation kOperations[] = {
        m.scene.host.removesUnused = true;
        m.scene.sheet->cleanupUnusedStyles();
      }},
+    {"gives a style another parent", [](Model& m) { m.child.setParentIdentifier("stays"); }},
+    {"replaces a parent", [](Model& m) { m.base.replaceWithStyle(&m.stays); }},
     {"removes an aggregate", [](Model& m) { m.scene.remove(m.aggregate); }},
     {"links a style alone", [](Model& m) { m.loose.setStylesheet(m.scene.sheet.get()); }},
 };
@@ -91,8 +94,8 @@ TEST(AllocationFailureTest, LeavesAStylesheetThatIsSoundAndCanEnd) {
         EXPECT_EQ(model.scene.sheet->cascadedStyleWithIdentifier("base"), &model.base);
         EXPECT_EQ(model.late.stylesheet(), nullptr);
         model.scene.host.undo->removeAllActions();
+        EXPECT_GE(model.base.children().count(), 21u);
         model.scene.add(model.late);
-        model.scene.sheet->updateParentForOrphanStyles();
         EXPECT_EQ(model.late.children().count(), 3u);
         EXPECT_EQ(reports.descriptions(), Log{});
         model.scene.host.undo->removeAllActions();

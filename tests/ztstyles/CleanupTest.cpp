@@ -8,6 +8,7 @@
 #include <platform/NSLog.h>
 
 #include <functional>
+#include <map>
 #include <random>
 
 namespace zt::testing {
@@ -134,13 +135,19 @@ TEST_F(CleanupTest, VisitsWhomAWalkOverASnapshotWouldVisit) {
     sheet = ZTSStylesheet::withHost(&host);
     host.keepsIdentified = round % 3 == 0;
     std::vector<Ref<ZTSStyle>> styles;
+    std::map<ZTSStyle*, int> uses;  // the host's own, without those by children
+    const auto disuse = [&](ZTSStyle& style) {
+      if (uses[&style] > 0 && --uses[&style] >= 0) style.decrementUsageCount();
+    };
     const auto enterOrLeave = [&](const Ref<ZTSStyle>& style) {
       style->stylesheet() != nullptr ? sheet->removeStyle(style) : sheet->addStyle(style);
     };
     for (int each = 0; each < 40; ++each) {
       const std::size_t kind = below(3);
+      const bool isUsed = below(2) == 0;
       styles.push_back(add(kind == 0 ? StringRef("s" + std::to_string(each)) : StringRef(),
-                           kind == 1 ? "s" + std::to_string(below(40)) : StringRef(), below(2) == 0));
+                           kind == 1 ? "s" + std::to_string(below(40)) : StringRef(), isUsed));
+      uses[styles.back().get()] = isUsed ? 1 : 0;
       if (each == 20 && round % 2 == 0) sheet->enableUnusedStyleCleanup();
     }
     for (int moved = 0; moved < 16; ++moved) enterOrLeave(styles[below(40)]);
@@ -161,15 +168,16 @@ TEST_F(CleanupTest, VisitsWhomAWalkOverASnapshotWouldVisit) {
         const Ref<ZTSStyle>& other = styles[below(40)];
         const bool isHere = other->stylesheet() != nullptr;
         switch (below(8)) {
-          case 0: other->incrementUsageCount(); break;
-          case 1:
-          case 2:
-            if (other->usageCount() != 0) other->decrementUsageCount();
+          case 0:
+            other->incrementUsageCount();
+            ++uses[other.get()];
             break;
+          case 1:
+          case 2: disuse(*other); break;
           case 3:
           case 4:  // leaves or comes, and perhaps returns
             enterOrLeave(other);
-            if (other->usageCount() == 1) other->decrementUsageCount();
+            if (other->usageCount() == 1) disuse(*other);
             if (below(2) == 0) enterOrLeave(other);
             break;
           case 5:

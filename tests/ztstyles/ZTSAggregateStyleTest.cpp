@@ -313,6 +313,33 @@ TEST(AggregateTest, GivesBackExactlyWhatItGaveWhicheverCallThrows) {
   }
 }
 
+/// Does something when it is used.
+class Used : public ZTSStyleOf<Used, TestStyle> {
+ public:
+  static constexpr const char* kClassName = "Used";
+  void incrementUsageCount() override {
+    TestStyle::incrementUsageCount();
+    if (whenUsed) std::exchange(whenUsed, {})();
+  }
+  std::function<void()> whenUsed;
+};
+
+TEST(AggregateTest, GivesAUnitBackLaterThatTheStyleIgnoredToTake) {
+  Scene scene;
+  Used& used = scene.style<Used>("used");
+  TestAggregate& r = scene.style<TestAggregate>("r", {}, {{list, used}});
+  TestAggregate& a = scene.style<TestAggregate>("a", {}, {{list, r}});
+  // While r passes its use on, it ignores that it is taken back.
+  used.whenUsed = [&] { a.removeValueForProperty(list); };
+  a.incrementUsageCount();
+  EXPECT_EQ(stateOf(r, a), (State{0, 1}));
+  EXPECT_TRUE(scene.sheet->indexesAreRight());
+  a.setValueForProperty(Value(1), size);  // any change tries again
+  EXPECT_EQ(stateOf(r, a), (State{0, 0}));
+  EXPECT_EQ(used.usageCount(), 0u);
+  EXPECT_TRUE(a.p_references().empty());
+}
+
 TEST(AggregateTest, AValueThatIsNoStyleCanBeReplacedRemovedAndPutBack) {
   Scene scene;
   TestStyle& r = scene.style("r");

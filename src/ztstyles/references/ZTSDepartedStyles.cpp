@@ -5,6 +5,7 @@
 
 #include <boost/unordered/unordered_flat_map.hpp>
 
+#include <algorithm>
 #include <mutex>
 
 namespace zt {
@@ -44,6 +45,15 @@ void ZTSDepartedStyles::forget(ZTSStyle& style) noexcept {
   found->second->mStyles.removeObject(&style);
   table().lists.erase(found);
   style.mHasDeparted = 0;
+}
+
+bool ZTSDepartedStyles::check() const {
+  const std::lock_guard lock(table().mutex);
+  return std::all_of(mStyles.begin(), mStyles.end(), [this](const ZTSStyle* style) {
+    const auto found = table().lists.find(style);
+    return style->mHasDeparted != 0 && style->stylesheet() == nullptr && found != table().lists.end() &&
+           found->second == this;
+  });
 }
 
 void ZTSDepartedStyles::forgetAll() noexcept {

@@ -26,6 +26,8 @@ class ZTSDepartedStyles {
   static void forget(ZTSStyle& style) noexcept;
   void forgetAll() noexcept;
 
+  /// The slow check of the sentence above. For tests.
+  [[nodiscard]] bool check() const;
   [[nodiscard]] bool isEmpty() const noexcept { return mStyles.isEmpty(); }
   [[nodiscard]] const ZTUMutablePointerSet<ZTSStyle>& styles() const noexcept { return mStyles; }
 

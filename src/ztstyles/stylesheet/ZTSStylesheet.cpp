@@ -12,8 +12,6 @@
 #include <ztstyles/reuse/ZTSVariationIndex.h>
 #include <ztstyles/stylesheet/ZTSOrphanIndex.h>
 
-#include <algorithm>
-
 namespace zt {
 
 const NSNotificationName ZTSStylesheetStyleAddedNotification("ZTSStylesheetStyleAddedNotification");
@@ -97,25 +95,5 @@ void ZTSStylesheet::p_setHost(ZTSStylesheetHost* host) {
 NSUndoManager* ZTSStylesheet::undoManager() const { return mHost != nullptr ? mHost->undoManager() : nullptr; }
 
 NSDocument* ZTSStylesheet::document() const { return mHost != nullptr ? mHost->document() : nullptr; }
-
-/// Whether each style that looked for its parent in vain would not find one now either, or one that is refused.
-bool ZTSStylesheet::areOrphansRight() const {
-  if (mOrphans->missesSome() || !looksUpPlainly()) return true;
-  const ZTSStyleSet all = styles();
-  return std::all_of(all.begin(), all.end(), [](const ZTSStyle* style) {
-    if (!style->hasState(ZTSStyle::kFiledAsOrphan)) return true;
-    const ZTSStylesheet* reach = style->p_reachStylesheet();
-    const ZTSStyle* found = reach != nullptr ? reach->cascadedStyleWithIdentifier(style->parentIdentifier()) : nullptr;
-    const bool findsNone = found == nullptr;
-    while (found != nullptr && found != style) found = found->parent();
-    return findsNone || found == style;
-  });
-}
-
-bool ZTSStylesheet::indexesAreRight() const {
-  if (!mOrphans->check(styles()) || !areOrphansRight()) return false;
-  if (mVariations && !mVariations->check(*this)) return false;
-  return !mUnused || mUnused->check(*this);
-}
 
 }  // namespace zt
