@@ -20,13 +20,14 @@ struct SheetListener {
                              [this](const NSNotification&) { log.push_back("parent"); }};
 };
 
-/// A parent stylesheet with `base`; below it `h1` on `base`, `h2` on `h1`, an anonymous style on `h2`, `lone`, an
-/// orphan and an aggregate that refers to styles of both and to itself.
+/// A parent stylesheet with `base`; below it `h1` on `base`, `h2` on `h1`, `h3` on `h2`, an anonymous style on `h2`,
+/// `lone`, an orphan and an aggregate that refers to styles of both and to itself.
 struct Family {
   Scene above;
   TestStyle& base = above.style("base");
   Scene scene{above.sheet.get()};
   ZTSStylesheet& sheet = *scene.sheet;
+  TestStyle& h3 = scene.style("h3", "h2");
   TestStyle& h2 = scene.style("h2", "h1", {{size, 2}});
   TestStyle& lone = scene.style("lone");
   TestStyle& h1 = scene.style("h1", "base", {{size, 1}});
@@ -69,7 +70,7 @@ TEST(StylesheetCopyTest, ItsStylesFindTheirParentsAmongTheCopies) {
   const Ref<ZTSStylesheet> copy = copyOf(family.sheet);
   Log order;  // parents before children, roots first
   for (const auto& entry : copy->identifiedStyleEnumerator()) order.push_back(entry.key.text());
-  EXPECT_EQ(order, (Log{"lone", "h1", "orphan", "h2"}));
+  EXPECT_EQ(order, (Log{"lone", "h1", "orphan", "h2", "h3"}));
   ZTSStyle* h1 = copy->styleWithIdentifier("h1");
   EXPECT_NE(h1, &family.h1);
   EXPECT_EQ(h1->parent(), &family.base);
@@ -136,6 +137,33 @@ TEST(StylesheetEqualityTest, ComparesHostsStylesAndParents) {
   EXPECT_TRUE(ends[0]->isEqual(ends[1].get()));
   root->addStyle(make<TestStyle>());
   EXPECT_FALSE(ends[0]->isEqual(ends[1].get()));
+}
+
+/// A stylesheet of a class of its own.
+struct SpecialSheet : ZTSStylesheet {
+  const ZTClass& classObject() const override {
+    static const auto* object = new ZTClassOf<SpecialSheet>("SpecialSheet", stylesheetClass());
+    return *object;
+  }
+};
+
+TEST(StylesheetEqualityTest, TellsClassesApartAndLooksIntoStylesThatAreValues) {
+  EXPECT_FALSE(ZTSStylesheet::withHost()->isEqual(make<SpecialSheet>().get()));
+  EXPECT_TRUE(make<SpecialSheet>()->isEqual(make<SpecialSheet>().get()));
+  // Two anonymous styles each, alike but for what lies in a style that is their value; in any order.
+  const auto sheetOf = [](std::initializer_list<int> sizes) {
+    const Ref<ZTSStylesheet> sheet = ZTSStylesheet::withHost();
+    for (const int each : sizes) {
+      const Ref<ZTSStyle> value = make<TestStyle>({.overridePropertyMap = mapOf({{size, each}}).get()});
+      sheet->addStyle(make<TestStyle>({.overridePropertyMap = mapOf({{list, *value}}).get()}));
+    }
+    return sheet;
+  };
+  const Ref<ZTSStylesheet> first = sheetOf({1, 2});
+  EXPECT_TRUE(first->isEqual(sheetOf({2, 1}).get()));
+  EXPECT_FALSE(first->isEqual(sheetOf({1, 3}).get()));
+  EXPECT_FALSE(first->isEqual(sheetOf({1, 1}).get()));
+  EXPECT_FALSE(sheetOf({1, 1})->isEqual(first.get()));
 }
 
 struct Loose : ZTSStyleOf<Loose, TestStyle> {

@@ -118,6 +118,13 @@ TEST(StylesheetObserversTest, ForwardTrackingAndDocumentHooks) {
   }
   plain.hasDocument = false;
   EXPECT_FALSE(scene.sheet->isTrackingChanges());
+  scene.sheet->setHost(&host);
+  TestHost silent;
+  for (TestHost* each : {&silent, static_cast<TestHost*>(nullptr)}) {
+    scene.sheet->setHost(each);
+    EXPECT_FALSE(scene.sheet->isTrackingChanges()) << "the host before answers no more";
+  }
+  scene.sheet->setHost(&plain);
 
   scene.style<Hooked>({}).log = &scene.log;
   scene.style<Hooked>("a").log = &scene.log;

@@ -191,6 +191,8 @@ TEST_F(VariationTest, LogsADefaultListStyleThatIsNotHere) {
   ASSERT_EQ(logs.entries().size(), 1u);
   EXPECT_EQ(logs.entries()[0].level, kZTULogNotice);
   EXPECT_EQ(logs.entries()[0].message, differs(defaultList, &defaultList, nullptr));
+  EXPECT_EQ(vary(elsewhere.style("another list"), {{size, 1}})->parent(), nullptr);
+  EXPECT_EQ(reports.reports().size(), 1u) << "only the default one may be missing";
 }
 
 TEST_F(VariationTest, FindsOrMakesAnonymousStylesOfAClass) {
