@@ -19,20 +19,17 @@ void ZTSStylesheet::setParent(Ref<ZTSStylesheet> parent) {
   }
   const Ref<ZTSStylesheet> self(this);
   const Ref<ZTSStylesheet> old = mParent;  // its styles are parents until all have been resolved again
-  if (parent) parent->p_addChild(*this);   // before anything changes, should memory run out
+  // Before anything changes, should memory run out. What comes below later resolves itself when it comes.
+  std::vector<Ref<ZTSStylesheet>> tree{self};
+  for (std::size_t index = 0; index < tree.size(); ++index) {
+    for (Ref<ZTSStylesheet>& child : tree[index]->mChildren.retainedSnapshot()) tree.push_back(std::move(child));
+  }
+  if (parent) parent->p_addChild(*this);
   if (old) old->p_removeChild(*this);
   storeParent(parent);
 
   ZTFirstFailure failure;
-  std::vector<Ref<ZTSStylesheet>> tree;
-  failure.attempt([&] { tree.push_back(self); });
-  for (std::size_t index = 0; index < tree.size(); ++index) {
-    const Ref<ZTSStylesheet> stylesheet = tree[index];
-    stylesheet->resolveParentsOfStyles(failure);
-    failure.attempt([&] {
-      for (Ref<ZTSStylesheet>& child : stylesheet->mChildren.retainedSnapshot()) tree.push_back(std::move(child));
-    });
-  }
+  for (const Ref<ZTSStylesheet>& stylesheet : tree) stylesheet->resolveParentsOfStyles(failure);
   if (mIsChangeCommunicationEnabled) failure.attempt([&] { tellParentChanged(); });
   failure.rethrow();
 }
