@@ -112,6 +112,7 @@ class GzipOutput final : public Output {
 /// Answers how many bytes of text there are.
 std::size_t serialise(xmlDoc* document, Output& output) {
   // The document names its encoding: naming it here again would send every byte through a converter.
+  const xml::QuietErrors quiet;
   xmlSaveCtxt* save = xmlSaveToIO(&Output::write, nullptr, &output, nullptr, XML_SAVE_FORMAT);
   if (save == nullptr) throw std::bad_alloc();
   const long saved = xmlSaveDoc(save, document);

@@ -5,7 +5,9 @@
 
 #include <archiving/ZTAXMLFunctions.h>
 
+#include <libxml/globals.h>
 #include <libxml/tree.h>
+#include <libxml/xmlerror.h>
 
 #include <cstring>
 #include <string>
@@ -88,6 +90,22 @@ void checkDepthBelow(const xmlNode* parent);
 
 /// Adds the object if it archives by reference. Allocates nothing where there is room.
 void addReferrer(std::vector<Ref<NSObject>>& referrers, const Ref<NSObject>& object) noexcept;
+
+/// Keeps libxml2 silent on this thread while it lives: errors of its input and output layers pass by the handlers of a
+/// parser, and would be printed. (A parser then finds its text cut short.)
+class QuietErrors {
+ public:
+  QuietErrors() : mHandler(xmlStructuredError), mContext(xmlStructuredErrorContext) {
+    xmlSetStructuredErrorFunc(nullptr, [](void*, xmlError*) {});
+  }
+  ~QuietErrors() { xmlSetStructuredErrorFunc(mContext, mHandler); }
+  QuietErrors(const QuietErrors&) = delete;
+  QuietErrors& operator=(const QuietErrors&) = delete;
+
+ private:
+  xmlStructuredErrorFunc mHandler;
+  void* mContext;
+};
 
 /// Lets go of the objects that archive by reference, as `ZTAXMLCoding::releaseArchivedObjects` says. To be
 /// called when nothing else of an archiver holds them.

@@ -5,7 +5,6 @@
 
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
-#include <libxml/xmlerror.h>
 
 #include <algorithm>
 #include <cstring>
@@ -30,26 +29,6 @@ void* ZTAXMLTree::take(std::size_t bytes) {
   return std::exchange(mFree, mFree + bytes);
 }
 
-namespace {
-
-/// Keeps libxml2 silent on this thread while it lives: errors of its input layer pass by the parser's handler, and
-/// would be printed. (The parser itself then finds its text cut short.)
-class QuietErrors {
- public:
-  QuietErrors() : mHandler(xmlStructuredError), mContext(xmlStructuredErrorContext) {
-    xmlSetStructuredErrorFunc(nullptr, [](void*, xmlError*) {});
-  }
-  ~QuietErrors() { xmlSetStructuredErrorFunc(mContext, mHandler); }
-  QuietErrors(const QuietErrors&) = delete;
-  QuietErrors& operator=(const QuietErrors&) = delete;
-
- private:
-  xmlStructuredErrorFunc mHandler;
-  void* mContext;
-};
-
-}  // namespace
-
 /// Receives the parser's events. No exception may pass through libxml2: a failure is kept and the parser stopped.
 class ZTAXMLTreeBuilder {
  public:
@@ -58,7 +37,7 @@ class ZTAXMLTreeBuilder {
 
   void parse(std::string_view bytes) {
     xmlInitParser();
-    const QuietErrors quiet;
+    const xml::QuietErrors quiet;
     const std::unique_ptr<xmlParserCtxt, void (*)(xmlParserCtxt*)> parser(
         xmlCreateMemoryParserCtxt(bytes.data(), static_cast<int>(bytes.size())), xmlFreeParserCtxt);
     if (parser == nullptr) fail("the file is empty");
