@@ -101,7 +101,8 @@ void ZTSStylesheet::resolveParentsAfterIdentifying(const StringRef& identifier, 
   std::vector<Below> tree;
   const auto appendChildrenOf = [&](const ZTSStylesheet& stylesheet, bool isAbovePlain) {
     for (Ref<ZTSStylesheet>& child : stylesheet.mChildren.retainedSnapshot()) {
-      const bool isChildPlain = isAbovePlain && typeid(*child) == typeid(ZTSStylesheet);
+      const ZTSStylesheet& each = *child;
+      const bool isChildPlain = isAbovePlain && typeid(each) == typeid(ZTSStylesheet);
       tree.push_back({std::move(child), isChildPlain});
     }
   };
