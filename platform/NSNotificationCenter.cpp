@@ -9,6 +9,7 @@
 
 #include <platform/NSException.h>
 #include <platform/NSNotificationCenter.h>
+#include <platform/ZTFirstFailure.h>
 #include <platform/ZTNesting.h>
 
 #include <boost/container/small_vector.hpp>
@@ -244,9 +245,12 @@ void NSNotificationCenter::tell(NSNotificationName name, NSObject* object, Ref<N
     tellAnyBefore(mRegistry->nextNumber);
   }
   const NSNotification notification{name, object, userInfo.get()};
+  ZTFirstFailure failure;
   for (const Ref<Registration>& each : told) {
-    if (each->isActive.load(std::memory_order_acquire)) each->callback(notification);
+    if (!each->isActive.load(std::memory_order_acquire)) continue;
+    failure.attempt([&] { each->callback(notification); });
   }
+  failure.rethrow();
 }
 
 }  // namespace zt

@@ -57,7 +57,7 @@ struct NSNotification {
 /// one; one that is removed before its turn is not called. Adding and removing are safe from any
 /// thread; removing does not wait for a call that is under way on another thread.
 ///
-/// An exception of a listener goes through to the one who posts; later listeners are not called.
+/// A listener that throws does not keep the others from being told; the first exception then reaches the one who posts.
 class ZT_EXPORT NSNotificationCenter {
  public:
   using Callback = std::function<void(const NSNotification&)>;

@@ -28,6 +28,10 @@ class AskedHost : public TestHost {
   bool hasUndo = true;
 };
 
+struct Thrower : ZTSStylesheetObserver {
+  void removedStyleFromStylesheet(ZTSStyle&, ZTSStylesheet&) override { throw 7; }
+};
+
 class CleanupTest : public ::testing::Test {
  protected:
   Ref<ZTSStyle> add(StringRef identifier = {}, StringRef parent = {}, bool used = false) {
@@ -92,6 +96,13 @@ TEST_F(CleanupTest, RemovesNothingDuringUndoAndSurvivesWhatTheHostThrows) {
   host.whenAsked = [](ZTSStyle&) { throw 5; };
   EXPECT_THROW(sheet->cleanupUnusedStyles(), int);
   host.whenAsked = {};
+  // An observer that throws ends the pass, and the host hears of what went.
+  Thrower thrower;
+  sheet->addObserver(&thrower);
+  EXPECT_THROW(sheet->cleanupUnusedStyles(), int);
+  EXPECT_EQ(count(), 1u);
+  EXPECT_EQ(host.cleanups, 2);
+  sheet->removeObserver(&thrower);
   sheet->cleanupUnusedStyles();
   EXPECT_EQ(count(), 0u);
 }

@@ -4,6 +4,7 @@
 
 #include "Scene.h"
 
+#include <platform/NSException.h>
 #include <ztstyles/ZTYTrackable.h>
 
 #include <functional>
@@ -82,6 +83,27 @@ TEST(StylesheetObserversTest, MayChangeEverythingWhileTheyAreTold) {
   EXPECT_EQ(log.back(), "ends added third");
 }
 
+TEST(StylesheetObserversTest, AllAreToldWhateverOneThrows) {
+  Scene scene;
+  const auto raise = [](ZTSStyle& style) { throw NSGenericException(style.identifier().text()); };
+  Acting first(scene.log, "first", raise);
+  SheetRecorder second(scene.log, "second");
+  scene.sheet->addObserver(&first);
+  scene.sheet->addObserver(&second);
+  NotificationListener listener(ZTSStylesheetStyleAddedNotification, nullptr, [&](const NSNotification&) {
+    scene.log.push_back("listener");
+    throw NSGenericException("later");
+  });
+  try {
+    scene.add(scene.detached("a"));
+    FAIL() << "nothing came out";
+  } catch (const NSGenericException& exception) {
+    EXPECT_EQ(exception.reason(), "a");
+  }
+  EXPECT_EQ(scene.log, (Log{"first added a", "second added a", "listener"}));
+  for (SheetRecorder* each : {static_cast<SheetRecorder*>(&first), &second}) scene.sheet->removeObserver(each);
+}
+
 template <class Base>
 struct Tracking : Base, ZTYTrackable {
   bool isTrackingChanges() const override { return true; }
@@ -95,9 +117,11 @@ struct Hooked : ZTSStyleOf<Hooked, TestStyle> {
   void willBeRemovedFromDocument(NSDocument* document) override { note("will remove", document, document); }
   void wasRemovedFromDocument(NSDocument* document) override { note("was removed", document, document); }
   void note(const char* what, NSObject* document, NSObject* context) {
+    if (throws) throw NSGenericException(what);
     if (log != nullptr) log->push_back(what + (" " + identifier().text()) + (document == context ? "" : " wrong"));
   }
   Log* log = nullptr;
+  bool throws = false;
 };
 
 TEST(StylesheetObserversTest, ForwardTrackingAndDocumentHooks) {
@@ -129,6 +153,12 @@ TEST(StylesheetObserversTest, ForwardTrackingAndDocumentHooks) {
   scene.style<Hooked>({}).log = &scene.log;
   scene.style<Hooked>("a").log = &scene.log;
   NSDocument* document = plain.theDocument.get();
+  Hooked& thrower = scene.style<Hooked>("b");
+  thrower.throws = true;
+  EXPECT_THROW(scene.sheet->willBeAddedToDocument(document, document), NSGenericException);
+  EXPECT_EQ(std::exchange(scene.log, {}), (Log{"will add a", "will add "})) << "all but the one that throws";
+  thrower.throws = false;
+  scene.remove(thrower);
   scene.sheet->willBeAddedToDocument(document, document);
   scene.sheet->wasAddedToDocument(document, document);
   scene.sheet->willBeRemovedFromDocument(document);

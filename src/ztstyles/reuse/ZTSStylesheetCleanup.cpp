@@ -5,6 +5,7 @@
 #include <platform/NSException.h>
 #include <platform/NSLog.h>
 #include <platform/NSUndoManager.h>
+#include <platform/ZTFirstFailure.h>
 #include <support/ZTUAssertionHandler.h>
 #include <ztstyles/ZTSStylesheet.h>
 #include <ztstyles/reuse/ZTSUnusedStyles.h>
@@ -43,7 +44,13 @@ void ZTSStylesheet::cleanupUnusedStyles() {
   const NSUndoManager* undo = undoManager();
   const bool isUndoingOrRedoing = undo != nullptr && undo->isUndoingOrRedoing();
   bool hasRemoved = false;
-  try {
+  const auto remove = [&](const Ref<ZTSStyle>& style) {
+    ZTFirstFailure failure;
+    const bool wentThrough = failure.attempt([&] { removeStyle(style); });
+    hasRemoved = hasRemoved || wentThrough || !holdsStyle(*style);
+    failure.rethrow();
+  };
+  const auto removeUnused = [&] {
     ZTSUnusedStyles::Pass pass(*this);
     // The host is asked for anew each time: it may die on the way, and then nobody agrees any more.
     for (Ref<ZTSStyle> style; mHost != nullptr && (style = pass.next());) {
@@ -52,14 +59,19 @@ void ZTSStylesheet::cleanupUnusedStyles() {
         ZT_RAISE("cleanupUnusedStyles", this, kSourceFile, "%@ -- Cleaning up unused style <%p> during undo/redo.",
                  "cleanupUnusedStyles", address(style.get()));
       }
-      if (!holdsStyle(*style)) continue;  // the host has removed it itself
-      removeStyle(style);
-      hasRemoved = true;
+      if (holdsStyle(*style)) remove(style);  // else the host has removed it itself
     }
-  } catch (const NSException&) {
-    NSLog("Error cleaning up unused styles for stylesheet %p", address(this));
-  }
-  if (hasRemoved && mHost != nullptr) mHost->didRemoveUnusedStyles();
+  };
+  ZTFirstFailure failure;
+  failure.attempt([&] {
+    try {
+      removeUnused();
+    } catch (const NSException&) {
+      NSLog("Error cleaning up unused styles for stylesheet %p", address(this));
+    }
+  });
+  if (hasRemoved && mHost != nullptr) failure.attempt([&] { mHost->didRemoveUnusedStyles(); });
+  failure.rethrow();
 }
 
 }  // namespace zt

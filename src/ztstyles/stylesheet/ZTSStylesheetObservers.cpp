@@ -5,6 +5,7 @@
 // A broadcast first collects whom it will call, then calls them. Its arguments and its list stand on the
 // stack, so that an observer may itself add, remove or re-parent; without observers nothing is allocated.
 
+#include <platform/ZTFirstFailure.h>
 #include <ztstyles/ZTSStylesheet.h>
 #include <ztstyles/ZTYTrackable.h>
 
@@ -47,12 +48,20 @@ ToldList observersBelow(ZTSStylesheet& stylesheet) {
   return told;
 }
 
-template <class Call>
-void invokeOnObservers(ZTSStylesheet& stylesheet, Call call) {
-  if (stylesheet.observers().isEmpty() && stylesheet.children().isEmpty()) return;
-  for (const Told& each : observersBelow(stylesheet)) {
-    if (each.stylesheet->observers().containsObject(each.observer)) call(*each.observer);
+/// Tells the observers, whatever some of them throw, then posts.
+template <class Call, class MakeUserInfo>
+void broadcast(ZTSStylesheet& stylesheet, Call call, const NSNotificationName& name, MakeUserInfo makeUserInfo) {
+  ZTFirstFailure failure;
+  if (!stylesheet.observers().isEmpty() || !stylesheet.children().isEmpty()) {
+    failure.attempt([&] {
+      for (const Told& each : observersBelow(stylesheet)) {
+        if (!each.stylesheet->observers().containsObject(each.observer)) continue;
+        failure.attempt([&] { call(*each.observer); });
+      }
+    });
   }
+  failure.attempt([&] { NSNotificationCenter::defaultCenter().postIfHeard(name, &stylesheet, makeUserInfo); });
+  failure.rethrow();
 }
 
 Ref<NSDictionary> styleUserInfo(ZTSStyle& style) {
@@ -65,22 +74,22 @@ Ref<NSDictionary> styleUserInfo(ZTSStyle& style) {
 // ---- Broadcasts
 
 void ZTSStylesheet::tellStyleAdded(ZTSStyle& style) {
-  invokeOnObservers(*this, [&](ZTSStylesheetObserver& observer) { observer.addedStyleToStylesheet(style, *this); });
-  NSNotificationCenter::defaultCenter().postIfHeard(ZTSStylesheetStyleAddedNotification, this,
-                                                    [&] { return styleUserInfo(style); });
+  broadcast(
+      *this, [&](ZTSStylesheetObserver& observer) { observer.addedStyleToStylesheet(style, *this); },
+      ZTSStylesheetStyleAddedNotification, [&] { return styleUserInfo(style); });
 }
 
 void ZTSStylesheet::tellStyleRemoved(ZTSStyle& style) {
-  invokeOnObservers(*this, [&](ZTSStylesheetObserver& observer) { observer.removedStyleFromStylesheet(style, *this); });
-  NSNotificationCenter::defaultCenter().postIfHeard(ZTSStylesheetStyleRemovedNotification, this,
-                                                    [&] { return styleUserInfo(style); });
+  broadcast(
+      *this, [&](ZTSStylesheetObserver& observer) { observer.removedStyleFromStylesheet(style, *this); },
+      ZTSStylesheetStyleRemovedNotification, [&] { return styleUserInfo(style); });
 }
 
 void ZTSStylesheet::tellParentChanged() {
   const Ref<ZTSStylesheet> self(this);
-  invokeOnObservers(*this, [&](ZTSStylesheetObserver& observer) { observer.changedParentOfStylesheet(*this); });
-  NSNotificationCenter::defaultCenter().postIfHeard(ZTSStylesheetParentChangedNotification, this,
-                                                    [] { return Ref<NSDictionary>(); });
+  broadcast(
+      *this, [&](ZTSStylesheetObserver& observer) { observer.changedParentOfStylesheet(*this); },
+      ZTSStylesheetParentChangedNotification, [] { return Ref<NSDictionary>(); });
 }
 
 // ---- Change tracking
@@ -110,22 +119,33 @@ NSObject* ZTSStylesheet::changeTrackingChanges() const { return nullptr; }
 void ZTSStylesheet::acceptAllChanges() {}
 void ZTSStylesheet::rejectAllChanges() {}
 
-// ---- Document hooks: every style, identified ones first
+// ---- Document hooks: every style, identified ones first, whatever some of them throw
+
+namespace {
+
+template <class Hook>
+void callOnStyles(const ZTSStylesheet& stylesheet, Hook hook) {
+  ZTFirstFailure failure;
+  stylesheet.makeStylesPerform([&](ZTSStyle& style) { failure.attempt([&] { hook(style); }); });
+  failure.rethrow();
+}
+
+}  // namespace
 
 void ZTSStylesheet::willBeAddedToDocument(NSDocument* document, NSObject* context) {
-  makeStylesPerform([&](ZTSStyle& style) { style.willBeAddedToDocument(document, context); });
+  callOnStyles(*this, [&](ZTSStyle& style) { style.willBeAddedToDocument(document, context); });
 }
 
 void ZTSStylesheet::wasAddedToDocument(NSDocument* document, NSObject* context) {
-  makeStylesPerform([&](ZTSStyle& style) { style.wasAddedToDocument(document, context); });
+  callOnStyles(*this, [&](ZTSStyle& style) { style.wasAddedToDocument(document, context); });
 }
 
 void ZTSStylesheet::willBeRemovedFromDocument(NSDocument* document) {
-  makeStylesPerform([&](ZTSStyle& style) { style.willBeRemovedFromDocument(document); });
+  callOnStyles(*this, [&](ZTSStyle& style) { style.willBeRemovedFromDocument(document); });
 }
 
 void ZTSStylesheet::wasRemovedFromDocument(NSDocument* document) {
-  makeStylesPerform([&](ZTSStyle& style) { style.wasRemovedFromDocument(document); });
+  callOnStyles(*this, [&](ZTSStyle& style) { style.wasRemovedFromDocument(document); });
 }
 
 // ---- The observers' own operations: nothing unless overridden
