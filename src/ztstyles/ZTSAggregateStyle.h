@@ -164,8 +164,7 @@ class ZT_EXPORT ZTSAggregateStyle : public ZTSStyle {
   ~ZTSAggregateStyle() override;
 
  private:
-  friend class ZTSCountingWalk;
-
+  class CountingWalk;  // in ZTSAggregateStyleCounting.cpp
   enum class CountingStep : std::uint8_t { useUp, useDown, orphanUp, orphanDown };
   /// Calls one of the four counting operations; whether the style took the step.
   static bool takesStep(ZTFirstFailure& failure, ZTSStyle& style, CountingStep step);

@@ -44,6 +44,8 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   static const ZTSStyleClass& styleClass();
   /// The class object of this style's exact class.
   const ZTSStyleClass& classObject() const override;
+  /// The object as a style, or none; the same as `asStyle`.
+  static const ZTSStyle* from(const NSObject* object) noexcept;
 
   /// @name Making one, identity and links
   /// Implemented in ZTSStyle.cpp. The accessors answer their field.
@@ -362,6 +364,8 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// To be called where a style has left the place where others looked it up: tries the style again whose parent would
   /// have closed a loop by way of this one, if there is one.
   void p_retryRefused();
+  /// A style that names a parent and has none is to be tried at the next retry.
+  void p_fileAsUntried();
   /// A child in use, or with orphans, passes one unit on, or takes it back.
   void p_addChild(ZTSStyle& child);
   void p_removeChild(ZTSStyle& child);
@@ -372,6 +376,20 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   [[nodiscard]] const PropertyMap* p_ownEntries() const noexcept { return mLocalPropertyMap.get(); }
   /// Whether the class leaves all operations of these groups (`ZTSStyleClass::Plain`) alone.
   [[nodiscard]] bool isPlain(std::uint8_t groups) const noexcept { return (mSmall.mPlainGroups & groups) == groups; }
+  /// What is noted on the style; see ZTSStyleTypes.h.
+  [[nodiscard]] bool p_hasMark(ZTSStyleMark mark) const noexcept {
+    return mark == ZTSStyleMark::isDeparted ? mIsDeparted != 0 : hasState(static_cast<std::uint8_t>(mark));
+  }
+  void p_setMark(ZTSStyleMark mark, bool on, ZTSStyleMarkKey) noexcept {
+    if (mark == ZTSStyleMark::isDeparted) {
+      mIsDeparted = on ? 1 : 0;
+    } else {
+      setState(static_cast<std::uint8_t>(mark), on);
+    }
+  }
+  [[nodiscard]] bool p_isListedAsOrphan() const noexcept {
+    return p_hasMark(ZTSStyleMark::isFiledAsOrphan) || p_hasMark(ZTSStyleMark::isUntried);
+  }
   /// @}
 
  protected:
@@ -383,27 +401,16 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   void setIsAdjustingUsageCount(bool adjusting) noexcept { setState(kAdjustingUsageCount, adjusting); }
 
  private:
-  friend const ZTSStyle* asStyle(const NSObject* object) noexcept;
   friend class ZTSAggregateStyle;
-  friend class ZTSCountingWalk;
-  friend class ZTSDepartedStyles;
   friend class ZTSStyleClass;
-  friend class ZTSStylesheet;
-  friend class ZTSOrphanIndex;
-  friend class ZTSVariationIndexes;
 
   enum State : std::uint8_t {
     kLocked = 1,
-    kOnRefusedWay = 2,          // its parent was refused, or it stands between the one refused and such a style
-    kFiledAsOrphan = 4,         // listed in its stylesheet under the identifier it misses
-    kUntried = 8,               // listed in its stylesheet as to be tried at every retry
-    kAdjustingUsageCount = 16,  // an aggregate is passing its own usage count on
-    kHasVariationIndex = 32,    // its stylesheet keeps an index over its children
-    kIsIndexedValue = 64,       // an index has members that hold it as a value
-    kUseWasRefused = 128        // its parent, adjusting its own count, did not take the unit for this used child
+    kAdjustingUsageCount = 16  // an aggregate is passing its own usage count on
+    // The other bits are marks.
   };
   void setPlainGroups(std::uint8_t groups) noexcept { mSmall.mPlainGroups = groups; }  // ZTSStyleClass::Plain
-  void setState(State state, bool on) noexcept {
+  void setState(std::uint8_t state, bool on) noexcept {
     mSmall.mState = static_cast<std::uint8_t>(on ? mSmall.mState | state : mSmall.mState & ~state);
   }
   [[nodiscard]] bool hasState(std::uint8_t states) const noexcept { return (mSmall.mState & states) != 0; }
@@ -416,8 +423,6 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   /// its end, since what was found is remembered.
   [[nodiscard]] bool isReadPlainly() noexcept;
   void willInheritFrom(ZTSStyle* parent);
-  /// A style that names a parent and has none is to be tried at the next retry.
-  void fileAsUntried();
   /// The unit of usage that a used child gives its parent, and takes back unless the parent ignored it.
   void passUseTo(ZTSStyle& parent);
   void takeUseFrom(ZTSStyle& parent);
@@ -462,19 +467,19 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   std::uint32_t mOrphanCount : 30 = 0;
   /// While it is set, this style and all above it have classes that leave the reading of values alone.
   std::uint32_t mIsReadPlainly : 1 = 0;
-  std::uint32_t mHasDeparted : 1 = 0;  // listed by the stylesheet that it left; see ZTSDepartedStyles.h
+  std::uint32_t mIsDeparted : 1 = 0;  // the mark, for which the other bits have no room
   ZTUCountedPointerSet<ZTSStyleObserver> mObservers;
 };
 
 static_assert(ZTUCountedDocumentObject<ZTSStyle>);
 
-/// The object as a style, or none. Cost: one comparison.
-inline const ZTSStyle* asStyle(const NSObject* object) noexcept {
-  using Tag = ZTSStyle::Tag;
+inline const ZTSStyle* ZTSStyle::from(const NSObject* object) noexcept {
   if (object == nullptr) return nullptr;
-  const Tag tag = ZTSStyle::tagOf(*object);
+  const Tag tag = tagOf(*object);
   return tag == Tag::style || tag == Tag::aggregateStyle ? static_cast<const ZTSStyle*>(object) : nullptr;
 }
+/// The object as a style, or none. Cost: one comparison.
+inline const ZTSStyle* asStyle(const NSObject* object) noexcept { return ZTSStyle::from(object); }
 inline ZTSStyle* asStyle(NSObject* object) noexcept {
   return const_cast<ZTSStyle*>(asStyle(static_cast<const NSObject*>(object)));
 }

@@ -27,4 +27,25 @@ enum ZTSStyleNotificationFlags : std::int32_t {
 /// Whether equality asks for equal names too.
 enum class CompareNames : bool { no, yes };
 
+/// What the library notes on a style beside its fields.
+enum class ZTSStyleMark : std::uint8_t {
+  isOnRefusedWay = 2,      ///< its parent was refused, or it stands between the one refused and such a style
+  isFiledAsOrphan = 4,     ///< listed in its stylesheet under the identifier it misses
+  isUntried = 8,           ///< listed in its stylesheet as to be tried at every retry
+  hasVariationIndex = 32,  ///< its stylesheet keeps an index over its children
+  isIndexedValue = 64,     ///< an index has members that hold it as a value
+  useWasRefused = 128,     ///< its parent, adjusting its own count, did not take the unit for this used child
+  isDeparted = 0           ///< listed among those that left a stylesheet; a bit elsewhere
+};
+
+/// What it takes to set a mark: those who keep what it says right alone can make one.
+class ZTSStyleMarkKey {
+  friend class ZTSAggregateStyle;
+  friend class ZTSDepartedStyles;
+  friend class ZTSOrphanIndex;
+  friend class ZTSStyle;
+  friend class ZTSVariationIndexes;
+  ZTSStyleMarkKey() = default;
+};
+
 }  // namespace zt

@@ -290,7 +290,7 @@ void ZTSStylesheet::relinkReplaced(ZTAXMLUnarchiver& unarchiver) {
   for (ZTSStylesheet* each = this; each != nullptr; each = each->parent()) {
     for (const Ref<ZTSStyle>& style : each->retainedStyles()) {
       std::vector<std::pair<Ref<NSObject>, Ref<NSObject>>> changes;
-      if (const PropertyMap* map = style->mLocalPropertyMap.get()) {
+      if (const PropertyMap* map = style->p_ownEntries()) {
         for (const PropertyMap::Entry& entry : *map) collectReplaced(*entry.value, unarchiver, changes);
       }
       if (changes.empty()) continue;

@@ -26,14 +26,14 @@
 namespace zt {
 
 /// One call of a counting operation on an aggregate, with everything that follows from it.
-class ZTSCountingWalk {
+class ZTSAggregateStyle::CountingWalk {
  public:
   enum class Count : bool { usage, orphan };
   enum class Step : bool { up, down };
 
-  ZTSCountingWalk(Count count, Step step) noexcept : mIsUsage(count == Count::usage), mIsUp(step == Step::up) {}
-  ZTSCountingWalk(const ZTSCountingWalk&) = delete;
-  ZTSCountingWalk& operator=(const ZTSCountingWalk&) = delete;
+  CountingWalk(Count count, Step step) noexcept : mIsUsage(count == Count::usage), mIsUp(step == Step::up) {}
+  CountingWalk(const CountingWalk&) = delete;
+  CountingWalk& operator=(const CountingWalk&) = delete;
 
   void run(ZTSAggregateStyle& start) {
     if (stepOfAggregate(start) == Outcome::crossed) tellParents(Ref<ZTSStyle>(&start));
@@ -74,7 +74,7 @@ class ZTSCountingWalk {
     while (Ref<ZTSStyle> parent{style->parent()}) {
       if (mIsUsage && !mIsUp && style->forgetRefusedUse()) return;  // the parent never had the unit
       const Outcome outcome = stepOf(*parent);
-      if (mIsUsage && mIsUp && outcome == Outcome::refused) style->setState(ZTSStyle::kUseWasRefused, true);
+      if (mIsUsage && mIsUp && outcome == Outcome::refused) style->p_setMark(ZTSStyleMark::useWasRefused, true, {});
       if (outcome != Outcome::crossed) return;
       style = std::move(parent);
     }
@@ -228,19 +228,19 @@ class ZTSCountingWalk {
 };
 
 void ZTSAggregateStyle::incrementUsageCount() {
-  ZTSCountingWalk(ZTSCountingWalk::Count::usage, ZTSCountingWalk::Step::up).run(*this);
+  CountingWalk(CountingWalk::Count::usage, CountingWalk::Step::up).run(*this);
 }
 
 void ZTSAggregateStyle::decrementUsageCount() {
-  ZTSCountingWalk(ZTSCountingWalk::Count::usage, ZTSCountingWalk::Step::down).run(*this);
+  CountingWalk(CountingWalk::Count::usage, CountingWalk::Step::down).run(*this);
 }
 
 void ZTSAggregateStyle::incrementOrphanCount() {
-  ZTSCountingWalk(ZTSCountingWalk::Count::orphan, ZTSCountingWalk::Step::up).run(*this);
+  CountingWalk(CountingWalk::Count::orphan, CountingWalk::Step::up).run(*this);
 }
 
 void ZTSAggregateStyle::decrementOrphanCount() {
-  ZTSCountingWalk(ZTSCountingWalk::Count::orphan, ZTSCountingWalk::Step::down).run(*this);
+  CountingWalk(CountingWalk::Count::orphan, CountingWalk::Step::down).run(*this);
 }
 
 }  // namespace zt

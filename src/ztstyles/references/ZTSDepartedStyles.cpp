@@ -35,24 +35,24 @@ void ZTSDepartedStyles::add(ZTSStyle& style) {
   const std::lock_guard lock(table().mutex);
   table().lists.insert_or_assign(&style, this);
   mStyles.addObject(&style);
-  style.mHasDeparted = 1;
+  style.p_setMark(ZTSStyleMark::isDeparted, true, {});
 }
 
 void ZTSDepartedStyles::forget(ZTSStyle& style) noexcept {
-  if (style.mHasDeparted == 0) return;
+  if (!style.p_hasMark(ZTSStyleMark::isDeparted)) return;
   const std::lock_guard lock(table().mutex);
   const auto found = table().lists.find(&style);
   found->second->mStyles.removeObject(&style);
   table().lists.erase(found);
-  style.mHasDeparted = 0;
+  style.p_setMark(ZTSStyleMark::isDeparted, false, {});
 }
 
 bool ZTSDepartedStyles::check() const {
   const std::lock_guard lock(table().mutex);
   return std::all_of(mStyles.begin(), mStyles.end(), [this](const ZTSStyle* style) {
     const auto found = table().lists.find(style);
-    return style->mHasDeparted != 0 && style->stylesheet() == nullptr && found != table().lists.end() &&
-           found->second == this;
+    return style->p_hasMark(ZTSStyleMark::isDeparted) && style->stylesheet() == nullptr &&
+           found != table().lists.end() && found->second == this;
   });
 }
 

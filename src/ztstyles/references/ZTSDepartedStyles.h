@@ -9,8 +9,8 @@ namespace zt {
 /// can free them when it ends: aggregates, and others that hold styles as values.
 ///
 /// Always equals: the styles whose link to the stylesheet was cleared, in the order in which they left, without those
-/// that have entered a stylesheet since or have died. They are not held. A style is in one list at most (state
-/// `mHasDeparted`); which one, a table of the process knows, since few styles are ever in any.
+/// that have entered a stylesheet since or have died. They are not held. A style is in one list at most (its mark
+/// `isDeparted`); which one, a table of the process knows, since few styles are ever in any.
 class ZTSDepartedStyles {
  public:
   ZTSDepartedStyles() = default;

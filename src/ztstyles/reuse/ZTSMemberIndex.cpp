@@ -55,7 +55,7 @@ std::optional<std::size_t> ZTSVariationIndexes::Values::hash(const PropertyMap* 
     } else if (const ZTSStyle* style = asStyle(entry.value.get()); style == nullptr) {
       value = entry.value->stableHash();
     } else if (style->isPlain(ZTSStyleClass::plainComparing)) {
-      value = hashOfStyleValue(*style, style->mLocalPropertyMap.get());
+      value = hashOfStyleValue(*style, style->p_ownEntries());
     } else {
       return std::nullopt;
     }
@@ -120,15 +120,15 @@ bool ZTSVariationIndexes::Index::check() const {
 
 ZTSVariationIndexes::Index::Place ZTSVariationIndexes::Index::placeOf(const ZTSStyle& member) const {
   const bool isChild = mMembers.base != nullptr;
-  if (isChild && member.mStylesheet == nullptr) return {Place::nowhere, 0};
-  if (!isChild && member.mStylesheet != mMembers.stylesheet)
+  if (isChild && member.stylesheet() == nullptr) return {Place::nowhere, 0};
+  if (!isChild && member.stylesheet() != mMembers.stylesheet)
     return {Place::always, 0};  // its changes are not told here
   if (!member.isPlain(ZTSStyleClass::plainMatching)) return {Place::always, 0};
-  const std::optional<std::size_t> map = Values::hash(member.mLocalPropertyMap.get());
+  const std::optional<std::size_t> map = Values::hash(member.p_ownEntries());
   if (!map) return {Place::always, 0};
-  return {Place::hashed, isChild
-                             ? childHash(*map, member.mStylesheet, member.isLocked(), member.isAnonymous())
-                             : anonymousHash(*map, &member.classObject(), member.mParentIdentifier, member.isLocked())};
+  return {Place::hashed,
+          isChild ? childHash(*map, member.stylesheet(), member.isLocked(), member.isAnonymous())
+                  : anonymousHash(*map, &member.classObject(), member.parentIdentifier(), member.isLocked())};
 }
 
 void ZTSVariationIndexes::Index::enterAt(Slot slot, const ZTSStyle& member) {
@@ -140,8 +140,8 @@ void ZTSVariationIndexes::Index::enterAt(Slot slot, const ZTSStyle& member) {
     return;
   }
   mHashed.add(place.hash, slot);
-  if (!member.mLocalPropertyMap) return;
-  for (const PropertyMap::Entry& entry : *member.mLocalPropertyMap) {
+  if (member.p_ownEntries() == nullptr) return;
+  for (const PropertyMap::Entry& entry : *member.p_ownEntries()) {
     if (ZTSStyle* value = asStyle(entry.value.get())) followValue(*value, slot);
   }
 }
@@ -152,7 +152,7 @@ void ZTSVariationIndexes::Index::followValue(ZTSStyle& value, Slot slot) {
     Values& values = Values::all();
     const std::lock_guard lock(values.mutex);
     values.indexes[&value].push_back(this);
-    value.setState(ZTSStyle::kIsIndexedValue, true);
+    value.p_setMark(ZTSStyleMark::isIndexedValue, true, {});
   }
   std::vector<Slot>& slots = holders->second;
   if (slots.empty() || slots.back() != slot) slots.push_back(slot);
@@ -175,8 +175,8 @@ void ZTSVariationIndexes::Index::enterHoldersOfChangedValues() {
 }
 
 bool ZTSVariationIndexes::Index::holdsChangedValue(const ZTSStyle& member) const {
-  if (mChangedValues.empty() || !member.mLocalPropertyMap) return false;
-  for (const PropertyMap::Entry& entry : *member.mLocalPropertyMap) {
+  if (mChangedValues.empty() || member.p_ownEntries() == nullptr) return false;
+  for (const PropertyMap::Entry& entry : *member.p_ownEntries()) {
     if (const ZTSStyle* value = asStyle(entry.value.get()); value != nullptr && mChangedValues.contains(value))
       return true;
   }
@@ -192,7 +192,7 @@ void ZTSVariationIndexes::Index::forgetValues() noexcept {
     if (found == values.indexes.end()) continue;
     found->second.erase(std::remove(found->second.begin(), found->second.end(), this), found->second.end());
     if (!found->second.empty()) continue;
-    const_cast<ZTSStyle*>(holder.first)->setState(ZTSStyle::kIsIndexedValue, false);
+    const_cast<ZTSStyle*>(holder.first)->p_setMark(ZTSStyleMark::isIndexedValue, false, {});
     values.indexes.erase(found);
   }
   mHolders.clear();

@@ -23,7 +23,7 @@ struct ZTSVariationIndexes::Members {
 
   template <class Question>
   auto ask(Question question) const {
-    return base != nullptr ? question(base->mChildren.table()) : question(stylesheet->mAnonymousStyles.table());
+    return base != nullptr ? question(base->children().table()) : question(stylesheet->mAnonymousStyles.table());
   }
   [[nodiscard]] std::size_t count() const {
     return ask([](const auto& table) { return table.count(); });

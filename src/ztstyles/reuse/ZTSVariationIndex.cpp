@@ -21,7 +21,7 @@ ZTSVariationIndexes::ZTSVariationIndexes() = default;
 ZTSVariationIndexes::~ZTSVariationIndexes() {
   for (const auto& [base, index] : mChildIndexes) {
     index->markStale();
-    const_cast<ZTSStyle*>(base)->setState(ZTSStyle::kHasVariationIndex, false);
+    const_cast<ZTSStyle*>(base)->p_setMark(ZTSStyleMark::hasVariationIndex, false, {});
   }
 }
 
@@ -40,7 +40,7 @@ std::shared_ptr<ZTSVariationIndexes::Index> ZTSVariationIndexes::indexOver(const
   } else {
     index = std::make_shared<Index>(members);
     mChildIndexes.emplace(members.base, index);
-    const_cast<ZTSStyle*>(members.base)->setState(ZTSStyle::kHasVariationIndex, true);
+    const_cast<ZTSStyle*>(members.base)->p_setMark(ZTSStyleMark::hasVariationIndex, true, {});
   }
   index->refresh();
   return index;
@@ -86,7 +86,7 @@ Ref<ZTSStyle> ZTSVariationIndexes::firstAnonymousStyleOf(ZTSStylesheet& styleshe
 bool ZTSVariationIndexes::overridesMatch(const ZTSStyle& style, const PropertyMap* map) {
   if (style.isPlain(ZTSStyleClass::plainMatching)) {
     if (map == nullptr) return !style.overridesAnyProperty();
-    const Ref<const PropertyMap> own = style.mLocalPropertyMap;  // a value's own code may replace it
+    const Ref<const PropertyMap> own(style.p_ownEntries());  // a value's own code may replace it
     return own && (own == map || own->isEqual(*map));
   }
   const Ref<const PropertyMap> own = style.overridePropertyMap();
@@ -97,19 +97,19 @@ bool ZTSVariationIndexes::overridesMatch(const ZTSStyle& style, const PropertyMa
 // ---- Following the styles
 
 void ZTSStyle::matchingChanged() {
-  if (hasState(kIsIndexedValue)) ZTSVariationIndexes::valueChanged(*this);
+  if (p_hasMark(ZTSStyleMark::isIndexedValue)) ZTSVariationIndexes::valueChanged(*this);
   if (mStylesheet != nullptr) ZTSVariationIndexes::memberChanged(*this);
 }
 
 void ZTSVariationIndexes::memberChanged(ZTSStyle& member) {
-  if (ZTSStyle* base = member.parent(); base != nullptr && base->hasState(ZTSStyle::kHasVariationIndex)) {
+  if (ZTSStyle* base = member.parent(); base != nullptr && base->p_hasMark(ZTSStyleMark::hasVariationIndex)) {
     childWasAdded(*base, member);
   }
-  if (member.mStylesheet->mVariations) member.mStylesheet->mVariations->anonymousStyleChanged(member);
+  if (member.stylesheet()->mVariations) member.stylesheet()->mVariations->anonymousStyleChanged(member);
 }
 
 void ZTSVariationIndexes::childWasAdded(ZTSStyle& parent, ZTSStyle& child) {
-  const auto& all = parent.mStylesheet->mVariations->mChildIndexes;
+  const auto& all = parent.stylesheet()->mVariations->mChildIndexes;
   if (const auto found = all.find(&parent); found != all.end()) found->second->enter(child);
 }
 
@@ -122,8 +122,8 @@ void ZTSVariationIndexes::anonymousStylesAreOpen() noexcept {
 }
 
 void ZTSVariationIndexes::dropIndexOf(ZTSStyle& base) noexcept {
-  base.setState(ZTSStyle::kHasVariationIndex, false);
-  auto& all = base.mStylesheet->mVariations->mChildIndexes;
+  base.p_setMark(ZTSStyleMark::hasVariationIndex, false, {});
+  auto& all = base.stylesheet()->mVariations->mChildIndexes;
   const auto found = all.find(&base);
   if (found == all.end()) return;
   found->second->markStale();  // for a search that is under way
@@ -139,7 +139,7 @@ void ZTSVariationIndexes::valueChanged(ZTSStyle& value) {
 }
 
 void ZTSVariationIndexes::valueDies(ZTSStyle& value) noexcept {
-  value.setState(ZTSStyle::kIsIndexedValue, false);
+  value.p_setMark(ZTSStyleMark::isIndexedValue, false, {});
   Values& values = Values::all();
   const std::lock_guard lock(values.mutex);
   const auto found = values.indexes.find(&value);
@@ -150,7 +150,7 @@ void ZTSVariationIndexes::valueDies(ZTSStyle& value) noexcept {
 
 bool ZTSVariationIndexes::check(const ZTSStylesheet& stylesheet) const {
   for (const auto& [base, index] : mChildIndexes) {
-    if (base->stylesheet() != &stylesheet || !base->hasState(ZTSStyle::kHasVariationIndex) || !index->check())
+    if (base->stylesheet() != &stylesheet || !base->p_hasMark(ZTSStyleMark::hasVariationIndex) || !index->check())
       return false;
   }
   return !mAnonymousIndex || mAnonymousIndex->check();

@@ -53,7 +53,7 @@ ZTSStyle::~ZTSStyle() {
   intrusive_ptr_add_ref(this);  // whoever is handed this style by what follows must not end it again
   storeStylesheet(nullptr);
   ZTSDepartedStyles::forget(*this);
-  if (hasState(kIsIndexedValue)) ZTSVariationIndexes::valueDies(*this);
+  if (p_hasMark(ZTSStyleMark::isIndexedValue)) ZTSVariationIndexes::valueDies(*this);
   forgetClassOf(*this);
   if (mParent) {
     try {
@@ -139,7 +139,7 @@ void ZTSStyle::setStylesheet(ZTSStylesheet* stylesheet) {
   if (stylesheet == nullptr) mStylesheet->styleWillDepart(*this);
   storeStylesheet(stylesheet);
   // A class that resolves parents in its own way may never come to p_updateParent, which files orphans.
-  if (!isPlain(ZTSStyleClass::plainResolving)) fileAsUntried();
+  if (!isPlain(ZTSStyleClass::plainResolving)) p_fileAsUntried();
   updateParent();
 }
 
@@ -148,7 +148,7 @@ void ZTSStyle::cleanup() { storeStylesheet(nullptr); }
 void ZTSStyle::updateParent() {
   const Ref<ZTSStyle> self(this);
   const Ref<ZTSStyle> oldParent = mParent;
-  const bool wasOnRefusedWay = hasState(kOnRefusedWay);
+  const bool wasOnRefusedWay = p_hasMark(ZTSStyleMark::isOnRefusedWay);
   if (!p_updateParent()) return;
   ZTFirstFailure failure;
   // A class of the old chain that overrides the reading of values could notice that it is not asked for them.
@@ -202,18 +202,19 @@ void ZTSStyle::refuseParent(ZTSStyle& refused) {
       kZTULogFailure, kSourceFile,
       "Style <%p> with identifier '%@' cannot inherit from style <%p> with identifier '%@', which inherits from it.",
       address(this), mIdentifier, address(&refused), refused.identifier());
-  for (ZTSStyle* style = &refused; style != this; style = style->parent()) style->setState(kOnRefusedWay, true);
-  setState(kOnRefusedWay, true);
+  for (ZTSStyle* style = &refused; style != this; style = style->parent())
+    style->p_setMark(ZTSStyleMark::isOnRefusedWay, true, {});
+  p_setMark(ZTSStyleMark::isOnRefusedWay, true, {});
 }
 
 void ZTSStyle::p_retryRefused() {
   ZTSStyle* top = this;
-  bool isRefused = hasState(kOnRefusedWay);
-  setState(kOnRefusedWay, false);
+  bool isRefused = p_hasMark(ZTSStyleMark::isOnRefusedWay);
+  p_setMark(ZTSStyleMark::isOnRefusedWay, false, {});
   while (top->parent() != nullptr) {
     top = top->parent();
-    isRefused = top->hasState(kOnRefusedWay);
-    top->setState(kOnRefusedWay, false);
+    isRefused = top->p_hasMark(ZTSStyleMark::isOnRefusedWay);
+    top->p_setMark(ZTSStyleMark::isOnRefusedWay, false, {});
   }
   if (!isRefused) return;
   const Ref<ZTSStyle> held(top);
@@ -234,11 +235,11 @@ Ref<ZTSStyle> ZTSStyle::findParent() {
   Ref<ZTSStyle> found(reach != nullptr ? reach->cascadedStyleWithIdentifier(mParentIdentifier) : nullptr);
   if (found && found == mParent) return found;
   if (found == this) {
-    fileAsUntried();
+    p_fileAsUntried();
     ZT_RAISE("p_updateParent", this, kSourceFile, "-[ZTSStyle (%p) setParent:] tried to set ourself as our parent.",
              address(this));
   }
-  setState(kOnRefusedWay, false);
+  p_setMark(ZTSStyleMark::isOnRefusedWay, false, {});
   // Only a style that has children can close a loop.
   if (found && !mChildren.isEmpty() && descendsFrom(found.get(), *this)) {
     refuseParent(*found);
@@ -260,7 +261,7 @@ bool ZTSStyle::p_updateParent() {
   if (failure.hasFailed()) {
     // Rather no parent than half a link to one. The next retry asks the style again.
     mParent.reset();
-    fileAsUntried();
+    p_fileAsUntried();
     if (mStylesheet != nullptr) mStylesheet->orphans().couldNotAsk();
     failure.rethrow();
   }
@@ -268,7 +269,7 @@ bool ZTSStyle::p_updateParent() {
   if (mStylesheet != nullptr && mParentIdentifier) {
     if (!found) {
       mStylesheet->orphans().file(*this);
-    } else if (hasState(kFiledAsOrphan | kUntried)) {
+    } else if (p_isListedAsOrphan()) {
       mStylesheet->orphans().unfile(*this);
     }
   }
@@ -282,7 +283,7 @@ void ZTSStyle::p_addChild(ZTSStyle& child) {
              classObject().name(), "p_addChild:", address(this));
   }
   if (!mChildren.addObject(&child)) return;
-  if (hasState(kHasVariationIndex)) ZTSVariationIndexes::childWasAdded(*this, child);
+  if (p_hasMark(ZTSStyleMark::hasVariationIndex)) ZTSVariationIndexes::childWasAdded(*this, child);
   ZTFirstFailure failure;
   if (child.usageCount() != 0) failure.attempt([&] { child.passUseTo(*this); });
   if (child.orphanCount() != 0) failure.attempt([&] { incrementOrphanCount(); });
@@ -316,23 +317,24 @@ void ZTSStyle::p_setIdentifier(StringRef identifier) {
 }
 
 void ZTSStyle::p_setParentIdentifier(StringRef parentIdentifier) {
-  if (hasState(kFiledAsOrphan | kUntried)) mStylesheet->orphans().unfile(*this);
+  if (p_isListedAsOrphan()) mStylesheet->orphans().unfile(*this);
   mParentIdentifier = std::move(parentIdentifier);
-  fileAsUntried();
+  p_fileAsUntried();
   matchingChanged();
 }
 
 void ZTSStyle::p_setParent(Ref<ZTSStyle> parent) {
-  if (hasState(kFiledAsOrphan | kUntried)) mStylesheet->orphans().unfile(*this);
+  if (p_isListedAsOrphan()) mStylesheet->orphans().unfile(*this);
   willInheritFrom(parent.get());
   // Nothing would tell the index over the children of the style so far when this one changes.
-  if (mParent && mParent != parent && mParent->hasState(kHasVariationIndex)) ZTSVariationIndexes::dropIndexOf(*mParent);
+  if (mParent && mParent != parent && mParent->p_hasMark(ZTSStyleMark::hasVariationIndex))
+    ZTSVariationIndexes::dropIndexOf(*mParent);
   mParent = std::move(parent);
-  fileAsUntried();
+  p_fileAsUntried();
 }
 
 void ZTSStyle::p_setChildren(ZTUMutablePointerSet<ZTSStyle> children) {
-  if (hasState(kHasVariationIndex)) ZTSVariationIndexes::dropIndexOf(*this);
+  if (p_hasMark(ZTSStyleMark::hasVariationIndex)) ZTSVariationIndexes::dropIndexOf(*this);
   mChildren = std::move(children);
 }
 
@@ -378,7 +380,7 @@ void ZTSStyle::p_setStylesheet(ZTSStylesheet* stylesheet) {
     passedOver.attempt([&] { mStylesheet->styleWillDepart(*this); });
   }
   storeStylesheet(stylesheet);
-  fileAsUntried();
+  p_fileAsUntried();
 }
 
 void ZTSStyle::p_setUsageCount(std::uint32_t count) {
@@ -397,8 +399,8 @@ void ZTSStyle::storeStylesheet(ZTSStylesheet* stylesheet) {
     ZTSDepartedStyles::forget(*this);
   }
   if (old != nullptr) {
-    if (hasState(kFiledAsOrphan | kUntried)) old->orphans().unfile(*this);
-    if (hasState(kHasVariationIndex)) ZTSVariationIndexes::dropIndexOf(*this);
+    if (p_isListedAsOrphan()) old->orphans().unfile(*this);
+    if (p_hasMark(ZTSStyleMark::hasVariationIndex)) ZTSVariationIndexes::dropIndexOf(*this);
     if (stylesheet != old) old->styleWasUnlinked(*this);
   }
   mStylesheet = stylesheet;
@@ -407,7 +409,7 @@ void ZTSStyle::storeStylesheet(ZTSStylesheet* stylesheet) {
   matchingChanged();
 }
 
-void ZTSStyle::fileAsUntried() {
+void ZTSStyle::p_fileAsUntried() {
   if (mStylesheet != nullptr && !mParent && mParentIdentifier) mStylesheet->orphans().fileUntried(*this);
 }
 

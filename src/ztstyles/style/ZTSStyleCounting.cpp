@@ -67,7 +67,7 @@ void ZTSStyle::passUseTo(ZTSStyle& parent) {
   const std::uint32_t before = parent.mUsageCount;
   ZTFirstFailure failure;
   const bool wentThrough = failure.attempt([&] { parent.incrementUsageCount(); });
-  if ((isIgnoring || !wentThrough) && parent.mUsageCount == before) setState(kUseWasRefused, true);
+  if ((isIgnoring || !wentThrough) && parent.mUsageCount == before) p_setMark(ZTSStyleMark::useWasRefused, true, {});
   failure.rethrow();
 }
 
@@ -76,8 +76,8 @@ void ZTSStyle::takeUseFrom(ZTSStyle& parent) {
 }
 
 bool ZTSStyle::forgetRefusedUse() noexcept {
-  const bool wasRefused = hasState(kUseWasRefused);
-  setState(kUseWasRefused, false);
+  const bool wasRefused = p_hasMark(ZTSStyleMark::useWasRefused);
+  p_setMark(ZTSStyleMark::useWasRefused, false, {});
   return wasRefused;
 }
 

@@ -7,36 +7,36 @@ void ZTSOrphanIndex::file(ZTSStyle& style) noexcept {
   if (!style.isPlain(ZTSStyleClass::plainResolving)) return fileUntried(style);
   unfile(style);
   try {
-    mMissing[style.mParentIdentifier].addObject(&style);
-    style.setState(ZTSStyle::kFiledAsOrphan, true);
+    mMissing[style.parentIdentifier()].addObject(&style);
+    style.p_setMark(ZTSStyleMark::isFiledAsOrphan, true, {});
   } catch (...) {
     mMissesSome = true;  // it found none just now
   }
 }
 
 void ZTSOrphanIndex::fileUntried(ZTSStyle& style) noexcept {
-  if (style.hasState(ZTSStyle::kUntried)) return;
+  if (style.p_hasMark(ZTSStyleMark::isUntried)) return;
   unfile(style);
   try {
     mUntried.addObject(&style);
-    style.setState(ZTSStyle::kUntried, true);
+    style.p_setMark(ZTSStyleMark::isUntried, true, {});
   } catch (...) {
     mMissesSome = true;
   }
 }
 
 void ZTSOrphanIndex::unfile(ZTSStyle& style) noexcept {
-  if (style.hasState(ZTSStyle::kUntried)) {
+  if (style.p_hasMark(ZTSStyleMark::isUntried)) {
     mUntried.removeObject(&style);
-    style.setState(ZTSStyle::kUntried, false);
+    style.p_setMark(ZTSStyleMark::isUntried, false, {});
   }
-  if (style.hasState(ZTSStyle::kFiledAsOrphan)) {
-    auto found = mMissing.find(style.mParentIdentifier);
+  if (style.p_hasMark(ZTSStyleMark::isFiledAsOrphan)) {
+    auto found = mMissing.find(style.parentIdentifier());
     if (found != mMissing.end()) {
       found->second.removeObject(&style);
       if (found->second.isEmpty()) mMissing.erase(found);
     }
-    style.setState(ZTSStyle::kFiledAsOrphan, false);
+    style.p_setMark(ZTSStyleMark::isFiledAsOrphan, false, {});
   }
 }
 
@@ -54,14 +54,14 @@ bool ZTSOrphanIndex::check(const ZTSStyleSet& held) const {
   for (const auto& [identifier, styles] : mMissing) {
     filed += styles.count();
     for (const ZTSStyle* style : styles) {
-      if (style->parentIdentifier() != identifier || style->hasState(ZTSStyle::kUntried)) return false;
+      if (style->parentIdentifier() != identifier || style->p_hasMark(ZTSStyleMark::isUntried)) return false;
     }
   }
   std::size_t expected = 0;
   for (const ZTSStyle* style : held) {
     const bool isOrphan = style->parent() == nullptr && style->parentIdentifier().isPresent();
     if (isOrphan) ++expected;
-    if (isOrphan != style->hasState(ZTSStyle::kUntried | ZTSStyle::kFiledAsOrphan)) return false;
+    if (isOrphan != style->p_isListedAsOrphan()) return false;
   }
   return filed == expected;
 }

@@ -11,8 +11,8 @@ namespace zt {
 /// that adding an identified style asks those alone that wait for it.
 ///
 /// Always equals: every style linked to the stylesheet that has a parent identifier and no parent is either
-/// filed under that identifier (state bit kFiledAsOrphan), because its last resolution found nothing, or is
-/// listed as untried (kUntried), because it was never resolved since something about it changed or because its
+/// filed under that identifier (mark isFiledAsOrphan), because its last resolution found nothing, or is
+/// listed as untried (isUntried), because it was never resolved since something about it changed or because its
 /// class resolves parents in its own way. Nothing else is listed. While `missesSome`, because memory ran out or the
 /// parent of the stylesheet was stored without resolving anew, a style may be missing, or filed under an identifier
 /// that it could find; the next retry asks all styles and lists them again. Owned by the stylesheet; updated by

@@ -64,12 +64,12 @@ bool areReferencesRight(const ZTSAggregateStyle& aggregate) {
 
 /// Whether a style that looked for its parent in vain would not find one now either, or one that is refused.
 bool ZTSStylesheet::isOrphanRight(const ZTSStyle& style) const {
-  if (!style.hasState(ZTSStyle::kFiledAsOrphan)) return true;
+  if (!style.p_hasMark(ZTSStyleMark::isFiledAsOrphan)) return true;
   const ZTSStylesheet* reach = style.p_reachStylesheet();
   const ZTSStyle* found = reach != nullptr ? reach->cascadedStyleWithIdentifier(style.parentIdentifier()) : nullptr;
   if (found == nullptr) return true;
   while (found != nullptr && found != &style) found = found->parent();
-  return found == &style && style.hasState(ZTSStyle::kOnRefusedWay);
+  return found == &style && style.p_hasMark(ZTSStyleMark::isOnRefusedWay);
 }
 
 /// Whether the counts are at least what children and references give, and a use reaches the parent.
@@ -78,7 +78,7 @@ bool ZTSStylesheet::areCountsRight(const ZTSStyle& style) {
   std::size_t uses = 0;
   std::size_t orphans = 0;
   for (const ZTSStyle* child : style.children()) {
-    uses += child->usageCount() != 0 && !child->hasState(ZTSStyle::kUseWasRefused) ? 1 : 0;
+    uses += child->usageCount() != 0 && !child->p_hasMark(ZTSStyleMark::useWasRefused) ? 1 : 0;
     orphans += child->orphanCount() != 0 ? 1 : 0;
     if (child->usageCount() != 0 && style.usageCount() == 0 && countsPlainly(*child)) return false;
   }

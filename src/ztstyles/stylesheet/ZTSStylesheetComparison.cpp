@@ -88,7 +88,7 @@ class ZTSStylesheet::Copying {
   void relinkValues(ZTSStyle& style) {
     if (!style.overridesAnyProperty()) return;
     std::vector<PropertyMap::Entry> relinked;
-    for (const PropertyMap::Entry& entry : *style.mLocalPropertyMap) {
+    for (const PropertyMap::Entry& entry : *style.p_ownEntries()) {
       const ZTSStyle* referenced = asStyle(entry.value.get());
       ZTSStyle* copied = referenced != nullptr ? mCopies->objectForKey(referenced) : nullptr;
       if (copied != nullptr) relinked.push_back({entry.key, Ref<NSObject>(copied)});
@@ -154,7 +154,7 @@ std::optional<std::size_t> ZTSStylesheet::shapeWithValuesOf(const ZTSStyle& styl
   if (!comparesPlainly(style)) return {};
   std::size_t shape = shapeOf(style);
   if (!style.overridesAnyProperty()) return shape;
-  for (const PropertyMap::Entry& entry : *style.mLocalPropertyMap) {
+  for (const PropertyMap::Entry& entry : *style.p_ownEntries()) {
     // A style's own stable hash tells nothing, since its equality follows its state; no state changes here.
     const ZTSStyle* referenced = asStyle(entry.value.get());
     if (referenced != nullptr && !comparesPlainly(*referenced)) return {};

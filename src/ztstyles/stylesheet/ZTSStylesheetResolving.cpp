@@ -39,7 +39,7 @@ void ZTSStylesheet::setParentLinkOf(ZTSStyle& style, ZTFirstFailure& failure) {
   dropHalfLink();
   if (failure.attempt([&] { style.p_updateParent(); })) return;
   dropHalfLink();
-  style.fileAsUntried();
+  style.p_fileAsUntried();
 }
 
 /// Asks the styles again that an earlier change could not ask.
@@ -133,7 +133,7 @@ void ZTSStylesheet::retryOrphans(const StringRef* foundIdentifier, ZTFirstFailur
   for (const Ref<ZTSStyle>& style : asked) {
     if (!isOrphan(*style) || !holdsStyle(*style)) continue;
     resolveParentOf(*style, failure);
-    if (asksAll && isOrphan(*style) && !style->hasState(ZTSStyle::kFiledAsOrphan)) style->fileAsUntried();
+    if (asksAll && isOrphan(*style) && !style->p_hasMark(ZTSStyleMark::isFiledAsOrphan)) style->p_fileAsUntried();
   }
 }
 
