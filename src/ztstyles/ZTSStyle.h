@@ -449,7 +449,6 @@ class ZT_EXPORT ZTSStyle : public ZTAXMLCoding, public ZTSStyleObserver {
   void removeEntries(const PropertySet& keys);
   [[nodiscard]] Ref<const PropertySet> keysToRemove(const PropertySet& keys) const;
   [[nodiscard]] Ref<PropertySet> storedKeys() const;
-  Ref<NSObject> archivedValue(ZTAXMLUnarchiver& unarchiver, _xmlNode* property, PropertyKey key) const;
   static void forgetClassOf(const ZTSStyle& style) noexcept;  // what `standInForClassNamed` noted
   class Telling;     // a style and the children that it has yet to tell; in ZTSStylePropagation.cpp
   class Comparison;  // the comparisons under way; in ZTSStyleComparison.cpp

@@ -394,7 +394,7 @@ class ZT_EXPORT ZTSStylesheet : public ZTAXMLCoding {
   void storeParent(Ref<ZTSStylesheet> parent) noexcept;
   // Steps of identifying, see ZTSStylesheetIdentify.cpp, and of finding or creating a variation.
   bool mayIdentify(const char* operation, const ZTSStyle* style) const;
-  std::pair<ZTSStyle*, ZTSStylesheet*> captorOfKeptChild(const ZTSStyleSet& kept, const StringRef& identifier) const;
+  bool mayTakeIdentifier(const StringRef& identifier, const ZTSStyleSet& kept) const;
   Ref<ZTSStyle> variationOfStyleWithOverrides(ZTSStyle& style, const Ref<ZTSStyle>& base,
                                               const Ref<ZTSStyle>& reachable, const StyleVariationRequest& request,
                                               const PropertyMap* wanted);

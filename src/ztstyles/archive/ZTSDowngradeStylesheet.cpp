@@ -88,6 +88,22 @@ bool ZTSDowngradeStylesheet::initWithStylesheet(ZTSStylesheet& original, ZTAXMLA
   return true;
 }
 
+namespace {
+
+/// Copies refer to copies, by their own values: inherited values and defaults are others' and stay theirs.
+void referToCopies(const std::vector<Ref<ZTSStyle>>& aggregates, ZTAXMLArchiver& archiver) {
+  for (const Ref<ZTSStyle>& copy : aggregates) {
+    for (PropertyKey key : asAggregateStyle(static_cast<ZTAXMLCoding*>(copy.get()))->referencedStyleProperties()) {
+      const Ref<NSObject> value(copy->rawValueForProperty(key));
+      if (asStyle(value.get()) == nullptr) continue;
+      if (NSObject* substitute = archiver.encoderForObject(value.get()); asStyle(substitute) != nullptr)
+        copy->setValueForProperty(Ref<NSObject>(substitute), key);
+    }
+  }
+}
+
+}  // namespace
+
 bool ZTSDowngradeStylesheet::p_initForDowngradeWithStylesheet(ZTSStylesheet& original, ZTAXMLArchiver& archiver) {
   if (!initWithHost(nullptr)) return false;
   p_setParent(original.parent() != nullptr ? original.parent()->overrideDowngradeStylesheetWithArchiver(archiver)
@@ -126,16 +142,7 @@ bool ZTSDowngradeStylesheet::p_initForDowngradeWithStylesheet(ZTSStylesheet& ori
     copyStyle(*style, [&](const Ref<ZTSStyle>& copy) { p_anonymousStyles().addObject(copy.get()); });
   }
 
-  // Copies refer to copies.
-  for (const Ref<ZTSStyle>& copy : aggregates) {
-    for (PropertyKey key : asAggregateStyle(static_cast<ZTAXMLCoding*>(copy.get()))->referencedStyleProperties()) {
-      // Inherited values and defaults are others' and stay theirs.
-      const Ref<NSObject> value(copy->rawValueForProperty(key));
-      if (asStyle(value.get()) == nullptr) continue;
-      if (NSObject* substitute = archiver.encoderForObject(value.get()); asStyle(substitute) != nullptr)
-        copy->setValueForProperty(Ref<NSObject>(substitute), key);
-    }
-  }
+  referToCopies(aggregates, archiver);
   return true;
 }
 

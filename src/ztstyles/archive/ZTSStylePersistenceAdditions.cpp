@@ -195,6 +195,60 @@ void ZTSStyle::encodeWithXMLArchiver(ZTAXMLArchiver& archiver, _xmlNode* node, s
 
 // ---- Reading
 
+namespace {
+
+/// The value in the property's element, else the default. None where there is neither.
+Ref<NSObject> archivedValue(const ZTSStyle& style, ZTAXMLUnarchiver& unarchiver, xmlNode* property, PropertyKey key) {
+  unarchiver.reportUnknown(property);
+  Ref<NSObject> value;
+  if (xmlNode* element = firstElementFrom(property->children)) {
+    value = unarchiver.createObjectFromNode(element);
+    if (!value && !ztaxmlOkToSkipNode(element)) {
+      ZTULog_Fn(kZTULogFailure, kSourceFile, "Couldn't create property from node %s, using default",
+                text(element->name));
+    }
+    if (const xmlNode* second = firstElementFrom(element->next); second != nullptr && !ztaxmlOkToSkipNode(second))
+      unarchiver.report(second, format("expected one value of '%@', found more; the first one counts", key));
+  }
+  if (!value) value = style.defaultValueForProp(key);
+  if (!value && style.classObject().isValidProperty(key)) {
+    ZTULog_Fn(kZTULogNotice, kSourceFile, "Couldn't get value for %@ from node or defaults, skipping", key);
+  }
+  return value;
+}
+
+/// The own values of a style that is read; of two for one property the later one.
+Ref<PropertyMap> archivedEntries(const ZTSStyle& style, ZTAXMLUnarchiver& unarchiver, xmlNode* properties) {
+  std::size_t count = 0;
+  for (xmlNode* each = properties->children; each != nullptr; each = each->next) count += isElement(each) ? 1 : 0;
+  const Ref<PropertyMap> map = PropertyMap::make(count);
+  unarchiver.reportUnknown(properties);
+  for (xmlNode* each = properties->children; each != nullptr; each = each->next) {
+    if (!isElement(each)) continue;
+    if (!isOurs(each)) {
+      if (!ztaxmlOkToSkipNode(each))
+        unarchiver.report(each, "expected a property, found an element of another namespace");
+      continue;
+    }
+    const PropertyKey key = unarchiver.propertyKeyForNode(each);
+    if (map->contains(key)) unarchiver.report(each, format("'%@' has been set before; this value counts", key));
+    if (Ref<NSObject> value = archivedValue(style, unarchiver, each, key)) map->set(key, std::move(value));
+  }
+  return map;
+}
+
+/// The lock, told where its word is none.
+bool archivedLock(ZTAXMLUnarchiver& unarchiver, xmlNode* node) {
+  if (const XMLText locked{xmlGetNsProp(node, chars("locked"), CorvaleNamespace.href)}) {
+    const std::string_view word = text(locked.get());
+    if (word != "true" && word != "false" && word != "1" && word != "0")
+      unarchiver.report(node, format("expected 'true' or 'false' in 'locked', found '%s'", word.substr(0, 60)));
+  }
+  return ztaxmlBoolNsPropDefault(node, CorvaleNamespace, "locked", false);
+}
+
+}  // namespace
+
 bool ZTSStyle::initWithXMLUnarchiver(ZTAXMLUnarchiver&, _xmlNode*, std::uint64_t) { return true; }
 
 Ref<NSObject> ZTSStyle::initMoreWithXMLUnarchiver(ZTAXMLUnarchiver& unarchiver, _xmlNode* node) {
@@ -215,12 +269,7 @@ Ref<NSObject> ZTSStyle::initMoreWithXMLUnarchiver(ZTAXMLUnarchiver& unarchiver, 
     p_setName(unarchiver.localizedStringForKey(stored, classObject().localizationKeyPrefix()));
   }
   if (StringRef parent = attribute(unarchiver, node, "parent-ident")) p_setParentIdentifier(std::move(parent));
-  p_setIsLocked(ztaxmlBoolNsPropDefault(node, CorvaleNamespace, "locked", false));
-  if (const XMLText locked{xmlGetNsProp(node, chars("locked"), CorvaleNamespace.href)}) {
-    const std::string_view word = text(locked.get());
-    if (word != "true" && word != "false" && word != "1" && word != "0")
-      unarchiver.report(node, format("expected 'true' or 'false' in 'locked', found '%s'", word.substr(0, 60)));
-  }
+  p_setIsLocked(archivedLock(unarchiver, node));
 
   xmlNode* properties = ztaxmlFirstChildNsNamed(node, CorvaleNamespace, "property-map");
   if (properties == nullptr) {
@@ -229,45 +278,10 @@ Ref<NSObject> ZTSStyle::initMoreWithXMLUnarchiver(ZTAXMLUnarchiver& unarchiver, 
     unarchiver.report(node, "expected an element 'property-map' in a style, found none");
     return {};
   }
-  std::size_t count = 0;
-  for (xmlNode* each = properties->children; each != nullptr; each = each->next) count += isElement(each) ? 1 : 0;
-  const Ref<PropertyMap> map = PropertyMap::make(count);
-  unarchiver.reportUnknown(properties);
-  for (xmlNode* each = properties->children; each != nullptr; each = each->next) {
-    if (!isElement(each)) continue;
-    if (!isOurs(each)) {
-      if (!ztaxmlOkToSkipNode(each))
-        unarchiver.report(each, "expected a property, found an element of another namespace");
-      continue;
-    }
-    const PropertyKey key = unarchiver.propertyKeyForNode(each);
-    if (map->contains(key)) unarchiver.report(each, format("'%@' has been set before; this value counts", key));
-    if (Ref<NSObject> value = archivedValue(unarchiver, each, key)) map->set(key, std::move(value));
-  }
-  p_setPropertyMap(map);
+  p_setPropertyMap(archivedEntries(*this, unarchiver, properties));
   p_setChildren({});
   p_setObservers({});
   return Ref<NSObject>(static_cast<ZTAXMLCoding*>(this));
-}
-
-/// The value in the property's element, else the default. None where there is neither.
-Ref<NSObject> ZTSStyle::archivedValue(ZTAXMLUnarchiver& unarchiver, _xmlNode* property, PropertyKey key) const {
-  unarchiver.reportUnknown(property);
-  Ref<NSObject> value;
-  if (xmlNode* element = firstElementFrom(property->children)) {
-    value = unarchiver.createObjectFromNode(element);
-    if (!value && !ztaxmlOkToSkipNode(element)) {
-      ZTULog_Fn(kZTULogFailure, kSourceFile, "Couldn't create property from node %s, using default",
-                text(element->name));
-    }
-    if (const xmlNode* second = firstElementFrom(element->next); second != nullptr && !ztaxmlOkToSkipNode(second))
-      unarchiver.report(second, format("expected one value of '%@', found more; the first one counts", key));
-  }
-  if (!value) value = defaultValueForProp(key);
-  if (!value && classObject().isValidProperty(key)) {
-    ZTULog_Fn(kZTULogNotice, kSourceFile, "Couldn't get value for %@ from node or defaults, skipping", key);
-  }
-  return value;
 }
 
 void ZTSStyle::replaceUnarchivedObject(NSObject& dropped, NSObject* kept) {

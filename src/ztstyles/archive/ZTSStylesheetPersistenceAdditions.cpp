@@ -39,8 +39,14 @@ ClassSettings& settings() {
   return *all;
 }
 
-xmlNode* newContainer(xmlNode* node, const char* name) {
-  return xmlNewChild(node, &CorvaleNamespace, reinterpret_cast<const xmlChar*>(name), nullptr);
+/// An element for a stylesheet's styles of one kind. Raises `NSGenericException`, after a log, where there is none.
+xmlNode* newContainer(const ZTSStylesheet& stylesheet, xmlNode* node, const char* name, const char* kind) {
+  xmlNode* made = xmlNewChild(node, &CorvaleNamespace, reinterpret_cast<const xmlChar*>(name), nullptr);
+  if (made != nullptr) return made;
+  const std::string failure =
+      format("Couldn't get node to put %s styles on for stylesheet %@, out node %p", kind, &stylesheet, address(node));
+  ZTULog_Fn(kZTULogFailure, kSourceFile, "%s", failure);
+  throw NSGenericException(failure);
 }
 
 /// The objects among the value, or the elements of a list, that others have replaced.
@@ -115,20 +121,8 @@ void ZTSStylesheet::preArchiveDowngradeForVersion(std::uint64_t version, ZTAXMLA
 bool ZTSStylesheet::isUsedInArchive(const ZTSStyle& style) const { return style.usageCount() != 0; }
 
 void ZTSStylesheet::encodeWithXMLArchiver(ZTAXMLArchiver& archiver, _xmlNode* node, std::uint64_t) {
-  xmlNode* identifiedNode = newContainer(node, "styles");
-  if (identifiedNode == nullptr) {
-    ZTULog_Fn(kZTULogFailure, kSourceFile,
-              "Couldn't get node to put identified styles on for stylesheet %@, out node %p", this, address(node));
-    throw NSGenericException(
-        format("Couldn't get node to put identified styles on for stylesheet %@, out node %p", this, address(node)));
-  }
-  xmlNode* anonymousNode = newContainer(node, "anon-styles");
-  if (anonymousNode == nullptr) {
-    ZTULog_Fn(kZTULogFailure, kSourceFile,
-              "Couldn't get node to put anonymous styles on for stylesheet %@, out node %p", this, address(node));
-    throw NSGenericException(
-        format("Couldn't get node to put anonymous styles on for stylesheet %@, out node %p", this, address(node)));
-  }
+  xmlNode* identifiedNode = newContainer(*this, node, "styles", "identified");
+  xmlNode* anonymousNode = newContainer(*this, node, "anon-styles", "anonymous");
   if (mParent) archiver.encodeObjectWithName(Ref<NSObject>(parent()).get(), node, "parent", CorvaleNamespace);
 
   const Ref<ZTUPair> containers =

@@ -42,6 +42,13 @@ struct Base {
   }
 };
 
+/// Whether the style that the caller prefers has the wanted values already.
+bool fitsPreferred(const Base& base, const ZTSStyle* preferred, bool isLocked, const PropertyMap* wanted) {
+  if (preferred == nullptr || preferred->isLocked() != isLocked) return false;
+  if (preferred->isIdentified()) return wanted == nullptr && base.isStoodForBy(preferred);
+  return base.isStoodForBy(preferred->parent()) && ZTSVariationIndexes::overridesMatch(*preferred, wanted);
+}
+
 /// Reports a base that means something else here than where it comes from.
 void reportDifferentBases(const ZTSStylesheet& stylesheet, const ZTSStyle& style, const Base& base) {
   if (base.style == base.reachable) return;
@@ -100,12 +107,8 @@ Ref<ZTSStyle> ZTSStylesheet::variationOfStyleWithOverrides(ZTSStyle& style, cons
     return candidate.stylesheet() == this && candidate.isLocked() == request.isLocked;
   };
   if (request.canReuse) {
-    if (ZTSStyle* preferred = request.preferredStyle;
-        preferred != nullptr && preferred->isLocked() == request.isLocked) {
-      const bool fits = preferred->isIdentified() ? wanted == nullptr && base.isStoodForBy(preferred)
-                                                  : base.isStoodForBy(preferred->parent()) &&
-                                                        ZTSVariationIndexes::overridesMatch(*preferred, wanted);
-      if (fits) return Ref<ZTSStyle>(preferred);
+    if (fitsPreferred(base, request.preferredStyle, request.isLocked, wanted)) {
+      return Ref<ZTSStyle>(request.preferredStyle);
     }
     if (base.style && wanted == nullptr && isHeldWithLock(*base.style)) return base.style;
     if (isHeldWithLock(style) && (request.canReuseIdentifiedChildren || style.isAnonymous()) &&

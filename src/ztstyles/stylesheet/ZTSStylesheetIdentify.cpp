@@ -16,6 +16,13 @@ namespace {
 constexpr const char* kSourceFile = "src/ztstyles/ZTSStylesheet";
 constexpr const char* kIdentify = "identifyStyle:withIdentifier:keepChildren:";
 
+StringRef nameOfClassOf(const ZTSStyle* style) { return style != nullptr ? style->classObject().name() : StringRef(); }
+
+/// Without a style, whether there are none.
+bool areChildrenOf(const ZTSStyle* style, const ZTUMutablePointerSet<ZTSStyle>& styles) {
+  return style != nullptr ? styles.isSubsetOfSet(style->children()) : styles.isEmpty();
+}
+
 }  // namespace
 
 /// Reports no style, and a style of elsewhere; false where there is no style.
@@ -40,10 +47,16 @@ void ZTSStylesheet::identifyStyleKeepingAllChildren(Ref<ZTSStyle> style, StringR
   identifyStyleKeepingChildren(std::move(style), std::move(identifier), kept);
 }
 
-/// The style that a kept child would find in the place of the newly identified one, with the child's stylesheet; none
-/// if all would find the right one.
-std::pair<ZTSStyle*, ZTSStylesheet*> ZTSStylesheet::captorOfKeptChild(const ZTSStyleSet& kept,
-                                                                      const StringRef& identifier) const {
+/// Whether nothing here has the identifier, and no kept child would find another style under it than the one that is to
+/// take it; reports where not.
+bool ZTSStylesheet::mayTakeIdentifier(const StringRef& identifier, const ZTSStyleSet& kept) const {
+  const auto report = [&](const ZTSStyle& holder, const ZTSStylesheet* stylesheet) {
+    ZT_REPORT(kIdentify, this, kSourceFile,
+              "Style <%@ %p> in stylesheet <%p> is already identified with identifier %@.", holder.classObject().name(),
+              address(&holder), address(stylesheet), identifier);
+    return false;
+  };
+  if (const ZTSStyle* holder = mIdentifiedStyles.find(identifier)) return report(*holder, this);
   ZTUMutablePointerSet<ZTSStylesheet> searched;
   for (const ZTSStyle* child : kept) {
     // A child that carries the identifier itself looks for its parent above its own stylesheet.
@@ -52,22 +65,21 @@ std::pair<ZTSStyle*, ZTSStylesheet*> ZTSStylesheet::captorOfKeptChild(const ZTSS
     if (start == nullptr || start == this || !searched.addObject(start)) continue;
     ZTSStyle* found = start->cascadedStyleWithIdentifier(identifier);
     if (found != nullptr && found->stylesheet() != nullptr && found->stylesheet()->isDescendantOfStylesheet(this)) {
-      return {found, child->stylesheet()};
+      return report(*found, child->stylesheet());
     }
   }
-  return {};
+  return true;
 }
 
 void ZTSStylesheet::identifyStyleKeepingChildren(Ref<ZTSStyle> style, StringRef identifier,
                                                  const ZTUMutablePointerSet<ZTSStyle>* keptChildren) {
   const bool hasStyle = mayIdentify(kIdentify, style.get());
-  const StringRef className = hasStyle ? style->classObject().name() : StringRef();
+  const StringRef className = nameOfClassOf(style.get());
   if (!identifier) {
     ZT_REPORT(kIdentify, this, kSourceFile, "Stylesheet <%p> can't identify style <%@ %p> with a nil identifier.",
               address(this), className, address(style.get()));
   }
-  if (keptChildren != nullptr &&
-      !(hasStyle ? keptChildren->isSubsetOfSet(style->children()) : keptChildren->isEmpty())) {
+  if (keptChildren != nullptr && !areChildrenOf(style.get(), *keptChildren)) {
     ZT_REPORT(kIdentify, this, kSourceFile, "Children to keep are not a subset of the children of style <%@ %p>",
               className, address(style.get()));
   }
@@ -78,17 +90,7 @@ void ZTSStylesheet::identifyStyleKeepingChildren(Ref<ZTSStyle> style, StringRef 
   if (keptChildren != nullptr) {
     for (const Ref<ZTSStyle>& child : keptChildren->retainedSnapshot()) kept.addObject(child.get());
   }
-  constexpr const char* taken = "Style <%@ %p> in stylesheet <%p> is already identified with identifier %@.";
-  if (const ZTSStyle* holder = mIdentifiedStyles.find(identifier)) {
-    ZT_REPORT(kIdentify, this, kSourceFile, taken, holder->classObject().name(), address(holder), address(this),
-              identifier);
-    return;
-  }
-  if (const auto [captor, stylesheet] = captorOfKeptChild(kept, identifier); captor != nullptr) {
-    ZT_REPORT(kIdentify, this, kSourceFile, taken, captor->classObject().name(), address(captor), address(stylesheet),
-              identifier);
-    return;
-  }
+  if (!mayTakeIdentifier(identifier, kept)) return;
 
   const Ref<ZTSStylesheet> self(this);
   const StringRef old = style->identifier();
