@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <document/values/Length.h>
 
+#include <document/values/Decimal.h>
+
 #include <array>
 #include <charconv>
 #include <cstdlib>
@@ -21,8 +23,6 @@ constexpr std::array kUnits = {Unit{"in", Length::kPerInch},       Unit{"cm", Le
 
 constexpr std::int64_t kLongestInches = 400'000;  // ten kilometres
 constexpr int kMostDecimals = 10;
-
-bool isDigit(char byte) { return byte >= '0' && byte <= '9'; }
 
 // `units` in the unit with exactly `decimals` decimals, none if that is not exact.
 std::optional<std::string> exactText(std::uint64_t units, const Unit& unit, std::uint64_t power, int decimals) {
@@ -52,40 +52,15 @@ std::optional<std::string> shortestText(std::uint64_t units, const Unit& unit, i
 
 std::optional<Length> parseLength(std::string_view text) {
   if (text == "0" || text == "-0" || text == "+0") return Length{};
-  bool isNegative = false;
-  if (!text.empty() && (text.front() == '-' || text.front() == '+')) {
-    isNegative = text.front() == '-';
-    text.remove_prefix(1);
-  }
-  std::int64_t whole = 0;
-  const char* const end = text.data() + text.size();
-  const char* at = text.data();
-  const bool hasWhole = at != end && isDigit(*at);
-  if (hasWhole) {
-    const auto read = std::from_chars(at, end, whole);
-    if (read.ec != std::errc()) return std::nullopt;
-    at = read.ptr;
-  }
-  std::int64_t fraction = 0;
-  std::int64_t power = 1;
-  bool hasFraction = false;
-  if (at != end && *at == '.') {
-    int decimals = 0;
-    for (++at; at != end && isDigit(*at); ++at) {
-      hasFraction = true;
-      if (++decimals > kMostDecimals) continue;
-      fraction = fraction * 10 + (*at - '0');
-      power *= 10;
-    }
-  }
-  if (!hasWhole && !hasFraction) return std::nullopt;
-  const std::string_view name(at, static_cast<std::size_t>(end - at));
+  const std::optional<Decimal> number = takeDecimal(text, kMostDecimals);
+  if (!number) return std::nullopt;
   for (const Unit& unit : kUnits) {
-    if (name != unit.name) continue;
-    if (whole > kLongestInches * Length::kPerInch / unit.size) return std::nullopt;
+    if (text != unit.name) continue;
+    if (number->whole > kLongestInches * Length::kPerInch / unit.size) return std::nullopt;
     // At most 10^10 * 91,440,000, which 63 bits hold.
-    const std::int64_t units = whole * unit.size + (fraction * unit.size + power / 2) / power;
-    return Length{isNegative ? -units : units};
+    const std::int64_t units =
+        number->whole * unit.size + (number->fraction * unit.size + number->power / 2) / number->power;
+    return Length{number->isNegative ? -units : units};
   }
   return std::nullopt;
 }

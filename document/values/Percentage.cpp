@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <document/values/Percentage.h>
 
+#include <document/values/Decimal.h>
+
 #include <algorithm>
 #include <limits>
 
@@ -9,6 +11,7 @@ namespace zt {
 namespace {
 
 constexpr std::int64_t kMostPercent = 1'000'000;
+constexpr int kDecimals = 4;  // of kPerPercent
 
 std::uint64_t magnitude(std::int64_t number) {
   return number < 0 ? 0 - static_cast<std::uint64_t>(number) : static_cast<std::uint64_t>(number);
@@ -29,29 +32,12 @@ std::int64_t product(std::int64_t whole, std::int64_t share) {
 }  // namespace
 
 std::optional<Percentage> parsePercentage(std::string_view text) {
-  if (text.size() < 2 || text.back() != '%') return std::nullopt;
-  text.remove_suffix(1);
-  const bool isNegative = text.front() == '-';
-  if (isNegative || text.front() == '+') text.remove_prefix(1);
-  std::int64_t units = 0;
-  bool hasDigit = false;
-  int decimals = -1;
-  for (const char byte : text) {
-    if (byte == '.' && decimals < 0) {
-      decimals = 0;
-      continue;
-    }
-    if (byte < '0' || byte > '9') return std::nullopt;
-    hasDigit = true;
-    if (decimals == 4) continue;
-    if (decimals >= 0) ++decimals;
-    units = units * 10 + (byte - '0');
-    if (units > kMostPercent * Percentage::kPerPercent) return std::nullopt;
-  }
-  if (!hasDigit) return std::nullopt;
-  for (int place = decimals < 0 ? 0 : decimals; place < 4; ++place) units *= 10;
+  const std::optional<Decimal> number = takeDecimal(text, kDecimals);
+  if (!number || text != "%" || number->whole > kMostPercent) return std::nullopt;
+  const std::int64_t units =
+      number->whole * Percentage::kPerPercent + number->fraction * (Percentage::kPerPercent / number->power);
   if (units > kMostPercent * Percentage::kPerPercent) return std::nullopt;
-  return Percentage{isNegative ? -units : units};
+  return Percentage{number->isNegative ? -units : units};
 }
 
 std::string percentageText(Percentage percentage) {
@@ -60,7 +46,7 @@ std::string percentageText(Percentage percentage) {
   text += std::to_string(units / Percentage::kPerPercent);
   if (const std::uint64_t rest = units % Percentage::kPerPercent; rest != 0) {
     std::string digits = std::to_string(rest);
-    digits.insert(0, 4 - digits.size(), '0');
+    digits.insert(0, kDecimals - digits.size(), '0');
     digits.erase(digits.find_last_not_of('0') + 1);
     text.append(1, '.').append(digits);
   }

@@ -56,11 +56,9 @@ XmlBytes::XmlBytes(const XmlPart& part) {
   if (mMark.empty() && bytes.starts_with("<\0"sv)) mEncoding = "UTF-16LE";
   if (mEncoding.empty()) {
     const std::string declared = declaredXmlEncoding(bytes);
-    mIsAscii = declared == "us-ascii" || declared == "ascii";
-    if (!declared.empty() && !mIsAscii && declared != "utf-8" && declared != "utf8") {
-      mEncoding = declared;
-      mIsAscii = true;
-    }
+    const bool isUtf8 = declared.empty() || declared == "utf-8" || declared == "utf8";
+    mIsAscii = !isUtf8;
+    if (!isUtf8 && declared != "us-ascii" && declared != "ascii") mEncoding = declared;
   }
   const auto refuse = [&] {
     throw ReadError({part.shown, 1}, "holds bytes that are no text in its encoding; it cannot be edited safely");

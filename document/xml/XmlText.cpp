@@ -12,6 +12,7 @@
 #include <utf8.h>
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <cstdint>
 
@@ -115,6 +116,25 @@ void repair(XmlText& prepared, const XmlPart& part, std::vector<Finding>& findin
                       fmt::format("{} byte{} no text; replaced by U+FFFD", count, count == 1 ? " is" : "s are")});
 }
 
+using namespace std::string_view_literals;
+
+// Four bytes a character, or those of another family altogether.
+bool isForeign(std::string_view bytes) {
+  constexpr std::array kStarts = {"\xFF\xFE\0\0"sv, "\0\0\xFE\xFF"sv, "\0\0\0<"sv, "<\0\0\0"sv, "\x4C\x6F\xA7\x94"sv};
+  return std::any_of(kStarts.begin(), kStarts.end(), [&](std::string_view start) { return bytes.starts_with(start); });
+}
+
+bool isUtf8(std::string_view encoding) {
+  constexpr std::array kNames = {""sv, "utf-8"sv, "utf8"sv, "us-ascii"sv, "ascii"sv};
+  return std::find(kNames.begin(), kNames.end(), encoding) != kNames.end();
+}
+
+// Those of one byte a character that libxml2 reads.
+bool isEightBit(std::string_view encoding) {
+  constexpr std::array kNames = {"iso-8859-"sv, "windows-125"sv, "cp125"sv, "koi8-"sv};
+  return std::any_of(kNames.begin(), kNames.end(), [&](std::string_view name) { return encoding.starts_with(name); });
+}
+
 }  // namespace
 
 std::string declaredXmlEncoding(std::string_view text) { return declaredEncoding(text); }
@@ -124,10 +144,8 @@ XmlText prepareXmlText(const XmlPart& part, std::vector<Finding>& findings) {
   const std::string_view bytes = part.bytes;
   prepared.text = bytes;
   const auto startsWith = [&](std::string_view mark) { return bytes.starts_with(mark); };
-  using namespace std::string_view_literals;
 
-  if (startsWith("\xFF\xFE\0\0"sv) || startsWith("\0\0\xFE\xFF"sv) || startsWith("\0\0\0<"sv) ||
-      startsWith("<\0\0\0"sv) || startsWith("\x4C\x6F\xA7\x94"sv)) {
+  if (isForeign(bytes)) {
     throw ReadError({part.shown, 1},
                     "written in an encoding that OpenDocument does not know; expected UTF-8 or UTF-16");
   }
@@ -143,11 +161,10 @@ XmlText prepareXmlText(const XmlPart& part, std::vector<Finding>& findings) {
 
   if (startsWith("\xEF\xBB\xBF"sv)) prepared.text = bytes.substr(3);
   const std::string encoding = declaredEncoding(prepared.text);
-  const auto is = [&encoding](std::string_view name) { return encoding.starts_with(name); };
-  if (encoding.empty() || encoding == "utf-8" || encoding == "utf8" || encoding == "us-ascii" || encoding == "ascii") {
+  if (isUtf8(encoding)) {
     prepared.isUtf8 = true;
     repair(prepared, part, findings);
-  } else if (!is("iso-8859-") && !is("windows-125") && !is("cp125") && !is("koi8-")) {
+  } else if (!isEightBit(encoding)) {
     throw ReadError({part.shown, 1},
                     fmt::format("written in the encoding '{}', which is not supported; expected UTF-8 or "
                                 "UTF-16",
@@ -156,48 +173,75 @@ XmlText prepareXmlText(const XmlPart& part, std::vector<Finding>& findings) {
   return prepared;
 }
 
-void checkTags(std::string_view text, const std::string& shown, const XmlLimits& limits) {
-  const auto skipTo = [text](std::string_view mark, std::size_t from) {
-    const std::size_t found = text.find(mark, from);
-    return found == std::string_view::npos ? text.size() : found + mark.size();
-  };
-  std::size_t at = 0;
-  while ((at = text.find('<', at)) != std::string_view::npos) {
-    const std::string_view rest = text.substr(at);
-    if (rest.starts_with("<!--")) {
-      at = skipTo("-->", at + 4);
-    } else if (rest.starts_with("<![CDATA[")) {
-      at = skipTo("]]>", at + 9);
-    } else if (rest.starts_with("<?")) {
-      at = skipTo("?>", at + 2);
-    } else if (rest.starts_with("<!DOCTYPE")) {
-      const std::size_t start = at;
-      while ((at = text.find_first_of("[>\"'", at)) != std::string_view::npos && text[at] != '>') {
-        if (text[at] == '[') {
-          throw ReadError(
-              {shown, lineOf(text, start)},
-              "a document type with declarations of its own (entities, ...), which OpenDocument does not use; "
-              "refused");
-        }
-        at = skipTo(text.substr(at, 1), at + 1);
+namespace {
+
+/// A place in a text that is not known to be XML. Each step ends behind what it passes over, or at the end of the text.
+class TagCheck {
+ public:
+  TagCheck(std::string_view text, const std::string& shown, const XmlLimits& limits)
+      : mText(text), mShown(shown), mLimits(limits) {}
+
+  void run() {
+    while ((mAt = std::min(mText.find('<', mAt), mText.size())) != mText.size()) {
+      const std::string_view rest = mText.substr(mAt);
+      if (rest.starts_with("<!--")) {
+        skipTo("-->", mAt + 4);
+      } else if (rest.starts_with("<![CDATA[")) {
+        skipTo("]]>", mAt + 9);
+      } else if (rest.starts_with("<?")) {
+        skipTo("?>", mAt + 2);
+      } else if (rest.starts_with("<!DOCTYPE")) {
+        passDocumentType();
+      } else if (rest.starts_with("</") || rest.starts_with("<!")) {
+        mAt += 2;
+      } else {
+        passTag();
       }
-      if (at == std::string_view::npos) return;
-    } else if (rest.starts_with("</") || rest.starts_with("<!")) {
-      at += 2;
-    } else {
-      const std::size_t start = at;
-      std::size_t attributes = 0;
-      for (++at; (at = text.find_first_of("<>\"'", at)) != std::string_view::npos;) {
-        if (text[at] == '>' || text[at] == '<') break;
-        at = skipTo(text.substr(at, 1), at + 1);
-        if (++attributes > limits.attributesPerTag) {
-          throw ReadError({shown, lineOf(text, start)},
-                          fmt::format("a tag with more than {} attributes", limits.attributesPerTag));
-        }
-      }
-      if (at == std::string_view::npos) return;
     }
   }
+
+ private:
+  void skipTo(std::string_view mark, std::size_t from) {
+    const std::size_t found = mText.find(mark, from);
+    mAt = found == std::string_view::npos ? mText.size() : found + mark.size();
+  }
+  void skipQuoted() { skipTo(mText.substr(mAt, 1), mAt + 1); }
+  void goToOneOf(const char* marks) { mAt = std::min(mText.find_first_of(marks, mAt), mText.size()); }
+
+  void passDocumentType() {
+    const std::size_t start = mAt;
+    for (goToOneOf("[>\"'"); mAt != mText.size() && mText[mAt] != '>'; goToOneOf("[>\"'")) {
+      if (mText[mAt] == '[') {
+        throw ReadError(
+            {mShown, lineOf(mText, start)},
+            "a document type with declarations of its own (entities, ...), which OpenDocument does not use; refused");
+      }
+      skipQuoted();
+    }
+  }
+
+  void passTag() {
+    const std::size_t start = mAt++;
+    std::size_t attributes = 0;
+    for (goToOneOf("<>\"'"); mAt != mText.size() && mText[mAt] != '>' && mText[mAt] != '<'; goToOneOf("<>\"'")) {
+      skipQuoted();
+      if (++attributes > mLimits.attributesPerTag) {
+        throw ReadError({mShown, lineOf(mText, start)},
+                        fmt::format("a tag with more than {} attributes", mLimits.attributesPerTag));
+      }
+    }
+  }
+
+  std::string_view mText;
+  const std::string& mShown;
+  const XmlLimits& mLimits;
+  std::size_t mAt = 0;
+};
+
+}  // namespace
+
+void checkTags(std::string_view text, const std::string& shown, const XmlLimits& limits) {
+  TagCheck(text, shown, limits).run();
 }
 
 }  // namespace zt

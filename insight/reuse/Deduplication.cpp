@@ -63,15 +63,23 @@ Deduplication::Deduplication(ZTDocument& document) : mDocument(document) {
   document.undoManager()->enableUndoRegistration();
 }
 
+// What a style refers to has mostly been replayed before it; what has not goes over when its turn comes.
+Ref<NSObject> Deduplication::nowIn(const Ref<NSObject>& value) const {
+  const auto found = mReplaced.find(asStyle(value.get()));
+  return found != mReplaced.end() ? found->second : value;
+}
+
+bool Deduplication::isStill(const PropertyMap& before, const PropertyMap& now) const {
+  return now.count() == before.count() &&
+         std::all_of(before.begin(), before.end(), [&](const PropertyMap::Entry& entry) {
+           return sameOrEqual(nowIn(entry.value).get(), now.find(entry.key));
+         });
+}
+
 void Deduplication::replay(const Ref<OdfStyle>& style, const PropertyMap& appearance) {
   ZTSStylesheet& sheet = mDocument.stylesheet();
   Counts& counts = mByFamily[style->familyName()];
   ++counts.before;
-  // What the style refers to has mostly been replayed before it; what has not goes over when its turn comes.
-  const auto nowIn = [this](const Ref<NSObject>& value) {
-    const auto found = mReplaced.find(asStyle(value.get()));
-    return found != mReplaced.end() ? found->second : value;
-  };
   const Ref<PropertyMap> values = PropertyMap::make();
   if (const Ref<const PropertyMap> own = style->overridePropertyMap()) {
     for (const PropertyMap::Entry& entry : *own) {
@@ -103,12 +111,7 @@ void Deduplication::replay(const Ref<OdfStyle>& style, const PropertyMap& appear
   ++(wasMade ? counts.made : counts.found);
   mAnswers.push_back({mDocument.labelOf(*style), {}, wasMade});
   mReplayed.emplace_back(style, answer);
-  const Ref<PropertyMap> now = appearanceOf(*answer);
-  const bool isSame = now->count() == appearance.count() &&
-                      std::all_of(appearance.begin(), appearance.end(), [&](const PropertyMap::Entry& entry) {
-                        return sameOrEqual(nowIn(entry.value).get(), now->find(entry.key));
-                      });
-  if (!isSame) ++counts.different;
+  if (!isStill(appearance, *appearanceOf(*answer))) ++counts.different;
   if (answer == style) return;
   mReplaced[style.get()] = answer;
   style->replaceWithStyle(answer.get());

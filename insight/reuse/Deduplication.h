@@ -44,6 +44,10 @@ class Deduplication {
 
  private:
   void replay(const Ref<OdfStyle>& style, const PropertyMap& appearance);
+  /// A style that was replaced, as what replaced it; any other value as it is.
+  [[nodiscard]] Ref<NSObject> nowIn(const Ref<NSObject>& value) const;
+  /// Whether it looks as it did before, but for styles that were replaced.
+  [[nodiscard]] bool isStill(const PropertyMap& before, const PropertyMap& now) const;
 
   ZTDocument& mDocument;
   std::map<std::string, Counts> mByFamily;

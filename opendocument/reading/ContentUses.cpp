@@ -36,36 +36,41 @@ std::string_view familyOfTableStyleName(std::string_view element) {
   return "table-cell";  // cells, covered cells and the parts of table templates
 }
 
+std::string_view familyOfDrawStyleName(const XmlName& element) {
+  const bool isPage = element == XmlName{"draw", "page"} || element == XmlName{"style", "master-page"} ||
+                      element == XmlName{"style", "handout-master"} || element == XmlName{"presentation", "notes"};
+  return isPage ? "drawing-page" : "graphic";
+}
+
+// The attributes that refer to a style and mean the same family wherever they stand.
+struct Reference {
+  XmlName attribute;
+  std::string_view family;
+};
+constexpr std::array kReferences = {Reference{{"text", "visited-style-name"}, "text"},
+                                    Reference{{"text", "main-entry-style-name"}, "text"},
+                                    Reference{{"text", "citation-style-name"}, "text"},
+                                    Reference{{"text", "citation-body-style-name"}, "text"},
+                                    Reference{{"text", "cond-style-name"}, "paragraph"},
+                                    Reference{{"text", "default-style-name"}, "paragraph"},
+                                    Reference{{"text", "style-override"}, "list"},
+                                    Reference{{"table", "default-cell-style-name"}, "table-cell"},
+                                    Reference{{"table", "paragraph-style-name"}, "paragraph"},
+                                    Reference{{"draw", "text-style-name"}, "paragraph"},
+                                    Reference{{"form", "text-style-name"}, "paragraph"},
+                                    Reference{{"style", "register-truth-ref-style-name"}, "paragraph"},
+                                    Reference{{"presentation", "style-name"}, "presentation"},
+                                    Reference{{"chart", "style-name"}, "chart"}};
+
 }  // namespace
 
 std::string_view referredFamily(const XmlName& element, const XmlName& attribute) {
-  const auto [prefix, name] = attribute;
-  if (prefix == "text") {
-    if (name == "style-name") return familyOfTextStyleName(element.name);
-    if (isOneOf(name,
-                {"visited-style-name", "main-entry-style-name", "citation-style-name", "citation-body-style-name"})) {
-      return "text";
-    }
-    if (isOneOf(name, {"cond-style-name", "default-style-name"})) return "paragraph";
-    if (name == "style-override") return "list";
-  } else if (prefix == "table") {
-    if (name == "style-name") return familyOfTableStyleName(element.name);
-    if (name == "default-cell-style-name") return "table-cell";
-    if (name == "paragraph-style-name") return "paragraph";
-  } else if (prefix == "draw") {
-    if (name == "text-style-name") return "paragraph";
-    if (name == "style-name") {
-      const bool isPage = element == XmlName{"draw", "page"} || element == XmlName{"style", "master-page"} ||
-                          element == XmlName{"style", "handout-master"} || element == XmlName{"presentation", "notes"};
-      return isPage ? "drawing-page" : "graphic";
-    }
-  } else if (prefix == "style") {
-    if (name == "register-truth-ref-style-name") return "paragraph";
-  } else if (prefix == "form") {
-    if (name == "text-style-name") return "paragraph";
-  } else if (name == "style-name") {
-    if (prefix == "presentation") return "presentation";
-    if (prefix == "chart") return "chart";
+  if (attribute == XmlName{"text", "style-name"}) return familyOfTextStyleName(element.name);
+  if (attribute == XmlName{"table", "style-name"}) return familyOfTableStyleName(element.name);
+  if (attribute == XmlName{"draw", "style-name"}) return familyOfDrawStyleName(element);
+  if (!attribute.name.ends_with("style-name") && attribute.name != "style-override") return {};
+  for (const Reference& reference : kReferences) {
+    if (attribute == reference.attribute) return reference.family;
   }
   return {};
 }

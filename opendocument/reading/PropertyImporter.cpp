@@ -27,17 +27,20 @@ bool isNoneWhenEmpty(std::string_view name) {
          name == "data-style-name";
 }
 
+/// What becomes of the attribute elsewhere: the style's name, a reference.
+bool isTakenElsewhere(const RawAttribute& attribute, StyleFamily family) {
+  if (attribute.prefix != "style") return false;
+  if (attribute.name == "display-name") return true;
+  return attribute.name == "list-style-name" && family == StyleFamily::paragraph && !attribute.value.empty();
+}
+
 }  // namespace
 
 Ref<PropertyMap> PropertyImporter::mapOf(const RawStyle& style, StyleFamily family) {
   const Owner owner{style.part, styleIdentifier(style.family, style.name), family};
   Ref<PropertyMap> map = PropertyMap::make(style.properties.size());
   for (const RawAttribute& attribute : style.attributes) {
-    if (attribute.prefix == "style" && attribute.name == "display-name") continue;
-    if (attribute.prefix == "style" && attribute.name == "list-style-name" && family == StyleFamily::paragraph &&
-        !attribute.value.empty()) {
-      continue;  // a reference
-    }
+    if (isTakenElsewhere(attribute, family)) continue;
     // The attribute was born in an extension and has the same meaning there.
     const bool isLinked = attribute.prefix == "loext" && attribute.name == "linked-style-name";
     const std::string key = propertyKeyText("style", isLinked ? "style" : attribute.prefix, attribute.name);
