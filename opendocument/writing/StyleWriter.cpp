@@ -37,8 +37,29 @@ bool isNoneWhenEmpty(std::string_view name) {
 /// Where the property elements of a style stand among each other.
 int rankOf(std::string_view group) { return group == "text" ? 2 : group == "paragraph" ? 1 : 0; }
 
+/// Whether the property says what an element is, not what is in it.
+bool isFixed(std::string_view name, std::string_view ownGroup) {
+  return name == "element" || (ownGroup == "list" && name.starts_with("level-"));
+}
+
 bool isIdentifiedRoot(const OdfStyle& style) {
   return style.isIdentified() && style.identifier().view().find(':') == std::string_view::npos;
+}
+
+/// The keys whose own values are not what was read.
+std::vector<PropertyKey> changedKeys(const PropertyMap& before, const PropertyMap& now) {
+  const auto differs = [](const NSObject* first, const NSObject* second) {
+    const bool isStyle = asStyle(first) != nullptr || asStyle(second) != nullptr;
+    return isStyle ? first != second : !sameOrEqual(first, second);
+  };
+  std::vector<PropertyKey> changed;
+  for (const PropertyMap::Entry& entry : before) {
+    if (differs(entry.value.get(), now.find(entry.key))) changed.push_back(entry.key);
+  }
+  for (const PropertyMap::Entry& entry : now) {
+    if (!before.contains(entry.key)) changed.push_back(entry.key);
+  }
+  return changed;
 }
 
 }  // namespace
@@ -48,6 +69,19 @@ struct StyleWriter::Property {
   std::string prefix;
   std::string name;
   bool isElement = false;
+};
+
+struct StyleWriter::Properties {
+  std::string attributes;
+  std::string children;
+
+  void add(const Property& property, const std::string& text) {
+    if (property.isElement) {
+      children += text;
+    } else {
+      attributes += fmt::format(" {}:{}=\"{}\"", property.prefix, property.name, escapedAttribute(text));
+    }
+  }
 };
 
 StyleWriter::Property StyleWriter::propertyFor(PropertyKey key, const NSObject* value) {
@@ -116,87 +150,86 @@ void StyleWriter::expandShorthand(const PlacedElement& properties, const std::st
   }
 }
 
+struct StyleWriter::Edit {
+  const PlacedElement& element;
+  const StyleAsRead& before;
+  std::string_view ownGroup;  // of attributes of the element itself
+  Ref<const PropertyMap> now;
+};
+
+// What has a place keeps it: values go to the elements of their group that are there. A group that has none gets one.
 void StyleWriter::editValues(const PlacedElement& element, const StyleAsRead& before, std::string_view ownGroup) {
-  const OdfStyle& style = *before.style;
-  const Ref<const PropertyMap> now = valuesOf(style);
-  std::vector<PropertyKey> changed;
-  const auto differs = [](const NSObject* first, const NSObject* second) {
-    const bool isStyle = asStyle(first) != nullptr || asStyle(second) != nullptr;
-    return isStyle ? first != second : !sameOrEqual(first, second);
-  };
-  for (const PropertyMap::Entry& entry : *before.own) {
-    if (differs(entry.value.get(), now->find(entry.key))) changed.push_back(entry.key);
-  }
-  for (const PropertyMap::Entry& entry : *now) {
-    if (!before.own->contains(entry.key)) changed.push_back(entry.key);
-  }
+  const Edit edit{element, before, ownGroup, valuesOf(*before.style)};
   std::map<std::string, std::vector<PropertyKey>> byGroup;
-  for (const PropertyKey key : changed) byGroup[propertyFor(key, nullptr).group].push_back(key);
+  for (const PropertyKey key : changedKeys(*before.own, *edit.now)) {
+    byGroup[propertyFor(key, nullptr).group].push_back(key);
+  }
   std::map<std::pair<int, std::string>, std::string> newGroups;
   for (auto& [group, keys] : byGroup) {
     const bool isOwn = group == ownGroup;
-    const std::vector<const PlacedElement*> there =
-        isOwn ? std::vector<const PlacedElement*>{&element} : element.childrenNamed("style", group + "-properties");
-    if (there.size() == 1 && !isOwn) expandShorthand(*there.front(), group, *now, keys);
-    std::string attributes;
-    std::string children;
-    for (const PropertyKey key : keys) {
-      const NSObject* value = now->find(key);
-      const Property property = propertyFor(key, value != nullptr ? value : before.own->find(key));
-      if (key == keys::otherFamily() || property.name == "element" ||
-          (ownGroup == "list" && property.name.starts_with("level-")))
-        throw EditError(fmt::format("{} of a style cannot be changed in a file", key.view()));
-      const std::string text = value == nullptr ? std::string() : textOf(style, key, *value);
-      if (there.empty()) {
-        if (value == nullptr) throw EditError(fmt::format("{} does not stand where it was read", key.view()));
-        if (property.isElement) {
-          children += text;
-        } else {
-          attributes += fmt::format(" {}:{}=\"{}\"", property.prefix, property.name, escapedAttribute(text));
-        }
-        continue;
-      }
-      if (property.isElement) {
-        const auto holder = std::find_if(there.begin(), there.end(), [&](const PlacedElement* each) {
-          return !each->childrenNamed(property.prefix, property.name).empty();
-        });
-        const PlacedElement& parent = holder != there.end() ? **holder : *there.front();
-        mEdits.replace(parent, parent.childrenNamed(property.prefix, property.name), text);
-        continue;
-      }
-      // The linked style was born in an extension and has the same meaning there.
-      std::string prefix = property.prefix;
-      if (key == keys::linkedStyle() && element.attribute("loext", property.name) != nullptr) prefix = "loext";
-      const std::optional<std::string> wanted = value == nullptr ? std::nullopt : std::optional(text);
-      const auto holder = std::find_if(there.rbegin(), there.rend(), [&](const PlacedElement* each) {
-        return each->attribute(prefix, property.name) != nullptr;
-      });
-      mEdits.setAttribute(holder != there.rend() ? **holder : *there.front(), prefix, property.name, wanted);
-    }
-    if (!attributes.empty() || !children.empty()) {
-      newGroups[{rankOf(group), group}] =
-          fmt::format("<style:{}-properties{}{}", group, attributes,
-                      children.empty() ? "/>" : '>' + children + fmt::format("</style:{}-properties>", group));
-    }
+    const Elements there = isOwn ? Elements{&element} : element.childrenNamed("style", group + "-properties");
+    if (there.size() == 1 && !isOwn) expandShorthand(*there.front(), group, *edit.now, keys);
+    Properties added;
+    for (const PropertyKey key : keys) editValue(edit, there, key, added);
+    if (!there.empty()) continue;
+    newGroups[{rankOf(group), group}] =
+        fmt::format("<style:{}-properties{}{}", group, added.attributes,
+                    added.children.empty() ? "/>" : fmt::format(">{}</style:{}-properties>", added.children, group));
   }
-  if (newGroups.empty()) return;
-  if (element.isEmpty) {
+  if (element.isEmpty && !newGroups.empty()) {
     std::string all;
     for (const auto& [place, text] : newGroups) all += text;
     return mEdits.addChild(element, nullptr, all);
   }
-  for (const auto& [place, text] : newGroups) {
-    const PlacedElement* after = nullptr;
-    for (const auto& child : element.children) {
-      constexpr std::string_view kEnding = "-properties";
-      if (child->prefix != "style" || !child->name.ends_with(kEnding)) continue;
-      if (rankOf(child->name.substr(0, child->name.size() - kEnding.size())) <= place.first) after = child.get();
-    }
-    if (after != nullptr) {
-      mEdits.addChild(element, after, text);
-    } else {
-      mEdits.put(element.tagEnd, element.tagEnd, mEdits.fitted(*element.declared, text));
-    }
+  for (const auto& [place, text] : newGroups) addPropertyElement(element, place.second, text);
+}
+
+/// Edits one value where its group stands, or adds it to what a new element will hold.
+void StyleWriter::editValue(const Edit& edit, const Elements& there, PropertyKey key, Properties& added) {
+  const NSObject* value = edit.now->find(key);
+  const Property property = propertyFor(key, value != nullptr ? value : edit.before.own->find(key));
+  if (key == keys::otherFamily() || isFixed(property.name, edit.ownGroup))
+    throw EditError(fmt::format("{} of a style cannot be changed in a file", key.view()));
+  const auto text = value == nullptr ? std::nullopt : std::optional(textOf(*edit.before.style, key, *value));
+  if (there.empty()) {
+    if (!text) throw EditError(fmt::format("{} does not stand where it was read", key.view()));
+    return added.add(property, *text);
+  }
+  if (property.isElement) return replaceChildren(there, property, text.value_or(std::string()));
+  // The linked style was born in an extension and has the same meaning there.
+  const bool isExtension = key == keys::linkedStyle() && edit.element.attribute("loext", property.name) != nullptr;
+  setAttribute(there, isExtension ? "loext" : property.prefix, property.name, text);
+}
+
+/// Replaces the children that are the property, in the element that has them, else in the first one.
+void StyleWriter::replaceChildren(const Elements& there, const Property& property, const std::string& text) {
+  const auto holder = std::find_if(there.begin(), there.end(), [&](const PlacedElement* each) {
+    return !each->childrenNamed(property.prefix, property.name).empty();
+  });
+  const PlacedElement& parent = holder != there.end() ? **holder : *there.front();
+  mEdits.replace(parent, parent.childrenNamed(property.prefix, property.name), text);
+}
+
+/// Sets the attribute, or removes it, where it counts: in the last element that has it, else in the first one.
+void StyleWriter::setAttribute(const Elements& there, const std::string& prefix, const std::string& name,
+                               const std::optional<std::string>& value) {
+  const auto holder = std::find_if(there.rbegin(), there.rend(),
+                                   [&](const PlacedElement* each) { return each->attribute(prefix, name) != nullptr; });
+  mEdits.setAttribute(holder != there.rend() ? **holder : *there.front(), prefix, name, value);
+}
+
+/// Adds a property element behind those that have to stand before it.
+void StyleWriter::addPropertyElement(const PlacedElement& element, const std::string& group, const std::string& text) {
+  constexpr std::string_view kEnding = "-properties";
+  const PlacedElement* after = nullptr;
+  for (const auto& child : element.children) {
+    if (child->prefix != "style" || !child->name.ends_with(kEnding)) continue;
+    if (rankOf(child->name.substr(0, child->name.size() - kEnding.size())) <= rankOf(group)) after = child.get();
+  }
+  if (after != nullptr) {
+    mEdits.addChild(element, after, text);
+  } else {
+    mEdits.put(element.tagEnd, element.tagEnd, mEdits.fitted(*element.declared, text));
   }
 }
 
@@ -223,31 +256,23 @@ std::string StyleWriter::newStyle(const OdfStyle& style) const {
   const std::string_view parent = style.parentIdentifier().view();
   if (!isRoot && parent.find(':') != std::string_view::npos)
     tag += attribute("style:parent-style-name", parent.substr(parent.find(':') + 1));
-  struct Group {
-    std::string attributes;
-    std::string children;
-  };
-  std::map<std::pair<int, std::string>, Group> groups;
-  std::string children;
+  std::map<std::pair<int, std::string>, Properties> groups;
+  Properties own;
   const Ref<const PropertyMap> values = valuesOf(style);
   for (const PropertyMap::Entry& entry : *values) {
     if (entry.key == keys::otherFamily()) continue;
     const Property property = propertyFor(entry.key, entry.value.get());
     const std::string text = textOf(style, entry.key, *entry.value);
-    const std::string name = property.prefix + ':' + property.name;
-    if (property.group == "style") {
-      (property.isElement ? children : tag) += property.isElement ? text : attribute(name, text);
-    } else {
-      Group& group = groups[{rankOf(property.group), property.group}];
-      (property.isElement ? group.children : group.attributes) += property.isElement ? text : attribute(name, text);
-    }
+    Properties& group = property.group == "style" ? own : groups[{rankOf(property.group), property.group}];
+    group.add(property, text);
   }
+  tag += own.attributes;
   std::string content;
   for (const auto& [place, group] : groups) {
     content += fmt::format("<style:{0}-properties{1}>{2}</style:{0}-properties>", place.second, group.attributes,
                            group.children);
   }
-  content += children;
+  content += own.children;
   return content.empty() ? tag + "/>" : tag + '>' + content + "</" + element + '>';
 }
 

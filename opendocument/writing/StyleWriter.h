@@ -4,6 +4,7 @@
 #include <opendocument/writing/StyleDifference.h>
 #include <opendocument/writing/StyleElement.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,12 +22,20 @@ class StyleWriter {
   [[nodiscard]] std::string newStyles(const std::vector<const OdfStyle*>& styles) const;
 
  private:
-  struct Property;  // one own value with the place that its key names
+  struct Property;    // one own value with the place that its key names
+  struct Properties;  // several of them, as they stand in a new element
+  using Elements = std::vector<const PlacedElement*>;
 
   void editNames(const PlacedElement& element, const StyleAsRead& before);
   void editValues(const PlacedElement& element, const StyleAsRead& before, std::string_view ownGroup);
   void expandShorthand(const PlacedElement& properties, const std::string& group, const PropertyMap& now,
                        std::vector<PropertyKey>& changed);
+  struct Edit;  // of the values of one element
+  void editValue(const Edit& edit, const Elements& there, PropertyKey key, Properties& added);
+  void replaceChildren(const Elements& there, const Property& property, const std::string& text);
+  void setAttribute(const Elements& there, const std::string& prefix, const std::string& name,
+                    const std::optional<std::string>& value);
+  void addPropertyElement(const PlacedElement& element, const std::string& group, const std::string& text);
   [[nodiscard]] std::string newStyle(const OdfStyle& style) const;
   [[nodiscard]] std::string textOf(const OdfStyle& style, PropertyKey key, const NSObject& value) const;
   static Property propertyFor(PropertyKey key, const NSObject* value);
