@@ -153,7 +153,9 @@ TEST(AggregateTest, KeepsInUseWhatIsUsedByWayOfCircles) {
           ASSERT_NE(one.real->parent()->usageCount(), 0u) << "step " << i;
         }
         for (const Modelled* referenced : one.references) {
-          ASSERT_TRUE(referenced == nullptr || referenced->real->usageCount() != 0) << "step " << i;
+          if (referenced != nullptr) {
+            ASSERT_NE(referenced->real->usageCount(), 0u) << "step " << i;
+          }
         }
       }
     }

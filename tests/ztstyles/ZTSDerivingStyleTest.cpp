@@ -279,8 +279,12 @@ TEST(DeepCopyTest, LinksTheCopiesAmongThemselves) {
     EXPECT_NE(copyOfB, &b);
     EXPECT_NE(copyOfC, &c);
     EXPECT_EQ(valueOf(*copyOfC, size), 1);
-    EXPECT_TRUE(byIdentifier[1] == nullptr || copyOfB == byIdentifier[1]);
-    EXPECT_TRUE(byIdentifier[2] == nullptr || copyOfC == byIdentifier[2]);
+    if (byIdentifier[1] != nullptr) {
+      EXPECT_EQ(copyOfB, byIdentifier[1]);
+    }
+    if (byIdentifier[2] != nullptr) {
+      EXPECT_EQ(copyOfC, byIdentifier[2]);
+    }
   }
   EXPECT_EQ(b.observers().count() + c.observers().count(), 2u);
   EXPECT_EQ(scene.host.undo->undoGroupCount(), before);
