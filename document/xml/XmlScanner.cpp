@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include <document/xml/XmlScanner.h>
 
+#include <document/text/Utf8.h>
 #include <document/xml/Namespaces.h>
+
+#include <utf8.h>
 
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
+#include <iterator>
 #include <utility>
 
 namespace zt {
@@ -18,22 +22,6 @@ std::pair<std::string_view, std::string_view> split(std::string_view name) {
   const std::size_t colon = name.find(':');
   if (colon == std::string_view::npos) return {{}, name};
   return {name.substr(0, colon), name.substr(colon + 1)};
-}
-
-void appendCharacter(std::string& text, std::uint32_t character) {
-  const auto put = [&text](std::uint32_t byte) { text += static_cast<char>(static_cast<unsigned char>(byte)); };
-  if (character < 0x80) return put(character);
-  if (character < 0x800) {
-    put(0xC0 | (character >> 6));
-  } else if (character < 0x10000) {
-    put(0xE0 | (character >> 12));
-    put(0x80 | ((character >> 6) & 0x3F));
-  } else {
-    put(0xF0 | (character >> 18));
-    put(0x80 | ((character >> 12) & 0x3F));
-    put(0x80 | ((character >> 6) & 0x3F));
-  }
-  put(0x80 | (character & 0x3F));
 }
 
 /// Appends what a reference (without `&` and `;`) stands for; false for one that is not known.
@@ -51,18 +39,8 @@ bool appendReference(std::string& text, std::string_view reference) {
   std::uint32_t character = 0;
   const auto read = std::from_chars(reference.data(), reference.data() + reference.size(), character, isHex ? 16 : 10);
   if (read.ec != std::errc() || read.ptr != reference.data() + reference.size() || character > 0x10FFFF) return false;
-  appendCharacter(text, character);
+  utf8::unchecked::append(character, std::back_inserter(text));
   return true;
-}
-
-/// The character that starts at `at`, which is moved behind it. The text is UTF-8.
-std::uint32_t takeCharacter(std::string_view text, std::size_t& at) {
-  const auto lead = static_cast<unsigned char>(text[at++]);
-  const int more = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : lead >= 0xC0 ? 1 : 0;
-  std::uint32_t character = more == 0 ? lead : lead & (0x3Fu >> more);
-  for (int count = 0; count < more && at < text.size(); ++count)
-    character = (character << 6) | (static_cast<unsigned char>(text[at++]) & 0x3Fu);
-  return character;
 }
 
 }  // namespace
@@ -93,7 +71,9 @@ std::string escapedAttribute(std::string_view value, bool isAscii) {
   for (std::size_t at = 0; at < value.size();) {
     const char byte = value[at];
     if (isAscii && static_cast<unsigned char>(byte) >= 0x80) {
-      text += "&#" + std::to_string(takeCharacter(value, at)) + ';';
+      std::string_view rest = value.substr(at);
+      text += "&#" + std::to_string(static_cast<std::uint32_t>(takeCharacter(rest).value_or(U'\uFFFD'))) + ';';
+      at = value.size() - rest.size();
       continue;
     }
     ++at;

@@ -2,6 +2,7 @@
 #include <opendocument/writing/StyleElement.h>
 
 #include <document/editing/DocumentEditor.h>
+#include <document/text/Utf8.h>
 #include <document/xml/Namespaces.h>
 
 #include <fmt/format.h>
@@ -42,15 +43,12 @@ std::pair<std::string, std::string> declarationFor(const std::vector<XmlDeclared
 
 std::string asciiText(std::string_view text) {
   std::string ascii;
-  for (std::size_t at = 0; at < text.size();) {
-    std::size_t end = at + 1;
-    if (static_cast<unsigned char>(text[at]) < 0x80) {
-      ascii += text[at];
-    } else {
-      while (end < text.size() && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) ++end;
-      ascii += escapedAttribute(text.substr(at, end - at), true);
-    }
-    at = end;
+  while (!text.empty()) {
+    std::string_view rest = text;
+    const bool isAscii = takeCharacter(rest).value_or(U'\uFFFD') < 0x80;
+    const std::string_view character = text.substr(0, text.size() - rest.size());
+    ascii += isAscii ? std::string(character) : escapedAttribute(character, true);
+    text = rest;
   }
   return ascii;
 }
