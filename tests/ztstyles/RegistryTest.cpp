@@ -138,6 +138,25 @@ TEST(RegistryTest, GivesWaitingStylesTheirParentWhenItArrivesAbove) {
   EXPECT_TRUE(scene.sheet->indexesAreRight());
 }
 
+TEST(RegistryTest, GivesParentsToStylesheetsFurtherBelowAndToThemAlone) {
+  Scene top;
+  Scene middle(top.sheet.get());
+  Scene bottom(middle.sheet.get());
+  Scene beside;
+  auto& deep = bottom.style({}, "late");
+  auto& other = beside.style({}, "late");
+  auto& late = top.style("late");
+  EXPECT_EQ(deep.parent(), &late);
+  EXPECT_EQ(other.parent(), nullptr);
+  // What is found nearer is taken instead, and given up again for what is above.
+  auto& nearer = middle.style("late");
+  EXPECT_EQ(deep.parent(), &nearer);
+  middle.remove(nearer);
+  EXPECT_EQ(deep.parent(), &late);
+  top.sheet->identifyStyle(Ref<ZTSStyle>(&late), "later");
+  EXPECT_EQ(deep.parent(), nullptr);
+}
+
 TEST(RegistryTest, TriesWhatWasStoredBehindItsBackAtTheNextRetry) {
   Scene scene;
   TestStyle& moved = scene.style({}, "never");

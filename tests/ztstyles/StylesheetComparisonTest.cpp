@@ -97,6 +97,23 @@ TEST(StylesheetCopyTest, LivesAndDiesWithoutTheOriginalNoticing) {
   EXPECT_EQ(family.above.sheet->children().count(), 1u);
 }
 
+/// Counts its copies.
+struct Counted : ZTSStyleOf<Counted, TestStyle> {
+  static constexpr const char* kClassName = "Counted";
+  Ref<NSObject> copy() const override { return ++copies, ZTSStyleOf<Counted, TestStyle>::copy(); }
+  mutable int copies = 0;
+};
+
+TEST(StylesheetCopyTest, CopiesEachStyleOnceAndInItsOrder) {
+  Scene scene;
+  scene.style({}, {}, {{size, 1}});
+  const Counted* counted[] = {&scene.style<Counted>("child", "base"), &scene.style<Counted>("base"),
+                              &scene.style<Counted>({}, "base", {{size, 2}})};
+  const Ref<ZTSStylesheet> copy = copyOf(*scene.sheet);
+  for (const Counted* each : counted) EXPECT_EQ(each->copies, 1);
+  EXPECT_EQ(valueOf(*copy->anonymousStyles().allObjects()[0], size), 1);
+}
+
 void setWeight(const ZTSStylesheet& sheet, Ref<NSObject> value) {
   sheet.anonymousStyles().anyObject()->p_setValueForProperty(std::move(value), weight);
 }
@@ -115,6 +132,8 @@ TEST(StylesheetEqualityTest, ComparesHostsStylesAndParents) {
   expectEqual(false, "other host", [](Sheet& copy) { copy.setHost(nullptr); });
   expectEqual(false, "no parent", [](Sheet& copy) { copy.setParent({}); });
   expectEqual(false, "other name", [](Sheet& copy) { copy.styleWithIdentifier("h1")->setName("n"); });
+  expectEqual(false, "other name of a style that no other inherits from",
+              [](Sheet& copy) { copy.styleWithIdentifier("lone")->setName("n"); });
   expectEqual(false, "one style less",
               [](Sheet& copy) { copy.removeStyle(Ref<ZTSStyle>(copy.styleWithIdentifier("lone"))); });
   expectEqual(false, "one anonymous style less",

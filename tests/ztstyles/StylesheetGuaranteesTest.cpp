@@ -225,6 +225,10 @@ TEST(OrphanTest, AreAskedWhereAStylesheetLooksUpInItsOwnWayOrIsNotListedAbove) {
   EXPECT_EQ(waiting.parent(), nullptr);
   hidden.style("unrelated");
   EXPECT_EQ(waiting.parent(), &above);
+  auto& another = hidden.style({}, "above too");
+  auto& aboveToo = upper.style("above too");
+  hidden.style("unrelated too");
+  EXPECT_EQ(another.parent(), &aboveToo);
   // A parent that was stored and nothing else is looked through at the next retry, also from further below.
   Scene low;
   Scene lowest(low.sheet.get());
@@ -271,6 +275,72 @@ TEST(OrphanTest, AllAreAskedAlthoughOneFailsAndTheFirstExceptionComesOut) {
   EXPECT_THROW(scene.sheet->setParent(above.sheet), NSGenericException);
   EXPECT_EQ(upper.children().count(), 3u);
   expectSound(*scene.sheet);
+}
+
+/// Fails, as often as it is told to, when a parent is looked up.
+struct FailingSheet : ZTSStylesheet {
+  ZTSStyle* cascadedStyleWithIdentifier(const StringRef& identifier) const override {
+    if (failures > 0 && failures-- > 0) throw NSGenericException("no");
+    return ZTSStylesheet::cascadedStyleWithIdentifier(identifier);
+  }
+  mutable int failures = 0;
+};
+
+TEST(OrphanTest, AStyleThatCouldNotLookIsAskedAgain) {
+  Scene scene;
+  const Ref<FailingSheet> sheet = make<FailingSheet>();
+  scene.sheet = sheet;
+  ASSERT_TRUE(sheet->initWithHost(&scene.host));
+  auto& base = scene.style("base");
+  auto& style = scene.detached({}, "base");
+  sheet->failures = 2;
+  EXPECT_THROW(scene.add(style), NSGenericException);
+  EXPECT_EQ(style.stylesheet(), sheet.get());
+  EXPECT_EQ(style.parent(), nullptr);
+  scene.style("unrelated");
+  EXPECT_EQ(style.parent(), &base);
+  expectSound(*sheet);
+
+  // One of a class that resolves in its own way is asked whatever is added, as a walk over all would.
+  Scene plain;
+  auto& waiting = plain.style<Failing>({}, "nowhere");
+  const int tries = waiting.tries;
+  plain.style("unrelated");
+  EXPECT_EQ(waiting.tries, tries + 1);
+}
+
+/// Does not count a use while it fails.
+struct Unwilling : ZTSStyleOf<Unwilling, TestStyle> {
+  static constexpr const char* kClassName = "Unwilling";
+  void incrementUsageCount() override {
+    if (fails) throw NSGenericException("no");
+    ZTSStyle::incrementUsageCount();
+  }
+  bool fails = false;
+};
+
+TEST(OrphanTest, WhatAParentDidNotCountIsNotTakenBackFromIt) {
+  Scene scene;
+  auto& parent = scene.style<Unwilling>("parent");
+  auto& child = scene.style("child");
+  child.incrementUsageCount();
+  parent.fails = true;
+  EXPECT_THROW(child.setParentIdentifier("parent"), NSGenericException);
+  EXPECT_EQ(child.parent(), &parent);
+  parent.fails = false;
+  parent.incrementUsageCount();
+  child.setParentIdentifier({});
+  EXPECT_EQ(parent.usageCount(), 1u) << "the use of somebody else";
+  EXPECT_TRUE(parent.children().isEmpty());
+  expectSound(*scene.sheet);
+}
+
+TEST(OrphanTest, AnExplicitRetryThrowsWhatAStyleThrew) {
+  Scene scene;
+  auto& waiting = scene.style<Failing>({}, "nowhere");
+  waiting.failures = 1;
+  EXPECT_THROW(scene.sheet->updateParentForOrphanStyles(), NSGenericException);
+  EXPECT_EQ(scene.sheet->orphanStyles().count(), 1u);
 }
 
 TEST(OrphanTest, AnExplicitRetryInsideOfOneAsksAll) {

@@ -319,7 +319,7 @@ TEST(VariationIndexTest, FindsAnonymousStylesWhoseLinkDoesNotFollowTheirPlace) {
   EXPECT_TRUE(scene.sheet->indexesAreRight());
 }
 
-/// Counts how often it is compared.
+/// Counts how often it is compared and hashed.
 class CountingValue : public NSObject {
  public:
   explicit CountingValue(int number) : mNumber(number) {}
@@ -329,8 +329,9 @@ class CountingValue : public NSObject {
     return value != nullptr && value->mNumber == mNumber;
   }
   std::size_t hash() const override { return static_cast<std::size_t>(mNumber) * 77; }
-  std::size_t stableHash() const override { return hash(); }
+  std::size_t stableHash() const override { return ++sHashes, hash(); }
   static inline std::size_t sComparisons = 0;
+  static inline std::size_t sHashes = 0;
 
  private:
   const int mNumber;
@@ -357,6 +358,38 @@ TEST(VariationIndexTest, ComparesOneMapPerRequestAmongManyAlikeOrNot) {
   // The alike are changed one after the other: what is stale is tested once and not again.
   for (const Ref<ZTSStyle>& style : base.children().retainedSnapshot()) style->setValueForProperty(Value(1), weight);
   EXPECT_NE(request(5000, true), first);
+  EXPECT_TRUE(scene.sheet->indexesAreRight());
+}
+
+TEST(VariationIndexTest, TestsAndEntersNoMoreThanWhatMayFitAndWhatHasChanged) {
+  Scene scene;
+  scene.style("base");
+  scene.host.undo->disableUndoRegistration();
+  const auto find = [&](int number) {
+    const Ref<PropertyMap> map = PropertyMap::with({{colour, make<CountingValue>(1)}, {size, Value(number).object}});
+    return scene.sheet->anonymousStyleOfClass(TestStyle::styleClass(), "base", map.get(), false);
+  };
+  constexpr int kStyles = 200;
+  std::vector<Ref<ZTSStyle>> styles;
+  for (int number = 0; number < kStyles; ++number) styles.push_back(find(number));
+  const auto workOfSearches = [&] {
+    CountingValue::sComparisons = CountingValue::sHashes = 0;
+    for (int number = 0; number < kStyles; ++number) {
+      EXPECT_EQ(find(number), styles[static_cast<std::size_t>(number)]);
+    }
+    return std::max(CountingValue::sComparisons, CountingValue::sHashes);
+  };
+  EXPECT_LE(workOfSearches(), 2u * kStyles) << "a plain value is part of what is looked up";
+  // Each change enters a style once more, until it is better to begin anew; then that is done once.
+  CountingValue::sHashes = 0;
+  for (int round = 0; round < 6; ++round) {
+    for (int number = 0; number < kStyles; ++number) {
+      styles[static_cast<std::size_t>(number)]->p_setValueForProperty(Value(number).object, size);
+    }
+  }
+  EXPECT_LE(CountingValue::sHashes, 6u * kStyles);
+  EXPECT_LE(workOfSearches(), 4u * kStyles);
+  EXPECT_LE(workOfSearches(), 2u * kStyles);
   EXPECT_TRUE(scene.sheet->indexesAreRight());
 }
 
