@@ -27,6 +27,11 @@ bool failsAt(std::uint64_t nth, bool andAllAfter, const std::function<void()>& w
 struct Model {
   Model() {
     for (int number = 0; number < 20; ++number) scene.style({}, "base", {{size, number}});
+    // The index over them is to be built anew, and what holds a style that has changed to be entered again.
+    auto& holder = scene.style({}, "base", {{label, value}});
+    scene.sheet->anonymousChildOfStyle(&base, wanted.get(), false);
+    for (int change = 0; change < 140; ++change) holder.p_setValueForProperty(Value(change), weight);
+    value.setValueForProperty(Value(1), size);
     for (int number = 0; number < 3; ++number) scene.style({}, "late");
     scene.sheet->enableUnusedStyleCleanup();
     base.incrementUsageCount();
@@ -40,6 +45,7 @@ struct Model {
   TestStyle& second = scene.detached("base");
   TestStyle& loose = scene.detached({}, "base");
   TestStyle& stays = scene.style("stays");
+  TestStyle& value = scene.style("value");
   TestAggregate& aggregate = scene.style<TestAggregate>("aggregate", {}, {{list, stays}});
   Ref<PropertyMap> wanted = mapOf({{size, 7}});
   Ref<ZTSStyle> held(ZTSStyle& style) const { return Ref<ZTSStyle>(&style); }
@@ -58,6 +64,7 @@ const Operation kOperations[] = {
     {"renames a parent", [](Model& m) { m.scene.sheet->identifyStyle(m.held(m.base), "late"); }},
     {"anonymizes a parent", [](Model& m) { m.scene.sheet->anonymizeStyle(m.held(m.base)); }},
     {"finds a variation", [](Model& m) { m.scene.sheet->variationOfStyle(&m.base, {.propertyMap = m.wanted.get()}); }},
+    {"finds a child", [](Model& m) { m.scene.sheet->anonymousChildOfStyle(&m.base, m.wanted.get(), false); }},
     {"finds an anonymous style",
      [](Model& m) { m.scene.sheet->anonymousStyleOfClass(TestStyle::styleClass(), "base", m.wanted.get(), false); }},
     {"moves the stylesheet", [](Model& m) { m.scene.sheet->setParent(m.above.sheet); }},
@@ -94,7 +101,8 @@ TEST(AllocationFailureTest, LeavesAStylesheetThatIsSoundAndCanEnd) {
         EXPECT_EQ(model.scene.sheet->cascadedStyleWithIdentifier("base"), &model.base);
         EXPECT_EQ(model.late.stylesheet(), nullptr);
         model.scene.host.undo->removeAllActions();
-        EXPECT_GE(model.base.children().count(), 21u);
+        EXPECT_GE(model.base.children().count(), 22u);
+        EXPECT_TRUE(model.scene.sheet->anonymousChildOfStyle(&model.base, model.wanted.get(), false));
         model.scene.add(model.late);
         EXPECT_EQ(model.late.children().count(), 3u);
         EXPECT_EQ(reports.descriptions(), Log{});
