@@ -45,7 +45,7 @@ class ZT_EXPORT ZTSDerivingStyle : public ZTSAggregateStyle {
 
   /// @name Conversion of maps
   /// The map itself where there is nothing to convert, else a new one. Where a map to be stored holds a derived
-  /// property beside its source, the source counts.
+  /// property beside its source, the source counts. Not virtual: what a class converts it says in the hooks.
   /// @{
 
   [[nodiscard]] Ref<const PropertyMap> truePropertyMapFromPropertyMap(Ref<const PropertyMap> map) const;

@@ -194,7 +194,11 @@ TEST(StylesheetEqualityTest, AsksAClassThatComparesInAWayOfItsOwn) {
   const Ref<ZTSStylesheet> sheets[] = {ZTSStylesheet::withHost(), ZTSStylesheet::withHost()};
   for (int index : {0, 1}) {
     const Ref<PropertyMap> values = mapOf({{size, index}});
-    sheets[index]->addStyle(make<Loose>({.overridePropertyMap = values.get()}));
+    const Ref<Loose> loose = make<Loose>({.overridePropertyMap = values.get()});
+    const Ref<Loose> held = make<Loose>({.name = StringRef(std::to_string(index))});
+    const Ref<PropertyMap> holding = mapOf({{list, *held}});
+    sheets[index]->addStyle(loose);
+    sheets[index]->addStyle(make<TestStyle>({.overridePropertyMap = holding.get()}));
   }
   EXPECT_TRUE(sheets[0]->isEqual(sheets[1].get()));
 }

@@ -94,6 +94,8 @@ TEST(StylesheetObserversTest, AllAreToldWhateverOneThrows) {
     scene.log.push_back("listener");
     throw NSGenericException("later");
   });
+  NotificationListener raising(ZTSStylesheetStyleRemovedNotification, nullptr,
+                               [](const NSNotification&) { throw NSGenericException("gone"); });
   try {
     scene.add(scene.detached("a"));
     FAIL() << "nothing came out";
@@ -102,6 +104,13 @@ TEST(StylesheetObserversTest, AllAreToldWhateverOneThrows) {
   }
   EXPECT_EQ(scene.log, (Log{"first added a", "second added a", "listener"}));
   for (SheetRecorder* each : {static_cast<SheetRecorder*>(&first), &second}) scene.sheet->removeObserver(each);
+  // One that has no observers of its own tells those below.
+  Scene below(scene.sheet.get());
+  below.sheet->addObserver(&second);
+  scene.log.clear();
+  EXPECT_THROW(scene.remove(*scene.sheet->styleWithIdentifier("a")), NSGenericException);
+  EXPECT_EQ(scene.log, Log{"second removed a"});
+  below.sheet->removeObserver(&second);
 }
 
 template <class Base>
