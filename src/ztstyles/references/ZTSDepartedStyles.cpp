@@ -31,8 +31,8 @@ bool ZTSDepartedStyles::concerns(const ZTSStyle& style) {
 
 void ZTSDepartedStyles::add(ZTSStyle& style) {
   forget(style);
-  mStyles.makeRoom();
   const std::lock_guard lock(table().mutex);
+  mStyles.makeRoom();
   table().lists.insert_or_assign(&style, this);
   mStyles.addObject(&style);
   style.p_setMark(ZTSStyleMark::isDeparted, true, {});
@@ -56,8 +56,23 @@ bool ZTSDepartedStyles::check() const {
   });
 }
 
+bool ZTSDepartedStyles::isEmpty() const noexcept {
+  const std::lock_guard lock(table().mutex);
+  return mStyles.isEmpty();
+}
+
+std::vector<Ref<ZTSStyle>> ZTSDepartedStyles::retainedStyles() const {
+  const std::lock_guard lock(table().mutex);
+  return mStyles.retainedSnapshot();
+}
+
 void ZTSDepartedStyles::forgetAll() noexcept {
-  while (ZTSStyle* style = mStyles.anyObject()) forget(*style);
+  const std::lock_guard lock(table().mutex);
+  for (ZTSStyle* style : mStyles) {
+    table().lists.erase(style);
+    style->p_setMark(ZTSStyleMark::isDeparted, false, {});
+  }
+  mStyles.removeAllObjects();
 }
 
 }  // namespace zt

@@ -10,7 +10,9 @@ namespace zt {
 ///
 /// Always equals: the styles whose link to the stylesheet was cleared, in the order in which they left, without those
 /// that have entered a stylesheet since or have died. They are not held. A style is in one list at most (its mark
-/// `isDeparted`); which one, a table of the process knows, since few styles are ever in any.
+/// `isDeparted`); which one, a table of the process knows, since few styles are ever in any. A style that has left
+/// belongs to the thread of the stylesheet that it left until it enters another, which may be another thread's: the
+/// lock of the table is held wherever a list is read or changed.
 class ZTSDepartedStyles {
  public:
   ZTSDepartedStyles() = default;
@@ -28,8 +30,9 @@ class ZTSDepartedStyles {
 
   /// The slow check of the sentence above. For tests.
   [[nodiscard]] bool check() const;
-  [[nodiscard]] bool isEmpty() const noexcept { return mStyles.isEmpty(); }
-  [[nodiscard]] const ZTUMutablePointerSet<ZTSStyle>& styles() const noexcept { return mStyles; }
+  [[nodiscard]] bool isEmpty() const noexcept;
+  /// Those that are alive, in order.
+  [[nodiscard]] std::vector<Ref<ZTSStyle>> retainedStyles() const;
 
  private:
   ZTUMutablePointerSet<ZTSStyle> mStyles;

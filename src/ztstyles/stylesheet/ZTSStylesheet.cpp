@@ -68,7 +68,7 @@ ZTSStylesheet::~ZTSStylesheet() {
     passedOver.attempt([&] {
       held = retainedStyles();
       if (!mDeparted) return;
-      for (Ref<ZTSStyle>& style : mDeparted->styles().retainedSnapshot()) held.push_back(std::move(style));
+      for (Ref<ZTSStyle>& style : mDeparted->retainedStyles()) held.push_back(std::move(style));
     });
   }
   mDeparted.reset();
