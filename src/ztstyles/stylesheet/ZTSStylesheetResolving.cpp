@@ -44,7 +44,7 @@ void ZTSStylesheet::setParentLinkOf(ZTSStyle& style, ZTFirstFailure& failure) {
 
 /// Asks the styles again that an earlier change could not ask.
 void ZTSStylesheet::finishResolving(ZTFirstFailure& failure) {
-  if (mOrphans->isUnfinished()) retryOrphans(nullptr, failure);
+  if (mOrphans->isUnfinished()) failure.attempt([&] { updateParentForOrphanStyles(); });
 }
 
 void ZTSStylesheet::resolveParentsOfChildrenOf(const ZTSStyle& style, ZTFirstFailure& failure) {
