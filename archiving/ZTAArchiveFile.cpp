@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <archiving/ZTAArchiveFile.h>
 #include <archiving/ZTAError.h>
+#include <archiving/ZTAFileInternal.h>
 #include <platform/ZTFormat.h>
 
 #include <fcntl.h>
@@ -11,30 +12,13 @@
 #include <algorithm>
 #include <cerrno>
 #include <memory>
-#include <system_error>
 #include <utility>
 
 namespace zt {
 
-namespace {
-
-std::string textOf(int code) { return std::generic_category().message(code); }
-
-[[noreturn]] void raiseFor(const std::string& path, std::string message) {
-  throw ZTAArchiveException(ZTAError::withMessage(std::move(message), path));
-}
-
-struct OpenFile {
-  int descriptor;
-  explicit OpenFile(int file) : descriptor(file) {}
-  OpenFile(const OpenFile&) = delete;
-  OpenFile& operator=(const OpenFile&) = delete;
-  ~OpenFile() {
-    if (descriptor >= 0) ::close(descriptor);
-  }
-};
-
-}  // namespace
+using file::OpenFile;
+using file::raiseFor;
+using file::textOf;
 
 std::string ztaReadFile(const std::string& path, std::size_t limit) {
   // Without waiting: a named pipe would hang before it can be refused.

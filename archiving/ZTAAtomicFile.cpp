@@ -4,6 +4,7 @@
 
 #include <archiving/ZTAArchiveFile.h>
 #include <archiving/ZTAError.h>
+#include <archiving/ZTAFileInternal.h>
 #include <platform/ZTFormat.h>
 
 #include <dirent.h>
@@ -19,7 +20,6 @@
 #include <cerrno>
 #include <cstdlib>
 #include <memory>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -27,23 +27,11 @@ namespace zt {
 
 namespace {
 
+using file::OpenFile;
+using file::raiseFor;
+using file::textOf;
+
 constexpr std::string_view kMark = ".ztstyles-";
-
-std::string textOf(int code) { return std::generic_category().message(code); }
-
-[[noreturn]] void raiseFor(const std::string& path, std::string message) {
-  throw ZTAArchiveException(ZTAError::withMessage(std::move(message), path));
-}
-
-struct OpenFile {
-  int descriptor;
-  explicit OpenFile(int file) : descriptor(file) {}
-  OpenFile(const OpenFile&) = delete;
-  OpenFile& operator=(const OpenFile&) = delete;
-  ~OpenFile() {
-    if (descriptor >= 0) ::close(descriptor);
-  }
-};
 
 std::string folderOf(const std::string& path) {
   const std::size_t slash = path.rfind('/');
