@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <document/ZTDocument.h>
 
+#include <platform/NSString.h>
+
 namespace zt {
 
 namespace {
@@ -140,6 +142,35 @@ void ZTDocument::Uses::move(NSUndoManager& manager, std::size_t index, Ref<OdfSt
     if (style) style->incrementUsageCount();
     if (before) before->decrementUsageCount();
   }
+}
+
+void ZTDocument::recordFont(std::size_t part, std::string name, std::string family) {
+  mUses->fonts[{part, std::move(name)}] = std::move(family);
+}
+
+void ZTDocument::setFont(std::size_t part, const std::string& name, const std::optional<std::string>& family) {
+  mUses->setFont(*mUndoManager, {part, name}, family);
+}
+
+void ZTDocument::Uses::setFont(NSUndoManager& manager, const std::pair<std::size_t, std::string>& place,
+                               const std::optional<std::string>& family) {
+  const auto found = fonts.find(place);
+  const std::optional<std::string> before = found == fonts.end() ? std::nullopt : std::optional(found->second);
+  manager.registerUndo("setFont:family:", Ref<Uses>(this),
+                       [undo = &manager, place, before](Uses& uses) { uses.setFont(*undo, place, before); });
+  if (family) {
+    fonts[place] = *family;
+  } else {
+    fonts.erase(place);
+  }
+}
+
+bool ZTDocument::isDeclaredFont(const ZTSStyle& style, const NSObject* value) const {
+  const NSString* name = NSString::from(value);
+  const StyleOrigin* origin = originOf(style);
+  if (name == nullptr || origin == nullptr || mUses->fonts.empty()) return true;
+  const auto found = mUses->fonts.find({origin->part, std::string(name->view())});
+  return found != mUses->fonts.end() && !found->second.empty();
 }
 
 void ZTDocument::countUses(OdfStyle& style, std::size_t uses) {

@@ -10,10 +10,13 @@
 #include <ztstyles/ZTSStylesheetHost.h>
 
 #include <functional>
+#include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace zt {
@@ -97,7 +100,24 @@ class ZTDocument final : public NSDocument, public ZTSStylesheetHost {
     std::string attribute;
   };
   std::vector<UnknownUse> unknownUses;
+  /// Styles of lists that other lists continue: each numbers on where an earlier one ended.
+  std::set<const ZTSStyle*> continuedLists;
   std::unordered_map<std::string, std::string> fontFamilies;  ///< declared font to family
+  /// @}
+
+  /// @name Fonts
+  /// @{
+
+  /// By part and name, with their families; empty where the format declares none.
+  using Fonts = std::map<std::pair<std::size_t, std::string>, std::string>;
+  [[nodiscard]] const Fonts& declaredFonts() const noexcept { return mUses->fonts; }
+  void recordFont(std::size_t part, std::string name, std::string family);
+  /// Declares a font in a part, or no longer (none), undoably.
+  void setFont(std::size_t part, const std::string& name, const std::optional<std::string>& family);
+  /// Whether an own value that names a font says anything: it does where the part of the style declares the font.
+  [[nodiscard]] bool isDeclaredFont(const ZTSStyle& style, const NSObject* value) const;
+  /// Fonts that something in a part names besides styles.
+  std::set<std::pair<std::size_t, std::string>> otherFontUses;
   /// @}
 
   /// @name Styles by what files call them
@@ -147,10 +167,13 @@ class ZTDocument final : public NSDocument, public ZTSStylesheetHost {
   ZTDocument();
   ~ZTDocument() override;
 
-  /// What undo actions of `moveUse` hold: the document itself holds the actions.
+  /// What undo actions of `moveUse` and `setFont` hold: the document itself holds the actions.
   struct Uses final : NSObject {
     void move(NSUndoManager& manager, std::size_t index, Ref<OdfStyle> style);
+    void setFont(NSUndoManager& manager, const std::pair<std::size_t, std::string>& place,
+                 const std::optional<std::string>& family);
     std::vector<StyleUse> all;
+    Fonts fonts;
   };
 
   Ref<NSUndoManager> mUndoManager;

@@ -21,19 +21,32 @@ bool isLook(PropertyKey key) {
 
 LookImage::LookImage(const ZTDocument& document) {
   for (const StyleUse& use : document.styleUses()) {
-    const StyleLook* look = use.style ? lookOf(*use.style) : nullptr;
+    const StyleLook* look = use.style ? lookOf(document, *use.style) : nullptr;
     const std::string label = use.style ? document.labelOf(*use.style) : std::string();
     mUses.push_back({use.part, use.family, use.count, use.style, label, look});
   }
   for (const StyleFamily family : kStyleFamilies) {
     OdfStyle* root = document.rootStyle(familyName(family));
     if (root != nullptr && family != StyleFamily::other)
-      mRoots.push_back(
-          {0, std::string(familyName(family)), 0, Ref<OdfStyle>(root), document.labelOf(*root), lookOf(*root)});
+      mRoots.push_back({0, std::string(familyName(family)), 0, Ref<OdfStyle>(root), document.labelOf(*root),
+                        lookOf(document, *root)});
   }
 }
 
-const StyleLook* LookImage::lookOf(const OdfStyle& style) {
+namespace {
+
+// An undeclared font says nothing, so that what it hides shows through.
+Ref<NSObject> fontOf(const ZTDocument& document, const OdfStyle& style, PropertyKey key) {
+  for (const ZTSStyle* at = &style; at != nullptr; at = at->parent()) {
+    NSObject* own = at->p_overrideValueForProperty(key);
+    if (own != nullptr && document.isDeclaredFont(*at, own)) return isNull(own) ? Ref<NSObject>() : Ref<NSObject>(own);
+  }
+  return {};
+}
+
+}  // namespace
+
+const StyleLook* LookImage::lookOf(const ZTDocument& document, const OdfStyle& style) {
   auto [found, isNew] = mLooks.try_emplace(&style);
   if (!isNew) return found->second.get();
   found->second = std::make_unique<StyleLook>();
@@ -43,10 +56,11 @@ const StyleLook* LookImage::lookOf(const OdfStyle& style) {
   if (!all) return look;
   for (const PropertyMap::Entry& entry : *all) {
     if (!isLook(entry.key)) continue;
-    const Ref<NSObject> value = style.valueForProperty(entry.key);
+    const bool isFont = entry.key.view().starts_with("text.style.font-name");
+    const Ref<NSObject> value = isFont ? fontOf(document, style, entry.key) : style.valueForProperty(entry.key);
     if (!value) continue;
     if (const OdfStyle* reference = asOdfStyle(static_cast<const NSObject*>(value.get()))) {
-      look->references.emplace_back(entry.key, lookOf(*reference));
+      look->references.emplace_back(entry.key, lookOf(document, *reference));
     } else {
       look->values->set(entry.key, value);
     }
@@ -99,7 +113,7 @@ std::vector<LookImage::Difference> LookImage::differencesTo(const ZTDocument& af
       told.push_back({use.label, {}, "used", "missing"});
       return;
     }
-    const StyleLook* look = now.lookOf(*style);
+    const StyleLook* look = now.lookOf(after, *style);
     if (!equal.insert({use.look, look}).second) return;
     for (Difference& difference : compare(*use.look, *look)) {
       if (told.size() >= most || isMeant(*use.style, difference.key)) continue;

@@ -58,7 +58,7 @@ class LookImage {
     const StyleLook* look;
   };
 
-  const StyleLook* lookOf(const OdfStyle& style);
+  const StyleLook* lookOf(const ZTDocument& document, const OdfStyle& style);
   static std::vector<Difference> compare(const StyleLook& before, const StyleLook& after);
 
   std::unordered_map<const ZTSStyle*, std::unique_ptr<StyleLook>> mLooks;

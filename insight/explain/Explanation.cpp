@@ -3,6 +3,7 @@
 
 #include <document/styles/PropertyRules.h>
 #include <document/styles/StyleValues.h>
+#include <insight/explain/PropertyGroups.h>
 
 #include <platform/NSNull.h>
 
@@ -15,8 +16,15 @@ std::string_view roleName(ExplainedEntry::Role role) {
     case ExplainedEntry::Role::wins: return "wins";
     case ExplainedEntry::Role::base: return "base";
     case ExplainedEntry::Role::hidden: return "hidden";
+    case ExplainedEntry::Role::ignored: return "ignored";
   }
   return "hidden";
+}
+
+const OdfStyle* ExplainedProperty::decisiveStyle() const {
+  const auto found = std::find_if(entries.begin(), entries.end(),
+                                  [](const ExplainedEntry& entry) { return entry.role == ExplainedEntry::Role::wins; });
+  return (found != entries.end() ? *found : entries.front()).style;
 }
 
 StyleExplanation Explainer::explain(const OdfStyle& style) {
@@ -98,12 +106,20 @@ StyleExplanation Explainer::current() const {
     ExplainedProperty property;
     property.key = entries.key;
     property.effective = style.valueForProperty(entries.key);
+    const bool isFont = entries.key.view().starts_with("text.style.font-name");
     auto role = ExplainedEntry::Role::wins;
     for (auto entry = entries.fromRoot.rbegin(); entry != entries.fromRoot.rend(); ++entry) {
       if (property.entries.size() == kMostEntries) {
         property.moreHidden = static_cast<std::size_t>(entries.fromRoot.rend() - entry);
         break;
       }
+      if (isFont && role == ExplainedEntry::Role::wins && !mDocument.isDeclaredFont(*entry->style, entry->value)) {
+        property.entries.push_back({entry->style, entry->value, ExplainedEntry::Role::ignored});
+        property.effective = {};
+        continue;
+      }
+      if (isFont && role == ExplainedEntry::Role::wins && !isNull(entry->value))
+        property.effective = Ref<NSObject>(entry->value);
       property.entries.push_back({entry->style, entry->value, role});
       const bool needsBase = role != ExplainedEntry::Role::hidden && isShare && asPercentage(entry->value) != nullptr;
       role = needsBase ? ExplainedEntry::Role::base : ExplainedEntry::Role::hidden;
@@ -111,6 +127,7 @@ StyleExplanation Explainer::current() const {
     }
     explanation.properties.push_back(std::move(property));
   }
+  decideGroups(explanation);
   return explanation;
 }
 

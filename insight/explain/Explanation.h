@@ -12,9 +12,10 @@ namespace zt {
 /// What one style of the chain does to a property.
 struct ExplainedEntry {
   enum class Role : std::uint8_t {
-    wins,   ///< the nearest: it decides
-    base,   ///< it decides too: the nearer entry is a share of this one
-    hidden  ///< a nearer entry hides it
+    wins,    ///< the nearest: it decides
+    base,    ///< it decides too: the nearer entry is a share of this one
+    hidden,  ///< a nearer entry hides it
+    ignored  ///< it says nothing, so that what it hides shows through: a font that its part does not declare
   };
 
   const OdfStyle* style = nullptr;
@@ -30,6 +31,10 @@ struct ExplainedProperty {
   Ref<NSObject> effective;              ///< what the style itself answers; none where the winner says "explicitly none"
   std::vector<ExplainedEntry> entries;  ///< nearest first, at least one
   std::size_t moreHidden = 0;           ///< hidden entries that are not listed
+  PropertyKey decidedBy;  ///< a property that is set nearer and counts in place of this one (`decideGroups`), or none
+
+  /// The style whose entry decides; the nearest where none does.
+  [[nodiscard]] const OdfStyle* decisiveStyle() const;
 };
 
 /// A style and all that it inherits. Borrows from the document: use it before the document changes.

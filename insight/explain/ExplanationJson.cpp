@@ -35,7 +35,7 @@ Json propertyAsJson(const ZTDocument& document, const ExplainedProperty& propert
   json["value"] = effective != nullptr ? Json(shownValue(document, property.key, effective)) : Json();
   json["kind"] = valueKind(effective);
   addSizes(effective, json);
-  json["set_by"] = document.labelOf(*property.entries.front().style);
+  json["set_by"] = document.labelOf(*property.decisiveStyle());
   Json entries = Json::array();
   for (const ExplainedEntry& entry : property.entries) {
     entries.push_back({{"style", document.labelOf(*entry.style)},
@@ -43,6 +43,7 @@ Json propertyAsJson(const ZTDocument& document, const ExplainedProperty& propert
                        {"role", roleName(entry.role)}});
   }
   json["entries"] = std::move(entries);
+  if (property.decidedBy) json["decided_by"] = property.decidedBy.view();
   if (property.moreHidden > 0) json["more_hidden"] = property.moreHidden;
   return json;
 }
@@ -77,7 +78,7 @@ Json explanationAsJson(const ZTDocument& document, const StyleExplanation& expla
   for (const ExplainedProperty& property : explanation.properties) {
     const std::string key(property.key.view());
     Json explained = propertyAsJson(document, property);
-    values.add(key, explained["value"]);
+    values.add(key, property.decidedBy ? Json() : explained["value"]);
     properties.add(key, std::move(explained));
   }
   json["values"] = values.take();

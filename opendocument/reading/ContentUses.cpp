@@ -76,8 +76,10 @@ std::string_view referredFamily(const XmlName& element, const XmlName& attribute
 }
 
 void ContentUses::addElement(std::size_t part, const XmlElement& element) {
+  if (element.is("text", "list") || element.is("text", "numbered-paragraph")) noteContinued(part, element);
   for (const XmlAttribute& attribute : element.attributes) {
     if (attribute.value.empty()) continue;
+    if (attribute.name.starts_with("font-name")) mFonts.emplace(part, std::string(attribute.value));
     const XmlName name{attribute.prefix, attribute.name};
     const bool isReference = attribute.name.ends_with("style-name") || attribute.name == "style-override";
     const auto family = isReference ? referredFamily({element.prefix, element.name}, name) : std::string_view();
@@ -87,6 +89,13 @@ void ContentUses::addElement(std::size_t part, const XmlElement& element) {
       addUnknown(part, element, attribute);
     }
   }
+}
+
+// A list that numbers on, as it says itself or by the name that it gives; one without a style may have any.
+void ContentUses::noteContinued(std::size_t part, const XmlElement& element) {
+  const bool isContinued = element.attribute("text", "continue-numbering").value_or("") == "true" ||
+                           element.attribute("text", "continue-list") || element.attribute("text", "list-id");
+  if (isContinued) mContinued.emplace(part, std::string(element.attribute("text", "style-name").value_or("")));
 }
 
 bool mayReferToStyle(const XmlName& attribute) {

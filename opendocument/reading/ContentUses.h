@@ -6,9 +6,11 @@
 #include <document/xml/SafeXml.h>
 
 #include <cstddef>
+#include <set>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace zt {
@@ -33,12 +35,23 @@ class ContentUses {
   /// Names in attributes that may refer to styles in a way that is not known here; `family` is the attribute's name.
   [[nodiscard]] const std::vector<ContentUse>& unknown() const noexcept { return mUnknown; }
 
+  /// The part and the style of each list that numbers on where another ended; an empty name may be any style.
+  [[nodiscard]] const std::set<std::pair<std::size_t, std::string>>& continuedLists() const noexcept {
+    return mContinued;
+  }
+
+  /// The part and the name of each font that something besides a style names.
+  [[nodiscard]] const std::set<std::pair<std::size_t, std::string>>& fonts() const noexcept { return mFonts; }
+
  private:
+  void noteContinued(std::size_t part, const XmlElement& element);
   void addUnknown(std::size_t part, const XmlElement& element, const XmlAttribute& attribute);
   void add(std::size_t part, std::string_view family, std::string_view name, int line);
 
   std::vector<ContentUse> mUses;
   std::vector<ContentUse> mUnknown;
+  std::set<std::pair<std::size_t, std::string>> mContinued;
+  std::set<std::pair<std::size_t, std::string>> mFonts;
   std::unordered_map<std::string, std::size_t> mPlaces;
 };
 

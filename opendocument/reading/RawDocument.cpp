@@ -208,7 +208,7 @@ class PartReader : public XmlHandler {
   }
 
   void addFont(const XmlElement& element) {
-    mDocument.fontFaces.push_back({std::string(element.attribute("style", "name").value_or("")),
+    mDocument.fontFaces.push_back({mPart, std::string(element.attribute("style", "name").value_or("")),
                                    unquoted(element.attribute("svg", "font-family").value_or(""))});
   }
 

@@ -87,6 +87,7 @@ struct RawListStyle {
 
 /// A declared font: styles name it, the family is what it is called.
 struct RawFontFace {
+  std::size_t part = 0;
   std::string name;
   std::string family;
 };

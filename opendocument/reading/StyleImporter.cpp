@@ -32,7 +32,10 @@ class StyleImporter {
     mDocument->shown = mRaw.shown;
     for (const RawDocument::Part& part : mRaw.parts) mDocument->parts.push_back({part.name, part.shown});
     mDocument->findings = mRaw.findings;
-    for (const RawFontFace& face : mRaw.fontFaces) mDocument->fontFamilies[face.name] = face.family;
+    for (const RawFontFace& face : mRaw.fontFaces) {
+      mDocument->fontFamilies[face.name] = face.family;
+      mDocument->recordFont(face.part, face.name, face.family);
+    }
     reportUncounted();
     const ParentResolver parents(mRaw, mIndex, mDocument->findings);
     readMaps();
@@ -195,6 +198,13 @@ class StyleImporter {
       mDocument->recordUse({use.part, use.family, use.name, use.count, Ref<OdfStyle>(style)});
     }
     for (const ContentUse& use : uses.unknown()) keepInUse(use);
+    mDocument->otherFontUses.insert(uses.fonts().begin(), uses.fonts().end());
+    for (const auto& [part, name] : uses.continuedLists()) {
+      for (const StyleUse& use : mDocument->styleUses()) {
+        if (use.part == part && use.family == "list" && (name.empty() || use.name == name))
+          mDocument->continuedLists.insert(use.style.get());
+      }
+    }
   }
 
   // What an attribute of an extension calls by name may be a style: it is not to be removed.

@@ -33,15 +33,29 @@ std::string chainText(const ZTDocument& document, const StyleExplanation& explan
   return isCut ? text + fmt::format(" < ... ({} styles)", explanation.chainLength) : text;
 }
 
+std::size_t indexOfWinner(const ExplainedProperty& property) {
+  std::size_t index = 0;
+  while (index + 1 < property.entries.size() && property.entries[index].role == ExplainedEntry::Role::ignored) ++index;
+  return index;
+}
+
 // Where a property comes from, in a few words.
 std::string sourceText(const ZTDocument& document, const OdfStyle& style, const ExplainedProperty& property) {
-  const ExplainedEntry& winner = property.entries.front();
+  const std::size_t first = indexOfWinner(property);
+  const ExplainedEntry& winner = property.entries[first];
+  if (property.decidedBy) return fmt::format("does not count: {} is set nearer", property.decidedBy.view());
   std::string text = winner.style == &style ? "set here" : "from " + document.labelOf(*winner.style);
   std::size_t hidden = property.moreHidden;
-  for (std::size_t index = 1; index < property.entries.size(); ++index) {
+  for (std::size_t index = 0; index < property.entries.size(); ++index) {
     const ExplainedEntry& entry = property.entries[index];
+    if (index == first) continue;
+    if (entry.role == ExplainedEntry::Role::ignored) {
+      text += fmt::format(", {} of {} is not declared", forPeople(document, property.key, entry.value),
+                          document.labelOf(*entry.style));
+      continue;
+    }
     if (entry.role == ExplainedEntry::Role::base) {
-      if (index == 1) text = fmt::format("{} of it {}", forPeople(document, property.key, winner.value), text);
+      if (index == first + 1) text = fmt::format("{} of it {}", forPeople(document, property.key, winner.value), text);
       text += fmt::format(", of {} from {}", forPeople(document, property.key, entry.value),
                           document.labelOf(*entry.style));
     } else if (hidden++ == property.moreHidden) {
@@ -80,7 +94,9 @@ void printExplanation(const ZTDocument& document, const StyleExplanation& explan
 void printProperty(const ZTDocument& document, const StyleExplanation& explanation, const ExplainedProperty& property,
                    const Console& console) {
   console.out << property.key.view() << " of " << document.labelOf(*explanation.style) << " is "
-              << console.bold(forPeople(document, property.key, property.effective.get())) << '\n';
+              << console.bold(forPeople(document, property.key, property.effective.get()));
+  if (property.decidedBy) console.out << ", which does not count: " << property.decidedBy.view() << " is set nearer";
+  console.out << '\n';
   std::size_t widest = 0;
   for (const OdfStyle* level : explanation.chain) widest = std::max(widest, displayWidth(document.labelOf(*level)));
   auto entry = property.entries.begin();
@@ -90,7 +106,7 @@ void printProperty(const ZTDocument& document, const StyleExplanation& explanati
       console.out << "    " << console.faint(label + "  .") << '\n';
       continue;
     }
-    const bool counts = entry->role != ExplainedEntry::Role::hidden;
+    const bool counts = entry->role != ExplainedEntry::Role::hidden && entry->role != ExplainedEntry::Role::ignored;
     const std::string value = forPeople(document, property.key, entry->value);
     const std::string line = fmt::format("{}  {} {}", label, padded(value, 16), roleName(entry->role));
     console.out << (counts ? "  > " + console.green(line) : "    " + line)
