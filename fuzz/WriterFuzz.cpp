@@ -22,14 +22,17 @@ void edit(EditableDocument& editable, const std::uint8_t* bytes) {
   OdfStyle& other = *styles[bytes[2] % styles.size()];
   if (style.stylesheet() == nullptr || other.stylesheet() == nullptr) return;
   const KeepLook keepLook = bytes[3] % 2 == 0 ? KeepLook::no : KeepLook::yes;
-  switch (bytes[0] % 7) {
+  switch (bytes[0] % 10) {
     case 0: (void)editor.dedupe({.ignoresRevisionMarks = keepLook == KeepLook::yes}); break;
     case 1: (void)editor.cleanup({.keepsNamed = keepLook == KeepLook::yes}); break;
     case 2: editor.rename(style, "New <" + std::to_string(bytes[3])); break;
     case 3: editor.remove(style, keepLook); break;
     case 4: editor.merge(style, other); break;
     case 5: editor.reparent(style, &other, keepLook); break;
-    default: editor.set(style, {editor.assignment(style, "text.fo.color=#123456")}); break;
+    case 6: (void)editor.promote(style, "Named " + std::to_string(bytes[3])); break;
+    case 7: editor.demote(style); break;
+    case 8: (void)editor.cleanupFonts(); break;
+    default: editor.set(style, {editor.assignment(style, "text.fo.color=#123456")}, keepLook); break;
   }
 }
 

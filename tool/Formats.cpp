@@ -20,6 +20,8 @@ const DocumentFormat& formatOf(const std::filesystem::path& path) {
 
 Ref<ZTDocument> readDocument(const std::filesystem::path& path) { return formatOf(path).read(path); }
 
+std::string_view formatName(const std::filesystem::path& path) { return formatOf(path).name(); }
+
 std::unique_ptr<EditableDocument> openForEditing(const std::filesystem::path& path) {
   return formatOf(path).openForEditing(path);
 }

@@ -18,6 +18,15 @@ namespace zt {
 OdfStyle& DocumentEditor::style(std::string_view text) const {
   std::vector<OdfStyle*> styles = mDocument.stylesCalled(text);
   std::erase_if(styles, [](const OdfStyle* style) { return style->stylesheet() == nullptr; });
+  if (styles.empty()) {
+    // One that an earlier edit made.
+    for (const Ref<ZTSStyle>& each : mDocument.stylesheet().retainedStyles()) {
+      OdfStyle* style = asOdfStyle(static_cast<NSObject*>(each.get()));
+      const bool isMeant = style != nullptr && style->isIdentified() &&
+                           (style->identifier().view() == text || style->name().view() == text);
+      if (isMeant) styles.push_back(style);
+    }
+  }
   if (styles.empty()) throw EditError(fmt::format("there is no style '{}'", text));
   if (styles.size() == 1) return *styles.front();
   std::string names;
@@ -54,10 +63,29 @@ DocumentEditor::Assignment DocumentEditor::assignment(const OdfStyle& target, co
   return result;
 }
 
-void DocumentEditor::set(OdfStyle& target, const std::vector<Assignment>& assignments) {
+void DocumentEditor::set(OdfStyle& target, const std::vector<Assignment>& assignments, KeepLook keepLook) {
   std::set<std::string_view> keys;
   for (const Assignment& each : assignments) keys.insert(each.key.view());
-  mean(target, &keys);
+  mean(target, &keys, keepLook);
+  if (keepLook == KeepLook::no) return store(target, assignments);
+  // A locked style keeps what it inherits; a share of it would be one of the new value.
+  std::vector<Ref<ZTSStyle>> locked;
+  for (const Ref<ZTSStyle>& child : target.children().retainedSnapshot()) {
+    for (const Assignment& each : assignments) {
+      const NSObject* own = child->p_overrideValueForProperty(each.key);
+      const PropertyRule* rule = propertyRule(each.key);
+      if (own != nullptr && rule != nullptr && rule->isShareOfParent && asPercentage(own) != nullptr)
+        child->setValueForProperty(child->valueForProperty(each.key), each.key);
+    }
+    if (child->isLocked()) continue;
+    child->setIsLocked(true);
+    locked.push_back(child);
+  }
+  store(target, assignments);
+  for (const Ref<ZTSStyle>& child : locked) child->setIsLocked(false);
+}
+
+void DocumentEditor::store(OdfStyle& target, const std::vector<Assignment>& assignments) {
   if (assignments.size() == 1) {
     const Assignment& only = assignments.front();
     if (!only.value) return target.removeValueForProperty(only.key);
@@ -86,13 +114,7 @@ void DocumentEditor::rename(OdfStyle& target, const std::string& name) {
   if (encoded != oldName) {
     const std::string_view old = target.identifier().view();
     const StringRef identifier(std::string(old.substr(0, old.find(':') + 1)) + encoded);
-    if (mDocument.stylesheet().styleWithIdentifier(identifier) != nullptr)
-      throw EditError(fmt::format("there is a style '{}' already", identifier.view()));
-    for (const Ref<OdfStyle>& read : mDocument.readStyles()) {
-      const StyleOrigin* origin = mDocument.originOf(*read);
-      if (read->isAnonymous() && origin->name == encoded && read->familyName() == target.familyName())
-        throw EditError(fmt::format("there is an automatic style '{}' already", mDocument.labelOf(*read)));
-    }
+    refuseTakenName(target, encoded);
     const std::vector<Ref<ZTSStyle>> children = target.children().retainedSnapshot();
     const Ref<OdfStyle> held(&target);
     mDocument.stylesheet().anonymizeStyle(held);

@@ -34,33 +34,71 @@ class Leaving : public ZTSStylesheetObserver {
   ZTSStylesheet& mStylesheet;
 };
 
-/// Own values that count for whether two styles are one; styles among them are compared by identity.
+/// All that a level says; styles in it are told apart by where they are.
+std::string textOfLevel(const OdfStyle& level) {
+  std::string text;
+  if (const Ref<const PropertyMap> own = level.overridePropertyMap()) {
+    for (const PropertyMap::Entry& entry : *own) {
+      const ZTSStyle* style = asStyle(entry.value.get());
+      text += fmt::format("{}={}\n", entry.key.view(),
+                          style != nullptr ? fmt::format("{}", fmt::ptr(style)) : valueText(entry.value.get()));
+    }
+  }
+  return text;
+}
+
+/// Own values that count for whether two styles are one; styles among them are compared by identity, but for the levels
+/// of lists, which are compared by what they say.
 Ref<PropertyMap> comparedValues(const OdfStyle& style, bool ignoresRevisionMarks) {
   const Ref<PropertyMap> values = PropertyMap::make();
   if (const Ref<const PropertyMap> own = style.overridePropertyMap()) {
     for (const PropertyMap::Entry& entry : *own) {
-      if (!ignoresRevisionMarks || !entry.key.view().ends_with("rsid")) values->set(entry.key, entry.value);
+      if (ignoresRevisionMarks && entry.key.view().ends_with("rsid")) continue;
+      const OdfStyle* level = asOdfStyle(static_cast<const NSObject*>(entry.value.get()));
+      if (level == nullptr || level->family() != StyleFamily::listLevel) {
+        values->set(entry.key, entry.value);
+      } else {
+        values->set(entry.key, make<OpaqueValue>(textOfLevel(*level)));
+      }
     }
   }
   return values;
 }
 
-}  // namespace
-
-std::vector<Ref<OdfStyle>> DocumentEditor::dedupe(const DedupeOptions& options) {
-  std::set<const ZTSStyle*> fixed;  // what values refer to, and what nobody here understands
-  for (const ZTDocument::UnknownUse& use : mDocument.unknownUses) fixed.insert(use.style.get());
-  for (const Ref<ZTSStyle>& each : mDocument.stylesheet().retainedStyles()) {
-    if (const Ref<const PropertyMap> own = each->overridePropertyMap()) {
-      for (const PropertyMap::Entry& entry : *own) {
-        if (const ZTSStyle* referred = asStyle(entry.value.get())) fixed.insert(referred);
-        for (const NamedStyle& named :
-             mRules.stylesNamedBy(*asOdfStyle(static_cast<NSObject*>(each.get())), entry.key, *entry.value))
-          fixed.insert(mDocument.referredStyle(partOf(*asOdfStyle(static_cast<NSObject*>(each.get()))), named.family,
-                                               named.name));
-      }
+/// The styles that refer to a style, by that.
+std::unordered_map<const ZTSStyle*, std::vector<const ZTSStyle*>> referringStyles(const ZTSStylesheet& stylesheet) {
+  std::unordered_map<const ZTSStyle*, std::vector<const ZTSStyle*>> referring;
+  for (const Ref<ZTSStyle>& each : stylesheet.retainedStyles()) {
+    const Ref<const PropertyMap> own = each->overridePropertyMap();
+    if (!own) continue;
+    for (const PropertyMap::Entry& entry : *own) {
+      if (const ZTSStyle* referred = asStyle(entry.value.get())) referring[referred].push_back(each.get());
     }
   }
+  return referring;
+}
+
+}  // namespace
+
+// What values refer to or name.
+std::set<const ZTSStyle*> DocumentEditor::namedByValues() const {
+  std::set<const ZTSStyle*> found;
+  for (const Ref<ZTSStyle>& each : mDocument.stylesheet().retainedStyles()) {
+    const OdfStyle& style = *asOdfStyle(static_cast<NSObject*>(each.get()));
+    const Ref<const PropertyMap> own = style.overridePropertyMap();
+    if (!own) continue;
+    for (const PropertyMap::Entry& entry : *own) {
+      if (const ZTSStyle* referred = asStyle(entry.value.get())) found.insert(referred);
+      for (const NamedStyle& named : mRules.stylesNamedBy(style, entry.key, *entry.value))
+        found.insert(mDocument.referredStyle(partOf(style), named.family, named.name));
+    }
+  }
+  return found;
+}
+
+std::vector<Ref<OdfStyle>> DocumentEditor::dedupe(const DedupeOptions& options) {
+  std::set<const ZTSStyle*> fixed = namedByValues();
+  for (const ZTDocument::UnknownUse& use : mDocument.unknownUses) fixed.insert(use.style.get());
   struct Candidate {
     Ref<OdfStyle> style;
     Ref<PropertyMap> values;
@@ -70,8 +108,10 @@ std::vector<Ref<OdfStyle>> DocumentEditor::dedupe(const DedupeOptions& options) 
   std::vector<Ref<OdfStyle>> gone;
   for (const Ref<OdfStyle>& read : mDocument.readStyles()) {
     const StyleOrigin* origin = mDocument.originOf(*read);
-    if (origin->kind != StyleOrigin::Kind::automatic || read->stylesheet() == nullptr || read->isIdentified() ||
-        origin->name.empty() || fixed.contains(read.get()))
+    const bool isList = origin->kind == StyleOrigin::Kind::listStyle;
+    if ((origin->kind != StyleOrigin::Kind::automatic && !(isList && options.mergesLists)) ||
+        read->stylesheet() == nullptr || read->isIdentified() || origin->name.empty() || fixed.contains(read.get()) ||
+        mDocument.continuedLists.contains(read.get()))
       continue;
     Ref<PropertyMap> values = comparedValues(*read, options.ignoresRevisionMarks);
     const std::string key =
@@ -91,7 +131,7 @@ std::vector<Ref<OdfStyle>> DocumentEditor::dedupe(const DedupeOptions& options) 
     const auto answer = answers.find(mDocument.styleUses()[index].style.get());
     if (answer != answers.end()) mDocument.moveUse(index, *answer->second);
   }
-  for (const Ref<OdfStyle>& style : gone) mDocument.stylesheet().removeStyle(style);
+  for (const Ref<OdfStyle>& style : gone) takeOut(*style);
   return gone;
 }
 
@@ -147,24 +187,17 @@ bool DocumentEditor::isMeant(const OdfStyle& style, PropertyKey key) const {
 }
 
 // The style, what inherits from it, and what refers to any of these.
-void DocumentEditor::mean(const OdfStyle& start, const std::set<std::string_view>* keys) {
+void DocumentEditor::mean(const OdfStyle& start, const std::set<std::string_view>* keys, KeepLook keepLook) {
   std::vector<const ZTSStyle*> open = {&start};
   std::set<const ZTSStyle*> seen;
-  std::unordered_map<const ZTSStyle*, std::vector<const ZTSStyle*>> referring;
-  for (const Ref<ZTSStyle>& each : mDocument.stylesheet().retainedStyles()) {
-    if (const Ref<const PropertyMap> own = each->overridePropertyMap()) {
-      for (const PropertyMap::Entry& entry : *own) {
-        if (const ZTSStyle* referred = asStyle(entry.value.get())) referring[referred].push_back(each.get());
-      }
-    }
-  }
+  auto referring = referringStyles(mDocument.stylesheet());
   std::set<const ZTSStyle*> wholly;  // reached by way of a reference: the key that differs is that of the reference
   while (!open.empty()) {
     const ZTSStyle* style = open.back();
     open.pop_back();
     if (!seen.insert(style).second) continue;
-    auto& meant = mMeant[style];
-    const bool isNew = std::none_of(mHeld.begin(), mHeld.end(), [&](const auto& held) { return held.get() == style; });
+    const auto [place, isNew] = mMeant.try_emplace(style);
+    auto& meant = place->second;
     if (isNew) {
       mHeld.emplace_back(asOdfStyle(const_cast<NSObject*>(static_cast<const NSObject*>(style))));
       meant.emplace();
@@ -174,6 +207,7 @@ void DocumentEditor::mean(const OdfStyle& start, const std::set<std::string_view
     } else if (meant) {
       meant->insert(keys->begin(), keys->end());
     }
+    if (style == &start && keepLook == KeepLook::yes) continue;
     for (const Ref<ZTSStyle>& child : style->children().retainedSnapshot()) {
       if (wholly.contains(style)) wholly.insert(child.get());
       open.push_back(child.get());
@@ -195,7 +229,10 @@ void DocumentEditor::refuseUnknownUses(const OdfStyle& style, const char* what) 
 
 void DocumentEditor::moveUses(const OdfStyle& from, OdfStyle& to) {
   for (std::size_t index = 0; index < mDocument.styleUses().size(); ++index) {
-    if (mDocument.styleUses()[index].style == &from) mDocument.moveUse(index, to);
+    const StyleUse& use = mDocument.styleUses()[index];
+    if (use.style != &from) continue;
+    if (to.isAnonymous()) needFonts(to, mDocument, partOf(from), use.part);
+    mDocument.moveUse(index, to);
   }
 }
 

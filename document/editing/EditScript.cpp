@@ -62,7 +62,7 @@ std::vector<EditLine> editLines(std::string_view script) {
   return lines;
 }
 
-void performEdit(DocumentEditor& editor, const std::vector<std::string>& given) {
+void performEdit(DocumentEditor& editor, const std::vector<std::string>& given, const TemplateReader& readTemplate) {
   constexpr std::size_t kAny = static_cast<std::size_t>(-1);
   std::vector<std::string> words = given;
   if (words.empty()) throw EditError("nothing to do");
@@ -70,12 +70,13 @@ void performEdit(DocumentEditor& editor, const std::vector<std::string>& given) 
   words.erase(words.begin());
   const auto takeKeepLook = [&] { return takeOption(words, "--keep-look") ? KeepLook::yes : KeepLook::no; };
   if (edit == "set") {
-    require(words, 2, kAny, "set STYLE PROPERTY=VALUE...");
+    const KeepLook keepLook = takeKeepLook();
+    require(words, 2, kAny, "set [--keep-look] STYLE PROPERTY=VALUE...");
     OdfStyle& style = editor.style(words.front());
     std::vector<DocumentEditor::Assignment> assignments;
     for (std::size_t index = 1; index < words.size(); ++index)
       assignments.push_back(editor.assignment(style, words[index]));
-    editor.set(style, assignments);
+    editor.set(style, assignments, keepLook);
   } else if (edit == "rename") {
     require(words, 2, 2, "rename OLD NEW");
     editor.rename(editor.style(words[0]), words[1]);
@@ -93,20 +94,33 @@ void performEdit(DocumentEditor& editor, const std::vector<std::string>& given) 
     for (const std::string& word : words) editor.remove(editor.style(word), keepLook);
   } else if (edit == "dedupe") {
     const bool ignoresRevisionMarks = takeOption(words, "--ignore-revision-marks");
-    require(words, 0, 0, "dedupe [--ignore-revision-marks]");
-    (void)editor.dedupe({.ignoresRevisionMarks = ignoresRevisionMarks});
+    const bool mergesLists = takeOption(words, "--lists");
+    require(words, 0, 0, "dedupe [--ignore-revision-marks] [--lists]");
+    (void)editor.dedupe({.ignoresRevisionMarks = ignoresRevisionMarks, .mergesLists = mergesLists});
   } else if (edit == "cleanup") {
     const bool keepsNamed = takeOption(words, "--keep-named");
     (void)editor.cleanup({.keepsNamed = keepsNamed, .kept = {words.begin(), words.end()}});
+  } else if (edit == "promote") {
+    require(words, 2, 2, "promote STYLE NAME");
+    (void)editor.promote(editor.style(words[0]), words[1]);
+  } else if (edit == "demote") {
+    require(words, 1, kAny, "demote STYLE...");
+    for (const std::string& word : words) editor.demote(editor.style(word));
+  } else if (edit == "apply") {
+    const bool adds = takeOption(words, "--add");
+    const bool removesOthers = takeOption(words, "--remove-others");
+    require(words, 1, kAny, "apply [--add] [--remove-others] TEMPLATE [STYLE...]");
+    (void)editor.apply(*readTemplate(words.front()),
+                       {.only = {words.begin() + 1, words.end()}, .adds = adds, .removesOthers = removesOthers});
   } else {
     throw EditError(fmt::format("there is no edit '{}'", edit));
   }
 }
 
-void performEdits(DocumentEditor& editor, const std::vector<EditLine>& lines) {
+void performEdits(DocumentEditor& editor, const std::vector<EditLine>& lines, const TemplateReader& readTemplate) {
   for (const EditLine& line : lines) {
     try {
-      performEdit(editor, line.words);
+      performEdit(editor, line.words, readTemplate);
     } catch (const EditError& error) {
       throw EditError(fmt::format("line {}: {}", line.line, error.what()));
     }

@@ -6,6 +6,7 @@
 #include <document/editing/DocumentEditor.h>
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,15 +23,21 @@ struct EditLine {
 /// remark. Throws `EditError` with the line for a quote that does not end.
 std::vector<EditLine> editLines(std::string_view script);
 
+/// How an edit reads the document that it takes styles from.
+using TemplateReader = std::function<Ref<ZTDocument>(const std::string& path)>;
+
 /// Makes one edit. Throws `EditError` for one that is not known, lacks words or cannot be made.
 ///
-///     set STYLE PROPERTY=VALUE...        rename OLD NEW           reparent [--keep-look] STYLE PARENT
-///     merge FROM... INTO                 remove [--keep-look] STYLE...
-///     dedupe [--ignore-revision-marks]   cleanup [--keep-named] [KEPT...]
-void performEdit(DocumentEditor& editor, const std::vector<std::string>& words);
+///     set [--keep-look] STYLE PROPERTY=VALUE...   reparent [--keep-look] STYLE PARENT
+///     rename OLD NEW                              remove [--keep-look] STYLE...
+///     merge FROM... INTO                          promote STYLE NAME
+///     demote STYLE...                             cleanup [--keep-named] [KEPT...]
+///     dedupe [--ignore-revision-marks] [--lists]
+///     apply [--add] [--remove-others] TEMPLATE [STYLE...]
+void performEdit(DocumentEditor& editor, const std::vector<std::string>& words, const TemplateReader& readTemplate);
 
 /// Makes all edits; the first that cannot be made ends it with an `EditError` that tells its line. The caller takes the
 /// others back.
-void performEdits(DocumentEditor& editor, const std::vector<EditLine>& lines);
+void performEdits(DocumentEditor& editor, const std::vector<EditLine>& lines, const TemplateReader& readTemplate);
 
 }  // namespace zt

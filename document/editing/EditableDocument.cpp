@@ -7,15 +7,6 @@ namespace zt {
 
 namespace {
 
-void refuseHalfRead(const ZTDocument& document) {
-  for (const Finding& finding : document.findings) {
-    if (finding.severity == Finding::Severity::error)
-      throw ReadError(finding.place, finding.message + "; half of a document is never written");
-    if (finding.code == "invalid-text")
-      throw ReadError(finding.place, "holds bytes that are no text; it is not written");
-  }
-}
-
 void refuse(const char* what, const std::vector<LookImage::Difference>& differences) {
   if (differences.empty()) return;
   std::string text = what;
@@ -27,6 +18,15 @@ void refuse(const char* what, const std::vector<LookImage::Difference>& differen
 }
 
 }  // namespace
+
+void refuseHalfRead(const ZTDocument& document) {
+  for (const Finding& finding : document.findings) {
+    if (finding.severity == Finding::Severity::error)
+      throw ReadError(finding.place, finding.message + "; half of a document is never written");
+    if (finding.code == "invalid-text")
+      throw ReadError(finding.place, "holds bytes that are no text; it is not written");
+  }
+}
 
 EditableDocument::EditableDocument(DocumentSource source, Ref<ZTDocument> document, const EditingRules& rules)
     : mSource(std::move(source)),
@@ -44,6 +44,12 @@ std::vector<XmlPart> EditableDocument::writtenParts() {
   std::vector<XmlPart> parts = written(mEdits);
   if (!mEdits.empty()) check(parts);
   return parts;
+}
+
+std::vector<LookImage::Difference> EditableDocument::changedLooks(std::size_t most) const {
+  const auto styleNow = [this](std::size_t use) { return mDocument->styleUses()[use].style.get(); };
+  return mLooks.differencesTo(
+      *mDocument, styleNow, [](const OdfStyle&, PropertyKey) { return false; }, most);
 }
 
 void EditableDocument::check(std::vector<XmlPart> parts) const {

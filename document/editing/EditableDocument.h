@@ -41,6 +41,10 @@ struct ShownEdit {
   std::string after;
 };
 
+/// Throws `ReadError` for a document with a finding that says that something of it could not be read: half of one is
+/// never written.
+void refuseHalfRead(const ZTDocument& document);
+
 /// A document of any format that can be edited and saved in the form in which it was read. Holds its bytes.
 ///
 /// What is common to all formats is here: the edits are operations on the document model, what would be written is read
@@ -62,12 +66,15 @@ class EditableDocument {
   /// What `writtenParts` edited, in the order of the parts.
   [[nodiscard]] const std::vector<ShownEdit>& edits() const noexcept { return mEdits; }
 
+  /// What text looks like otherwise than when the document was opened, at most `most` differences of it.
+  [[nodiscard]] std::vector<LookImage::Difference> changedLooks(std::size_t most) const;
+
   /// Saves it as `out` in the form in which it was read. A file is replaced in one step. Throws `EditError` for what is
   /// refused and `ZTAArchiveException` for what fails; the old file is there then, whole.
   void save(const SaveOptions& options);
 
  protected:
-  /// Throws `ReadError` for a document with a finding that is an error: half of one is never written.
+  /// Throws as `refuseHalfRead`.
   EditableDocument(DocumentSource source, Ref<ZTDocument> document, const EditingRules& rules = modelEditingRules());
 
   [[nodiscard]] const DocumentSource& source() const noexcept { return mSource; }

@@ -26,7 +26,7 @@ std::string beginningOf(const fs::path& path) {
 }  // namespace
 
 EditableOpenDocument::EditableOpenDocument(Package package, DocumentSource source)
-    : EditableDocument(std::move(source), documentOf(std::move(package))) {}
+    : EditableDocument(std::move(source), documentOf(std::move(package))), mFonts(document().declaredFonts()) {}
 
 std::unique_ptr<EditableDocument> EditableOpenDocument::open(const fs::path& path) {
   Package package = Package::read(path);
@@ -43,11 +43,12 @@ std::unique_ptr<EditableDocument> EditableOpenDocument::fromFlatText(std::string
 }
 
 std::vector<XmlPart> EditableOpenDocument::written(std::vector<ShownEdit>& shown) {
-  mDifference.emplace(document(), before());
-  std::vector<XmlPart> parts = source().parts;
-  for (std::size_t index = 0; index < parts.size(); ++index) {
-    if (!mDifference->parts()[index].isEmpty())
-      parts[index].bytes = writtenPart(source().parts[index], index, *mDifference, shown);
+  mDifference.emplace(document(), before(), mFonts);
+  std::vector<XmlPart> parts;
+  for (std::size_t index = 0; index < source().parts.size(); ++index) {
+    const XmlPart& part = source().parts[index];
+    const bool isSame = mDifference->parts()[index].isEmpty();
+    parts.push_back({part.name, part.shown, isSame ? part.bytes : writtenPart(part, index, *mDifference, shown)});
   }
   return parts;
 }

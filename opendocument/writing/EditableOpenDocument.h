@@ -30,6 +30,7 @@ class EditableOpenDocument final : public EditableDocument {
   [[nodiscard]] bool isReplaceable(const std::filesystem::path& path) const override;
   [[nodiscard]] bool isSignature(std::string_view entry) const override;
 
+  ZTDocument::Fonts mFonts;                    // as they were read
   std::optional<StyleDifference> mDifference;  // of the parts that were written last
 };
 

@@ -11,6 +11,8 @@
 #include <opendocument/writing/StyleElement.h>
 #include <opendocument/writing/StyleWriter.h>
 
+#include <fmt/format.h>
+
 #include <algorithm>
 
 namespace zt {
@@ -28,18 +30,7 @@ class PartWriter {
 
   XmlSplices run() {
     while (mScanner.next()) {
-      if (!mScanner.isStart()) {
-        endElement();
-        continue;
-      }
-      if (mScanner.depth() == 2) startSection();
-      if (mScanner.depth() < 3) continue;
-      const bool isInStyles = mSection == Section::named || mSection == Section::automatic;
-      if (isInStyles && mScanner.depth() == 3) {
-        if (!startInStyles()) followNames();
-      } else if (mSection != Section::other && !mIsInStyle) {
-        followNames();
-      }
+      mScanner.isStart() ? startElement() : endElement();
     }
     if (!mWroteNamed && !mPart.newNamed.empty()) throw EditError("the document has no place for named styles");
     if (!mWroteAutomatic && !mPart.newAutomatic.empty())
@@ -48,17 +39,37 @@ class PartWriter {
   }
 
  private:
-  enum class Section : std::uint8_t { other, named, automatic, text };
+  enum class Section : std::uint8_t { other, fonts, named, automatic, text };
+
+  void startElement() {
+    if (mScanner.depth() == 2) startSection();
+    if (mScanner.depth() < 3) return;
+    const bool isInStyles = mSection == Section::named || mSection == Section::automatic;
+    if (mSection == Section::fonts) {
+      if (mScanner.depth() == 3) startFont();
+    } else if (isInStyles && mScanner.depth() == 3) {
+      if (!startInStyles()) followNames();
+    } else if (mSection != Section::other && !mIsInStyle) {
+      followNames();
+    }
+  }
 
   void startSection() {
     mSection = Section::other;
     if (mScanner.prefix() != "office") return;
     const std::string_view name = mScanner.name();
+    if (name == "font-face-decls") mSection = Section::fonts;
     if (name == "styles") mSection = Section::named;
     if (name == "automatic-styles") mSection = Section::automatic;
     if (name == "body" || name == "master-styles") mSection = Section::text;
     mSectionTag = {mScanner.start(), mScanner.end(), mScanner.isEmpty(), std::string(mScanner.written())};
     mDeclared = mScanner.declared();
+    // Declarations of fonts stand before all of these, where the part has had none so far.
+    if (mSection != Section::other && mSection != Section::fonts && !mWroteFonts && !mPart.newFonts.empty()) {
+      mWroteFonts = true;
+      const std::string section = "<office:font-face-decls>" + newFonts() + "</office:font-face-decls>";
+      mEdits.put(mScanner.start(), mScanner.start(), mEdits.fitted(mDeclared, section));
+    }
     // Automatic styles stand before these, where the part has had none so far.
     if (mSection == Section::text && !mWroteAutomatic && !mPart.newAutomatic.empty()) {
       mWroteAutomatic = true;
@@ -71,22 +82,42 @@ class PartWriter {
   void endElement() {
     if (mScanner.depth() == 3) mIsInStyle = false;
     if (mScanner.depth() != 2) return;
-    if (mSection == Section::named && !mWroteNamed) append(mPart.newNamed, mWroteNamed);
-    if (mSection == Section::automatic && !mWroteAutomatic) append(mPart.newAutomatic, mWroteAutomatic);
+    if (mSection == Section::fonts && !mWroteFonts) append(newFonts(), mWroteFonts);
+    if (mSection == Section::named && !mWroteNamed) append(mStyles.newStyles(mPart.newNamed), mWroteNamed);
+    if (mSection == Section::automatic && !mWroteAutomatic)
+      append(mStyles.newStyles(mPart.newAutomatic), mWroteAutomatic);
     mSection = Section::other;
   }
 
   // At the end of a section.
-  void append(const std::vector<const OdfStyle*>& styles, bool& wrote) {
+  void append(const std::string& elements, bool& wrote) {
     wrote = true;
-    if (styles.empty()) return;
-    const std::string text = mEdits.fitted(mDeclared, "<office:x>" + mStyles.newStyles(styles) + "</office:x>");
+    if (elements.empty()) return;
+    const std::string text = mEdits.fitted(mDeclared, "<office:x>" + elements + "</office:x>");
     const std::size_t from = text.find('>') + 1;
     const std::string inner = text.substr(from, text.rfind("</") - from);
     if (text.substr(0, from).find("xmlns") != std::string::npos)
       throw EditError("a namespace that a new style needs is not declared in the document");
     if (!mSectionTag.isEmpty) return mEdits.put(mScanner.start(), mScanner.start(), inner);
     mEdits.put(mSectionTag.end - 2, mSectionTag.end, '>' + inner + "</" + mSectionTag.written + '>');
+  }
+
+  // A declaration that holds more, such as where the font is embedded, stays.
+  void startFont() {
+    if (mPart.goneFonts.empty() || !mScanner.is("style", "font-face")) return;
+    const std::unique_ptr<PlacedElement> element = readElement(mScanner);
+    const PlacedElement::Attribute* name = element->attribute("style", "name");
+    if (name != nullptr && mPart.goneFonts.contains(name->value) && element->children.empty()) mEdits.remove(*element);
+  }
+
+  [[nodiscard]] std::string newFonts() const {
+    std::string text;
+    for (const auto& [name, family] : mPart.newFonts) {
+      const bool needsQuotes = family.find(' ') != std::string::npos;
+      text += fmt::format("<style:font-face style:name=\"{}\" svg:font-family=\"{}\"/>", escapedAttribute(name),
+                          escapedAttribute(needsQuotes ? '\'' + family + '\'' : family));
+    }
+    return text;
   }
 
   /// Whether the element is one of styles, whose inside is the styles' own affair.
@@ -100,6 +131,9 @@ class PartWriter {
     mIsInStyle = false;
     if (found->second.isRemoved) {
       mEdits.remove(*element);
+    } else if (found->second.isRewritten) {
+      mEdits.put(element->start, element->end,
+                 mEdits.fitted(*element->declared, mStyles.newList(*found->second.style->style)));
     } else {
       mStyles.edit(*element, found->second);
     }
@@ -136,6 +170,7 @@ class PartWriter {
   std::vector<XmlDeclaredPrefix> mDeclared;
   std::size_t mElement = 0;
   bool mIsInStyle = false;
+  bool mWroteFonts = false;
   bool mWroteNamed = false;
   bool mWroteAutomatic = false;
 };

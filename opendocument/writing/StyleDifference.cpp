@@ -17,13 +17,30 @@ bool isRoot(const StringRef& identifier) {
   return identifier.isPresent() && identifier.view().find(':') == std::string_view::npos;
 }
 
+/// Whether the styles among two sets of values are the same.
+bool haveSameStyles(const PropertyMap& first, const PropertyMap& second) {
+  for (const auto& [one, other] : {std::pair(&first, &second), std::pair(&second, &first)}) {
+    for (const PropertyMap::Entry& entry : *one) {
+      if (asStyle(entry.value.get()) != nullptr && other->find(entry.key) != entry.value.get()) return false;
+    }
+  }
+  return true;
+}
+
 }  // namespace
 
-StyleDifference::StyleDifference(const ZTDocument& document, const std::vector<StyleAsRead>& before)
+StyleDifference::StyleDifference(const ZTDocument& document, const std::vector<StyleAsRead>& before,
+                                 const ZTDocument::Fonts& fontsBefore)
     : mDocument(document), mParts(document.parts.size()) {
   for (const StyleAsRead& each : before) compare(each);
   findNewStyles(before);
   findUses();
+  for (const auto& [place, family] : document.declaredFonts()) {
+    if (!fontsBefore.contains(place)) mParts[place.first].newFonts.emplace(place.second, family);
+  }
+  for (const auto& [place, family] : fontsBefore) {
+    if (!document.declaredFonts().contains(place)) mParts[place.first].goneFonts.insert(place.second);
+  }
 }
 
 bool StyleDifference::isEmpty() const {
@@ -50,6 +67,8 @@ void StyleDifference::compare(const StyleAsRead& before) {
   Element& element = mParts[origin->part].elements[origin->element];
   element.style = &before;
   element.isRemoved = isGone || hasMoved;
+  element.isRewritten =
+      style.family() == StyleFamily::list && !isGone && !haveSameStyles(*before.own, *ownValuesOf(style));
 }
 
 void StyleDifference::findNewStyles(const std::vector<StyleAsRead>& before) {
@@ -71,7 +90,7 @@ void StyleDifference::findNewStyles(const std::vector<StyleAsRead>& before) {
                                  (found == read.end() || !areSameValues(*found->second->own, *ownValuesOf(*style)))
                            : found == read.end() || !found->second->identifier.isPresent();
     if (!isNew) continue;
-    if (style->family() == StyleFamily::list || style->family() == StyleFamily::listLevel ||
+    if (style->family() == StyleFamily::listLevel || (isMadeRoot && style->family() == StyleFamily::list) ||
         (isMadeRoot && style->family() == StyleFamily::other))
       throw EditError(fmt::format("{} cannot be written as a new style", mDocument.labelOf(*style)));
     mParts[named].newNamed.push_back(style);

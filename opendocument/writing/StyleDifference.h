@@ -5,6 +5,7 @@
 #include <document/editing/StylesAsRead.h>
 
 #include <map>
+#include <set>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -16,21 +17,26 @@ namespace zt {
 class StyleDifference {
  public:
   /// `named` is the part in which named styles stand. Throws `EditError` for what no file can say.
-  StyleDifference(const ZTDocument& document, const std::vector<StyleAsRead>& before);
+  StyleDifference(const ZTDocument& document, const std::vector<StyleAsRead>& before,
+                  const ZTDocument::Fonts& fontsBefore);
 
   struct Element {
     const StyleAsRead* style = nullptr;  ///< none: only levels of the list changed
     bool isRemoved = false;
+    bool isRewritten = false;  ///< a list that has other levels: its element is made anew
     std::vector<std::pair<std::size_t, const StyleAsRead*>> levels;  ///< by the number of the child element
   };
   struct Part {
     std::map<std::size_t, Element> elements;                 ///< by the number of the style element
     std::unordered_map<std::string, std::string> usedNames;  ///< "family:name" in the text to what it is called now
+    std::map<std::string, std::string> newFonts;             ///< to their families
+    std::set<std::string> goneFonts;
     std::vector<const OdfStyle*> newNamed;
     std::vector<const OdfStyle*> newAutomatic;
 
     [[nodiscard]] bool isEmpty() const {
-      return elements.empty() && usedNames.empty() && newNamed.empty() && newAutomatic.empty();
+      return elements.empty() && newFonts.empty() && goneFonts.empty() && usedNames.empty() && newNamed.empty() &&
+             newAutomatic.empty();
     }
   };
   [[nodiscard]] const std::vector<Part>& parts() const noexcept { return mParts; }

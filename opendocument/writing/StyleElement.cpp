@@ -138,11 +138,11 @@ void ElementEdits::addChild(const PlacedElement& parent, const PlacedElement* af
     const std::size_t place = after != nullptr ? after->end : parent.contentEnd;
     return put(place, place, child);
   }
-  // The slash gives way to the end tag, which has to follow all that is put in: that is done when the last is known.
-  const bool isOpened = std::find(mOpened.begin(), mOpened.end(), &parent) != mOpened.end();
-  if (isOpened) throw EditError("an element without content got two children");
-  mOpened.push_back(&parent);
-  put(parent.tagEnd - 2, parent.tagEnd, '>' + child + "</" + parent.written + '>');
+  // The slash gives way to the end of the tag and what closed it to the end tag: more can be put in between.
+  const std::size_t place = parent.tagEnd - 1;
+  if (!mOpened.insert(parent.start).second) return put(place, place, child);
+  put(place - 1, place, '>' + child);
+  put(place, parent.tagEnd, "</" + parent.written + '>');
 }
 
 std::string ElementEdits::fitted(const std::vector<XmlDeclaredPrefix>& declared, const std::string& text) const {

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -71,7 +72,7 @@ class ElementEdits {
 
   XmlSplices& mSplices;
   bool mIsAscii;
-  std::vector<const PlacedElement*> mOpened;  // that closed themselves and have got children
+  std::set<std::size_t> mOpened;  // where elements start that closed themselves and have got children
 };
 
 }  // namespace zt

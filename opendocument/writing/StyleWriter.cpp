@@ -240,6 +240,7 @@ std::string StyleWriter::newStyles(const std::vector<const OdfStyle*>& styles) c
 }
 
 std::string StyleWriter::newStyle(const OdfStyle& style) const {
+  if (style.family() == StyleFamily::list) return newList(style);
   const bool isRoot = isIdentifiedRoot(style);
   const auto attribute = [](std::string_view name, std::string_view value) {
     return fmt::format(" {}=\"{}\"", name, escapedAttribute(value));
@@ -256,24 +257,49 @@ std::string StyleWriter::newStyle(const OdfStyle& style) const {
   const std::string_view parent = style.parentIdentifier().view();
   if (!isRoot && parent.find(':') != std::string_view::npos)
     tag += attribute("style:parent-style-name", parent.substr(parent.find(':') + 1));
-  std::map<std::pair<int, std::string>, Properties> groups;
+  const Properties content = propertiesOf(style, "style");
+  tag += content.attributes;
+  return content.children.empty() ? tag + "/>" : tag + '>' + content.children + "</" + element + '>';
+}
+
+StyleWriter::Properties StyleWriter::propertiesOf(const OdfStyle& style, std::string_view ownGroup) const {
   Properties own;
+  std::map<std::pair<int, std::string>, Properties> groups;
   const Ref<const PropertyMap> values = valuesOf(style);
   for (const PropertyMap::Entry& entry : *values) {
-    if (entry.key == keys::otherFamily()) continue;
     const Property property = propertyFor(entry.key, entry.value.get());
+    if (entry.key == keys::otherFamily() || property.name == "element" ||
+        (ownGroup == "list" && property.name.starts_with("level-")))
+      continue;
     const std::string text = textOf(style, entry.key, *entry.value);
-    Properties& group = property.group == "style" ? own : groups[{rankOf(property.group), property.group}];
+    Properties& group = property.group == ownGroup ? own : groups[{rankOf(property.group), property.group}];
     group.add(property, text);
   }
-  tag += own.attributes;
-  std::string content;
+  std::string children;
   for (const auto& [place, group] : groups) {
-    content += fmt::format("<style:{0}-properties{1}>{2}</style:{0}-properties>", place.second, group.attributes,
-                           group.children);
+    children += fmt::format("<style:{0}-properties{1}>{2}</style:{0}-properties>", place.second, group.attributes,
+                            group.children);
   }
-  content += own.children;
-  return content.empty() ? tag + "/>" : tag + '>' + content + "</" + element + '>';
+  own.children.insert(0, children);
+  return own;
+}
+
+std::string StyleWriter::newList(const OdfStyle& list) const {
+  const bool isOutline = list.isIdentified() && list.identifier().view().starts_with("outline:");
+  const std::string element = isOutline ? "text:outline-style" : "text:list-style";
+  const std::string name = mDifference.nameIn(mPart, list);
+  std::string tag = fmt::format("<{} style:name=\"{}\"", element, escapedAttribute(name));
+  if (list.isIdentified() && list.name().view() != name)
+    tag += fmt::format(" style:display-name=\"{}\"", escapedAttribute(list.name().view()));
+  std::string levels;
+  for (std::size_t position = 1; position <= keys::kListLevels; ++position) {
+    const OdfStyle* level = asOdfStyle(list.p_overrideValueForProperty(keys::listLevel(position)));
+    if (level == nullptr) continue;
+    const std::string kind = valueText(level->p_overrideValueForProperty(PropertyKey("level.style.element")));
+    const Properties content = propertiesOf(*level, "level");
+    levels += fmt::format("<text:{0}{1}>{2}</text:{0}>", kind, content.attributes, content.children);
+  }
+  return fmt::format("{0}{1}>{2}</{3}>", tag, propertiesOf(list, "list").attributes, levels, element);
 }
 
 }  // namespace zt

@@ -18,6 +18,8 @@ class StyleWriter {
 
   /// Edits the element of a style or list style.
   void edit(const PlacedElement& element, const StyleDifference::Element& change);
+  /// The element of a list with all its levels, with standard prefixes.
+  [[nodiscard]] std::string newList(const OdfStyle& list) const;
   /// Elements of new styles, with standard prefixes.
   [[nodiscard]] std::string newStyles(const std::vector<const OdfStyle*>& styles) const;
 
@@ -37,6 +39,7 @@ class StyleWriter {
                     const std::optional<std::string>& value);
   void addPropertyElement(const PlacedElement& element, const std::string& group, const std::string& text);
   [[nodiscard]] std::string newStyle(const OdfStyle& style) const;
+  [[nodiscard]] Properties propertiesOf(const OdfStyle& style, std::string_view ownGroup) const;
   [[nodiscard]] std::string textOf(const OdfStyle& style, PropertyKey key, const NSObject& value) const;
   static Property propertyFor(PropertyKey key, const NSObject* value);
 

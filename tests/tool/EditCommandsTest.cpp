@@ -82,4 +82,109 @@ TEST(EditCommandsTest, AScriptIsMadeAsAWholeOrNotAtAll) {
               testing::HasSubstr("line 2: a quote"));
 }
 
+TEST(EditCommandsTest, LooksGetANameAndLoseIt) {
+  const TemporaryFolder folder;
+  const std::string file = folder.write("letter.fodt", letter());
+  const std::string out = (folder / "out.fodt").string();
+  // Both automatic styles say nothing of their own; the first becomes the named one, in the place of named styles.
+  EXPECT_EQ(runTool({"promote", file, "P1", "Fine print", "-o", out}).code, 0);
+  EXPECT_THAT(contentOf(out), testing::HasSubstr("style:display-name=\"Fine print\" style:family=\"paragraph\" "
+                                                 "style:parent-style-name=\"Body\"/></office:styles>"));
+  EXPECT_THAT(contentOf(out), testing::HasSubstr("<text:p text:style-name=\"Fine_20_print\"/><text:p "
+                                                 "text:style-name=\"Fine_20_print\"/>"));
+  EXPECT_THAT(contentOf(out), testing::Not(testing::AnyOf(testing::HasSubstr("P1"), testing::HasSubstr("P2"))));
+  const std::string back = (folder / "back.fodt").string();
+  EXPECT_EQ(runTool({"demote", out, "Fine print", "-o", back}).code, 0);
+  EXPECT_THAT(contentOf(back), testing::Not(testing::HasSubstr("Fine")));
+  EXPECT_THAT(contentOf(back), testing::HasSubstr("style:name=\"P1\" style:family=\"paragraph\" "
+                                                  "style:parent-style-name=\"Body\"/></office:automatic-styles>"));
+  for (const std::vector<std::string>& words : std::initializer_list<std::vector<std::string>>{
+           {"promote", file, "Quote", "X"}, {"promote", file, "P1", "Quote"}, {"demote", file, "P1"}})
+    EXPECT_EQ(runTool(words).code, 2) << words.front();
+}
+
+TEST(EditCommandsTest, WhatInheritsKeepsItsLookWhereItIsAsked) {
+  const TemporaryFolder folder;
+  const std::string file = folder.write("letter.fodt", letter());
+  const std::string out = (folder / "out.fodt").string();
+  EXPECT_EQ(runTool({"set", file, "Body", "text.fo.font-size=20pt", "--keep-look", "-o", out}).code, 0);
+  for (const char* style : {"Quote", "flat:paragraph:P1"}) {
+    const auto explained = runTool({"explain", "--json", out, style}).json();
+    EXPECT_EQ(explained["styles"][0]["values"]["text.fo.font-size"], "10pt") << style;
+  }
+}
+
+// A list with a bullet of its own, a style that uses it, one that inherits from a style that the letter lacks.
+std::string house() {
+  return flat(
+      "<style:style style:name=\"Sign\" style:family=\"text\"/>"
+      "<text:list-style style:name=\"Dashes\"><text:list-level-style-bullet text:level=\"1\" text:style-name=\"Sign\" "
+      "text:bullet-char=\"-\"><style:list-level-properties text:space-before=\"1cm\"/></text:list-level-style-bullet>"
+      "</text:list-style>" +
+      paragraphStyle("Base", "><style:text-properties fo:color=\"#ff0000\"/></style:style>") +
+      paragraphStyle("Body", " style:parent-style-name=\"Base\" style:list-style-name=\"Dashes\"/>") +
+      paragraphStyle("Extra"));
+}
+
+TEST(EditCommandsTest, StylesOfATemplateTakeThePlaceOfThoseOfTheSameName) {
+  const TemporaryFolder folder;
+  const std::string file = folder.write("letter.fodt", letter());
+  const std::string from = folder.write("house.fodt", house());
+  const std::string out = (folder / "out.fodt").string();
+  const ToolRun run = runTool({"apply", file, "--from", from, "-o", out});
+  EXPECT_EQ(run.code, 0) << run.err;
+  EXPECT_THAT(run.out, testing::HasSubstr("text.fo.color (none) -> #ff0000"));
+  const std::string text = contentOf(out);
+  EXPECT_THAT(text, testing::HasSubstr("<style:style style:name=\"Body\" style:family=\"paragraph\" "
+                                       "style:parent-style-name=\"Base\" style:list-style-name=\"Dashes\">"));
+  EXPECT_THAT(text, testing::HasSubstr("<text:list-style style:name=\"Dashes\"><text:list-level-style-bullet "
+                                       "text:level=\"1\""));
+  EXPECT_THAT(text, testing::HasSubstr("\"Unused\""));
+  EXPECT_THAT(text, testing::Not(testing::HasSubstr("Extra")));
+  EXPECT_EQ(runTool({"apply", out, "--from", from}).out, "nothing would change\n");
+  const std::string all = (folder / "all.fodt").string();
+  EXPECT_EQ(runTool({"apply", file, "--from", from, "--add", "--remove-others", "-o", all}).code, 0);
+  EXPECT_THAT(contentOf(all), testing::HasSubstr("\"Extra\""));
+  EXPECT_THAT(contentOf(all), testing::Not(testing::AnyOf(testing::HasSubstr("Unused"), testing::HasSubstr("Quote"))));
+  EXPECT_THAT(runTool({"apply", file, "--from", from, "--only", "Nobody"}).err,
+              testing::HasSubstr("no style 'Nobody'"));
+}
+
+TEST(EditCommandsTest, ListsBecomeOneOnlyOnRequestAndOnlyWhereNoneIsContinued) {
+  const auto list = [](const std::string& name) {
+    return "<text:list-style style:name=\"" + name +
+           "\"><text:list-level-style-number text:level=\"1\" style:num-format=\"1\"/></text:list-style>";
+  };
+  const auto text = [](const std::string& second) {
+    return "<text:list text:style-name=\"L1\"/><text:list text:style-name=\"L2\"" + second + "/>";
+  };
+  const TemporaryFolder folder;
+  const std::string apart = folder.write("apart.fodt", flat({}, list("L1") + list("L2"), text({})));
+  const std::string continued =
+      folder.write("continued.fodt", flat({}, list("L1") + list("L2"), text(" text:continue-numbering=\"true\"")));
+  EXPECT_THAT(runTool({"dedupe", apart, "--dry-run"}).out, testing::HasSubstr("0 automatic styles"));
+  EXPECT_THAT(runTool({"dedupe", apart, "--lists", "--dry-run"}).out, testing::HasSubstr("1 automatic styles"));
+  EXPECT_THAT(runTool({"dedupe", continued, "--lists", "--dry-run"}).out, testing::HasSubstr("0 automatic styles"));
+}
+
+TEST(EditCommandsTest, NoArchiveTakesThePlaceOfALetter) {
+  const TemporaryFolder folder;
+  const std::string file = folder.write("letter.fodt", letter());
+  const std::string named = folder.write("letter.zts", letter());
+  for (const std::vector<std::string>& words :
+       std::initializer_list<std::vector<std::string>>{{"convert", file, file},
+                                                       {"normalize", file, "--out", file},
+                                                       {"cleanup", file, "-o", named},
+                                                       {"dedupe", file, "-o", named},
+                                                       {"cleanup", file, "-o", file}}) {
+    EXPECT_EQ(runTool(words).code, 2) << words.front();
+    EXPECT_EQ(contentOf(file), letter());
+    EXPECT_EQ(contentOf(named), letter());
+  }
+  EXPECT_NE(runTool({"cleanup", file, "-o", named, "--force"}).code, 2);
+  EXPECT_THAT(contentOf(named), testing::HasSubstr("zt:archive"));
+  const std::string cut = folder.write("cut.fodt", letter().substr(0, letter().size() / 2));
+  EXPECT_EQ(runTool({"convert", cut, (folder / "cut.zts").string()}).code, 3);
+}
+
 }  // namespace

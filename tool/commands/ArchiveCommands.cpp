@@ -6,6 +6,7 @@
 #include <insight/difference/DocumentDiff.h>
 #include <tool/Formats.h>
 #include <tool/commands/Commands.h>
+#include <tool/commands/WriteOptions.h>
 #include <tool/console/Report.h>
 
 #include <ostream>
@@ -20,6 +21,7 @@ class ConvertCommand : public Command {
     CLI::App* command = tool.add_subcommand("convert", "Write the styles of a document as an archive");
     command->add_option("IN", mIn, "The document, or an archive")->required();
     command->add_option("OUT", mOut, "The archive; replaced in one step where it exists")->required();
+    command->add_flag("--force", mIsForced, "OUT may be something that is no archive");
     command->add_flag("--gzip", mIsCompressed, "Compress it; so does a name that ends in .gz");
     command->add_option("--format", mVersion, "The version of the archive, for older readers")->check(CLI::Range(1, 2));
     command->footer(
@@ -32,6 +34,7 @@ class ConvertCommand : public Command {
 
   ExitCode run(const Console& console) override {
     const Ref<ZTDocument> document = readDocument(mIn);
+    refuseArchive(*document, mOut, mIsForced);
     saveArchive(*document, mOut,
                 {.version = mVersion, .compression = mIsCompressed ? ZTACompression::gzip : compressionForName(mOut)});
     printFindings(document->findings, console);
@@ -41,6 +44,7 @@ class ConvertCommand : public Command {
  private:
   std::string mIn;
   std::string mOut;
+  bool mIsForced = false;
   bool mIsCompressed = false;
   std::uint64_t mVersion = kArchiveVersion;
 };
@@ -51,6 +55,7 @@ class NormalizeCommand : public Command {
     CLI::App* command = tool.add_subcommand("normalize", "Write an archive in an order that compares well as text");
     command->add_option("FILE", mFile, "The document, or an archive")->required();
     command->add_option("--out", mOut, "Where to; the output without it");
+    command->add_flag("--force", mIsForced, "OUT may be something that is no archive");
     command->footer(
         "Styles stand by depth and identifier, properties by name, and nothing depends on lines of the original.\n"
         "Examples:\n"
@@ -64,6 +69,7 @@ class NormalizeCommand : public Command {
     if (mOut.empty()) {
       console.out << archiveBytes(*document, {.isDiffable = true});
     } else {
+      refuseArchive(*document, mOut, mIsForced);
       saveArchive(*document, mOut, {.isDiffable = true});
     }
     printFindings(document->findings, console);
@@ -73,6 +79,7 @@ class NormalizeCommand : public Command {
  private:
   std::string mFile;
   std::string mOut;
+  bool mIsForced = false;
 };
 
 class DiffCommand : public Command {

@@ -25,6 +25,7 @@ class CleanupCommand : public Command {
                    "Write the document without them; an archive of the styles that are left if OUT ends in .zts "
                    "(.zts.gz: packed)");
     command->add_flag("--keep-named", mKeepsNamed, "Only automatic styles and list levels go");
+    command->add_flag("--fonts", mCleansFonts, "In a document that is written, unused declarations of fonts go, too");
     command->add_option("--keep", mKept, "A style that stays. May be given several times")->allow_extra_args(false);
     command->add_flag("--json", mAsJson, "Write one JSON object: what is removed, how many are left");
     command->footer(
@@ -44,43 +45,62 @@ class CleanupCommand : public Command {
     const Ref<ZTDocument> document = editable ? Ref<ZTDocument>(&editable->document()) : readDocument(mFile);
     const std::size_t before = document->stylesheet().styles().count();
     std::vector<Ref<OdfStyle>> removed;
+    std::vector<std::string> fonts;
+    DocumentEditor plain(*document);
+    DocumentEditor& editor = editable ? editable->editor() : plain;
     document->undoManager()->performInGroup([&] {
-      removed = DocumentEditor(*document).cleanup({.keepsNamed = mKeepsNamed, .kept = {mKept.begin(), mKept.end()}});
+      removed = editor.cleanup({.keepsNamed = mKeepsNamed, .kept = {mKept.begin(), mKept.end()}});
+      if (mCleansFonts) fonts = editor.cleanupFonts();
     });
     if (!editable && !mOptions.out().empty()) {
-      mOptions.refuseArchiveOverOthers();
+      refuseArchive(*document, mOptions.out(), mOptions.isForced());
       saveArchive(*document, mOptions.out(), {.compression = compressionForName(mOptions.out())});
     }
+    if (editable && !mOptions.areDry()) mOptions.finish(*editable, mFile, console);
     if (mAsJson) {
-      nlohmann::ordered_json json{{"document", document->shown}, {"before", before}, {"left", before - removed.size()}};
-      json["removed"] = nlohmann::ordered_json::array();
-      for (const Ref<OdfStyle>& style : removed) {
-        json["removed"].push_back({{"style", document->labelOf(*style)},
-                                   {"family", style->familyName()},
-                                   {"place", document->placeOf(*style).text()}});
-      }
-      json["findings"] = findingsAsJson(document->findings);
-      printJson(json, console);
+      printJson(asJson(*document, before, removed, fonts), console);
     } else {
-      std::map<std::string, std::size_t> byFamily;
-      for (const Ref<OdfStyle>& style : removed) {
-        ++byFamily[style->familyName()];
-        console.out << document->labelOf(*style) << console.faint("  " + document->placeOf(*style).text()) << '\n';
-      }
-      if (!removed.empty()) console.out << '\n';
-      for (const auto& [family, count] : byFamily) console.out << fmt::format("{:<20} {:>8}\n", family, count);
-      console.out << fmt::format("{} of {} styles are used by nothing\n", removed.size(), before);
+      print(*document, before, removed, fonts, console);
     }
-    if (editable && !(mAsJson && mOptions.areDry())) mOptions.finish(*editable, mFile, console);
+    if (editable && !mAsJson && mOptions.areDry()) mOptions.finish(*editable, mFile, console);
     printFindings(document->findings, console);
     return codeFor(document->findings);
   }
 
  private:
+  void print(const ZTDocument& document, std::size_t before, const std::vector<Ref<OdfStyle>>& removed,
+             const std::vector<std::string>& fonts, const Console& console) const {
+    std::map<std::string, std::size_t> byFamily;
+    for (const Ref<OdfStyle>& style : removed) {
+      ++byFamily[style->familyName()];
+      console.out << document.labelOf(*style) << console.faint("  " + document.placeOf(*style).text()) << '\n';
+    }
+    if (!removed.empty()) console.out << '\n';
+    for (const auto& [family, count] : byFamily) console.out << fmt::format("{:<20} {:>8}\n", family, count);
+    console.out << fmt::format("{} of {} styles are used by nothing\n", removed.size(), before);
+    if (mCleansFonts) console.out << fmt::format("{} declarations of fonts are used by nothing\n", fonts.size());
+  }
+
+  [[nodiscard]] nlohmann::ordered_json asJson(const ZTDocument& document, std::size_t before,
+                                              const std::vector<Ref<OdfStyle>>& removed,
+                                              const std::vector<std::string>& fonts) const {
+    nlohmann::ordered_json json{{"document", document.shown}, {"before", before}, {"left", before - removed.size()}};
+    json["removed"] = nlohmann::ordered_json::array();
+    for (const Ref<OdfStyle>& style : removed) {
+      json["removed"].push_back({{"style", document.labelOf(*style)},
+                                 {"family", style->familyName()},
+                                 {"place", document.placeOf(*style).text()}});
+    }
+    if (mCleansFonts) json["fonts"] = fonts;
+    json["findings"] = findingsAsJson(document.findings);
+    return json;
+  }
+
   std::string mFile;
   WriteOptions mOptions;
   std::vector<std::string> mKept;
   bool mKeepsNamed = false;
+  bool mCleansFonts = false;
   bool mAsJson = false;
 };
 

@@ -27,13 +27,16 @@ class DedupeCommand : public Command {
                    "(.zts.gz: packed)");
     command->add_flag("--ignore-revision-marks", mIgnoresRevisionMarks,
                       "In a document that is written, revision ids are no formatting");
+    command->add_flag("--lists", mMergesLists,
+                      "In a document that is written, equal automatic list styles become one, too, where no list is "
+                      "continued");
     command->add_flag("--list", mShowsAll, "Show for each automatic style which style answers it");
     command->add_flag("--json", mAsJson, "Write one JSON object: counts by family, and the answer to each style");
     command->footer(
         "Each automatic style, and each level of a list, is asked for as a variation of its parent. \"Found\" are\n"
         "those that an earlier one or the parent itself answers, \"made\" those that remain. References and uses\n"
         "go over to the answers. In a document that is written, automatic styles that say the same as an earlier one\n"
-        "of their part and parent give way to it; list styles stay apart.\n"
+        "of their part and parent give way to it; list styles stay apart without --lists.\n"
         "Examples:\n"
         "  ztstyles dedupe letter.odt\n"
         "  ztstyles dedupe letter.odt --ignore-revision-marks -o small.odt\n"
@@ -49,7 +52,7 @@ class DedupeCommand : public Command {
     const std::size_t different = result.total().different;
     const std::string& out = mOptions.out();
     if (!out.empty() && different == 0) {
-      mOptions.refuseArchiveOverOthers();
+      refuseArchive(*document, out, mOptions.isForced());
       saveArchive(*document, out, {.compression = compressionForName(out)});
     }
     if (mAsJson) {
@@ -71,8 +74,9 @@ class DedupeCommand : public Command {
     ZTDocument& document = editable->document();
     std::vector<Ref<OdfStyle>> gone;
     mOptions.perform(*editable, [&](DocumentEditor& editor) {
-      gone = editor.dedupe({.ignoresRevisionMarks = mIgnoresRevisionMarks});
+      gone = editor.dedupe({.ignoresRevisionMarks = mIgnoresRevisionMarks, .mergesLists = mMergesLists});
     });
+    if (!mOptions.areDry()) mOptions.finish(*editable, mFile, console);
     if (mAsJson) {
       nlohmann::ordered_json json{{"document", document.shown}, {"gone", nlohmann::ordered_json::array()}};
       for (const Ref<OdfStyle>& style : gone) json["gone"].push_back(document.labelOf(*style));
@@ -84,7 +88,7 @@ class DedupeCommand : public Command {
       }
       console.out << fmt::format("{} automatic styles gave way to equal ones\n", gone.size());
     }
-    if (!mAsJson || !mOptions.areDry()) mOptions.finish(*editable, mFile, console);
+    if (!mAsJson && mOptions.areDry()) mOptions.finish(*editable, mFile, console);
     printFindings(document.findings, console);
     return ExitCode::done;
   }
@@ -134,6 +138,7 @@ class DedupeCommand : public Command {
   std::string mFile;
   WriteOptions mOptions;
   bool mIgnoresRevisionMarks = false;
+  bool mMergesLists = false;
   bool mShowsAll = false;
   bool mAsJson = false;
 };

@@ -24,9 +24,11 @@ class EditCommand : public Command {
     const std::unique_ptr<EditableDocument> document = openForEditing(mFile);
     const std::vector<EditLine> lines = edits();
     mOptions.perform(*document, [&](DocumentEditor& editor) {
-      if (mName == std::string_view("edit")) return performEdits(editor, lines);
-      performEdit(editor, lines.front().words);
+      const auto readTemplate = [this](const std::string& path) { return templateFor(path); };
+      if (mName == "edit") return performEdits(editor, lines, readTemplate);
+      performEdit(editor, lines.front().words, readTemplate);
     });
+    if (mName == "apply" && !mOptions.areDry()) printChangedLooks(*document, console);
     mOptions.finish(*document, mFile, console);
     printFindings(document->document().findings, console);
     return ExitCode::done;
@@ -47,6 +49,17 @@ class EditCommand : public Command {
     if (mKeepsLook) words.emplace_back("--keep-look");
     words.insert(words.end(), mWords.begin(), mWords.end());
     return {{0, std::move(words)}};
+  }
+
+  // Values of one format mean nothing in another.
+  Ref<ZTDocument> templateFor(const std::string& path) const {
+    if (formatName(path) != formatName(mFile)) {
+      throw EditError(path + " is " + std::string(formatName(path)) + ", " + mFile + " is " +
+                      std::string(formatName(mFile)) + "; styles are taken from a document of the same format");
+    }
+    Ref<ZTDocument> document = readDocument(path);
+    refuseHalfRead(*document);
+    return document;
   }
 
   std::string mName;
@@ -104,6 +117,61 @@ class RemoveCommand : public EditCommand {
   }
 };
 
+class PromoteCommand : public EditCommand {
+ public:
+  PromoteCommand() : EditCommand("promote") {}
+  CLI::App* addTo(CLI::App& tool) override {
+    CLI::App* command =
+        addCommand(tool, "Make an automatic style a named one, with all that look the same",
+                   "Example:\n  ztstyles promote letter.odt content.xml:paragraph:P1 \"Fine print\" -o new.odt");
+    command->add_option("STYLE NAME", mWords, "The automatic style, and its name from now on")->required()->expected(2);
+    return command;
+  }
+};
+
+class DemoteCommand : public EditCommand {
+ public:
+  DemoteCommand() : EditCommand("demote") {}
+  CLI::App* addTo(CLI::App& tool) override {
+    CLI::App* command = addCommand(tool, "Make named styles automatic ones; the text looks as before",
+                                   "Example:\n  ztstyles demote letter.odt Quotations -o new.odt");
+    command->add_option("STYLE", mWords, "The named styles that go")->required()->expected(1, 1000);
+    return command;
+  }
+};
+
+class ApplyCommand : public EditCommand {
+ public:
+  ApplyCommand() : EditCommand("apply") {}
+  CLI::App* addTo(CLI::App& tool) override {
+    CLI::App* command = addCommand(
+        tool, "Let the named styles of a template take the place of those of the same name",
+        "What they inherit from or refer to comes with them; default styles stay. What text looks different is told.\n"
+        "Examples:\n"
+        "  ztstyles apply letter.odt --from house.ott --dry-run\n"
+        "  ztstyles apply letter.odt --from house.ott --add --remove-others -o new.odt");
+    command->add_option("--from", mTemplate, "The document that the styles are taken from")->required();
+    command->add_option("--only", mWords, "Only this style. May be given several times")->allow_extra_args(false);
+    command->add_flag("--add", mAdds, "Styles that FILE lacks are taken, too");
+    command->add_flag("--remove-others", mRemovesOthers, "Named styles that the template lacks go");
+    return command;
+  }
+
+ private:
+  [[nodiscard]] std::vector<EditLine> edits() const override {
+    std::vector<std::string> words = {mName};
+    if (mAdds) words.emplace_back("--add");
+    if (mRemovesOthers) words.emplace_back("--remove-others");
+    words.push_back(mTemplate);
+    words.insert(words.end(), mWords.begin(), mWords.end());
+    return {{0, std::move(words)}};
+  }
+
+  std::string mTemplate;
+  bool mAdds = false;
+  bool mRemovesOthers = false;
+};
+
 class ScriptCommand : public EditCommand {
  public:
   ScriptCommand() : EditCommand("edit") {}
@@ -111,8 +179,10 @@ class ScriptCommand : public EditCommand {
     CLI::App* command = addCommand(
         tool, "Make the edits of a script, all or none",
         "One edit a line: set STYLE PROPERTY=VALUE..., rename OLD NEW, merge FROM... INTO, remove STYLE...,\n"
-        "reparent STYLE PARENT, dedupe, cleanup, with the options of the commands. Words with blanks stand in double\n"
-        "quotes, remarks behind #.\nExample:\n  ztstyles edit letter.odt house.edits -o new.odt");
+        "reparent STYLE PARENT, promote STYLE NAME, demote STYLE..., apply TEMPLATE [STYLE...], dedupe, cleanup "
+        "[KEPT...],\n"
+        "with the options of the commands. Words with blanks stand in double quotes, remarks behind #.\nExample:\n  "
+        "ztstyles edit letter.odt house.edits -o new.odt");
     command->add_option("SCRIPT", mScript, "The file with the edits")->required();
     return command;
   }
@@ -131,8 +201,11 @@ class ScriptCommand : public EditCommand {
 
 }  // namespace
 
+std::unique_ptr<Command> makeApplyCommand() { return std::make_unique<ApplyCommand>(); }
+std::unique_ptr<Command> makeDemoteCommand() { return std::make_unique<DemoteCommand>(); }
 std::unique_ptr<Command> makeEditCommand() { return std::make_unique<ScriptCommand>(); }
 std::unique_ptr<Command> makeMergeCommand() { return std::make_unique<MergeCommand>(); }
+std::unique_ptr<Command> makePromoteCommand() { return std::make_unique<PromoteCommand>(); }
 std::unique_ptr<Command> makeRemoveCommand() { return std::make_unique<RemoveCommand>(); }
 std::unique_ptr<Command> makeRenameCommand() { return std::make_unique<RenameCommand>(); }
 std::unique_ptr<Command> makeReparentCommand() { return std::make_unique<ReparentCommand>(); }

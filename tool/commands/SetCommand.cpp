@@ -32,6 +32,7 @@ class SetCommand : public Command {
         ->required();
     command->add_option("--lock", mLocked, "Locks a style first: it keeps its look. May be given several times")
         ->allow_extra_args(false);
+    command->add_flag("--keep-look", mKeepsLook, "What inherits from the style looks as before");
     command->add_flag("--trace", mTraces, "Tell in order what happened");
     CLI::Option* undo = command->add_flag("--undo", mUndoes, "Then take the change back");
     command->add_flag("--redo", mRedoes, "Then do it again")->needs(undo);
@@ -69,8 +70,9 @@ class SetCommand : public Command {
       phases.back()["events"] = eventsAsJson(events);
       if (!mAsJson) print(phases.back(), *document, style, console);
     };
-    phase("change", ChangeTrace::Phase::change,
-          [&] { manager.performInGroup([&] { editor.set(style, assignments); }); });
+    phase("change", ChangeTrace::Phase::change, [&] {
+      manager.performInGroup([&] { editor.set(style, assignments, mKeepsLook ? KeepLook::yes : KeepLook::no); });
+    });
     if (mUndoes && manager.canUndo()) phase("undo", ChangeTrace::Phase::undo, [&] { manager.undo(); });
     if (mRedoes && manager.canRedo()) phase("redo", ChangeTrace::Phase::redo, [&] { manager.redo(); });
     if (editable && !(mAsJson && mOptions.areDry())) mOptions.finish(*editable, mFile, console);
@@ -170,6 +172,7 @@ class SetCommand : public Command {
   std::string mFile;
   std::string mStyle;
   std::vector<std::string> mAssignments;
+  bool mKeepsLook = false;
   std::vector<std::string> mLocked;
   bool mTraces = false;
   bool mUndoes = false;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <tool/commands/WriteOptions.h>
 
+#include <document/archive/DocumentArchive.h>
+
 #include <platform/NSUndoManager.h>
 
 #include <fmt/format.h>
@@ -39,15 +41,25 @@ void WriteOptions::addTo(CLI::App& command, const char* outHelp) {
 
 bool WriteOptions::concernDocument() const { return mIsDry || mIsInPlace || (!mOut.empty() && !isArchiveName(mOut)); }
 
-void WriteOptions::refuseArchiveOverOthers() const {
+void refuseArchive(const ZTDocument& document, const std::string& out, bool isForced) {
+  refuseHalfRead(document);
   std::error_code ignored;
-  if (mIsForced || !std::filesystem::is_regular_file(mOut, ignored)) return;
-  std::ifstream file(mOut, std::ios::binary);
+  if (isForced || !std::filesystem::is_regular_file(out, ignored)) return;
+  std::ifstream file(out, std::ios::binary);
   std::string text(400, '\0');
   file.read(text.data(), static_cast<std::streamsize>(text.size()));
   text.resize(static_cast<std::size_t>(file.gcount()));
-  if (!text.empty() && !text.starts_with("\x1f\x8b") && text.find("urn:ztstyles:archive") == std::string::npos)
-    throw UsageError(mOut + " is there and is no archive; with --force it is replaced");
+  if (!text.empty() && !isArchive(out))
+    throw UsageError(out + " is there and is no archive; with --force it is replaced");
+}
+
+void printChangedLooks(const EditableDocument& document, const Console& console) {
+  constexpr std::size_t kMost = 200;
+  for (const LookImage::Difference& each : document.changedLooks(kMost)) {
+    if (each.key)
+      console.out << fmt::format("{} looks different: {} {} -> {}\n", each.style, each.key.view(), each.before,
+                                 each.after);
+  }
 }
 
 void WriteOptions::perform(EditableDocument& document, const std::function<void(DocumentEditor&)>& edit) const {
@@ -79,6 +91,7 @@ void WriteOptions::finish(EditableDocument& document, const std::string& file, c
     if (!edit.after.empty()) console.out << "  + " << shownPiece(edit.after) << '\n';
   }
   if (document.edits().empty()) console.out << "nothing would change\n";
+  printChangedLooks(document, console);
 }
 
 }  // namespace zt

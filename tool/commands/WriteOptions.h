@@ -22,12 +22,9 @@ class WriteOptions {
   /// Whether nothing is to be written.
   [[nodiscard]] bool areDry() const noexcept { return mIsDry || (mOut.empty() && !mIsInPlace); }
 
-  /// Throws `UsageError` where an archive would take the place of something else.
-  void refuseArchiveOverOthers() const;
-
   /// Makes the edit in one undo group. What cannot be made is taken back and is a `UsageError`.
   void perform(EditableDocument& document, const std::function<void(DocumentEditor&)>& edit) const;
-  /// Saves the document, or shows what would change.
+  /// Saves the document, or shows what would change, and what text would look like.
   void finish(EditableDocument& document, const std::string& file, const Console& console) const;
 
  private:
@@ -38,5 +35,12 @@ class WriteOptions {
   bool mIsDry = false;
   bool mDropsSignature = false;
 };
+
+/// Tells which text looks otherwise than in the file.
+void printChangedLooks(const EditableDocument& document, const Console& console);
+
+/// Refuses to write an archive of the document, with a `UsageError` where it would take the place of something that is
+/// no archive, unless that is forced, and with a `ReadError` for half of a document.
+void refuseArchive(const ZTDocument& document, const std::string& out, bool isForced);
 
 }  // namespace zt
