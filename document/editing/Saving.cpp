@@ -55,6 +55,12 @@ void EditableDocument::refuseTarget(const SaveOptions& options) const {
   if (fs::equivalent(options.out, mSource.path, ignored)) {
     if (!options.isInPlace)
       throw EditError(fmt::format("{} is the document itself; with --in-place it is replaced", options.out.string()));
+  } else if (mSource.form == DocumentForm::folder && fs::is_directory(options.out, ignored)) {
+    // What else is there may be anybody's, such as a checkout or the pictures of another document.
+    if (!options.isForced && !fs::is_empty(options.out, ignored)) {
+      throw EditError(fmt::format("{} is a folder that holds something; with --force the document is put among it",
+                                  options.out.string()));
+    }
   } else if (!options.isForced && !isReplaceable(options.out)) {
     throw EditError(
         fmt::format("{} is there and is no document of this form; with --force it is replaced", options.out.string()));

@@ -292,6 +292,8 @@ TEST(EditableDocumentTest, WritesTheSamePartsInEachForm) {
   EXPECT_EQ(zipEntry(out, "Pictures/a.png", "out"), "no picture");
   for (const char* part : {"styles.xml", "content.xml"})
     EXPECT_TRUE(zipEntry(out, part, "out") == contentOf((folder / "05-medium-markup-writer-out" / part).string()));
+  const auto folded = EditableOpenDocument::open(source);
+  EXPECT_THROW(folded->save({.out = folder / "05-medium-markup-writer-out"}), EditError);  // it holds a document
   EXPECT_NE(zipEntry(out, "styles.xml", "out"), contentOf((source / "styles.xml").string()));
 }
 
