@@ -30,13 +30,14 @@ class ZTSAggregateStyle::CountingWalk {
  public:
   enum class Count : bool { usage, orphan };
   enum class Step : bool { up, down };
+  static constexpr std::uint32_t kLargestUsage = std::numeric_limits<std::uint32_t>::max();
 
   CountingWalk(Count count, Step step) noexcept : mIsUsage(count == Count::usage), mIsUp(step == Step::up) {}
   CountingWalk(const CountingWalk&) = delete;
   CountingWalk& operator=(const CountingWalk&) = delete;
 
   void run(ZTSAggregateStyle& start) {
-    if (stepOfAggregate(start) == Outcome::crossed) tellParents(Ref<ZTSStyle>(&start));
+    if (stepOfAggregate(start) == Outcome::crossed) tellParents(start);
     while (!mPassing.empty()) {
       if (!mFailure.attempt([&] { passOn(); })) finishPassing();
     }
@@ -53,10 +54,12 @@ class ZTSAggregateStyle::CountingWalk {
   };
   /// An aggregate that has stepped between 0 and 1 and whose parent has been told.
   struct Passing {
+    explicit Passing(ZTSAggregateStyle& which) noexcept : style(&which) {}
+
     Ref<ZTSAggregateStyle> style;
     bool hasStarted = false;
     std::size_t next = 0;
-    boost::container::small_vector<Reference, 2> references = {};  // those to pass the step on to
+    boost::container::small_vector<Reference, 2> references;  // those to pass the step on to
   };
 
   // ---- One style
@@ -65,12 +68,14 @@ class ZTSAggregateStyle::CountingWalk {
   /// and 1.
   bool deliver(const Ref<ZTSStyle>& style) {
     const Outcome outcome = stepOf(*style);
-    if (outcome == Outcome::crossed) tellParents(style);
+    if (outcome == Outcome::crossed) tellParents(*style);
     return outcome != Outcome::refused;
   }
 
   /// Hands the step to the parents of a style that has stepped between 0 and 1, as far as they do so too.
-  void tellParents(Ref<ZTSStyle> style) {
+  void tellParents(ZTSStyle& start) {
+    if (start.parent() == nullptr) return;
+    Ref<ZTSStyle> style(&start);
     while (Ref<ZTSStyle> parent{style->parent()}) {
       if (mIsUsage && !mIsUp && style->forgetRefusedUse()) return;  // the parent never had the unit
       const Outcome outcome = stepOf(*parent);
@@ -100,17 +105,15 @@ class ZTSAggregateStyle::CountingWalk {
                 "Attempt to decrement the usage count of style <%p> whose usage count is 0.", address(&style));
       return Outcome::refused;
     }
-    mPassing.push_back(Passing{Ref<ZTSAggregateStyle>(&style)});  // first: for want of memory nothing is counted
-    const Outcome outcome = count(style);
-    if (outcome != Outcome::crossed) mPassing.pop_back();
-    return outcome;
+    if (countOf(style) == (mIsUp ? 0 : 1))
+      mPassing.emplace_back(style);  // first: for want of memory nothing is counted
+    return count(style);
   }
 
   /// The style's own count.
   Outcome count(ZTSStyle& style) {
     const std::uint32_t before = countOf(style);
-    constexpr std::uint32_t kLargest = std::numeric_limits<std::uint32_t>::max();
-    if (before == (!mIsUp ? 0u : mIsUsage ? kLargest : ZTSStyle::kLargestOrphanCount)) {
+    if (before == (!mIsUp ? 0u : mIsUsage ? kLargestUsage : ZTSStyle::kLargestOrphanCount)) {
       mFailure.attempt([&] { callInherited(style); });  // which knows what to say
       return Outcome::refused;
     }
@@ -143,6 +146,10 @@ class ZTSAggregateStyle::CountingWalk {
   /// In the order of the class's list, then what is still observed under a property that it names no longer.
   void collectReferences(Passing& passing) {
     const ZTSAggregateStyle& style = *passing.style;
+    if (style.mReferences.size() == 1) {  // as most have
+      passing.references.push_back({style.mReferences.front().key, style.mReferences.front().style});
+      return;
+    }
     for (PropertyKey key : style.observedProperties()) {
       for (const ZTSAggregateStyle::Reference& each : style.mReferences) {
         if (each.key == key) passing.references.push_back({key, each.style});
@@ -227,11 +234,17 @@ class ZTSAggregateStyle::CountingWalk {
   boost::container::small_vector<Passing, 4> mPassing;
 };
 
+// A step that does not lead between 0 and 1 concerns nobody else, and needs no walk.
+
 void ZTSAggregateStyle::incrementUsageCount() {
+  const std::uint32_t count = usageCount();
+  if (count != 0 && count != CountingWalk::kLargestUsage && !isAdjustingUsageCount()) return p_setUsageCount(count + 1);
   CountingWalk(CountingWalk::Count::usage, CountingWalk::Step::up).run(*this);
 }
 
 void ZTSAggregateStyle::decrementUsageCount() {
+  const std::uint32_t count = usageCount();
+  if (count > 1 && !isAdjustingUsageCount()) return p_setUsageCount(count - 1);
   CountingWalk(CountingWalk::Count::usage, CountingWalk::Step::down).run(*this);
 }
 
