@@ -5,6 +5,8 @@
 #include <platform/PropertySet.h>
 #include <platform/ZTClass.h>
 
+#include <atomic>
+
 namespace zt {
 
 class PropertyMap;
@@ -88,6 +90,7 @@ class ZT_EXPORT ZTSStyleClass : public ZTClass {
  private:
   [[nodiscard]] bool isClassOf(const ZTSStyle& made) const;
 
+  mutable std::atomic<bool> mIsKnownToMakeItsOwn = false;  // what `isClassOf` has found is true of all that it makes
   std::uint8_t mPlainGroups = 0;
   bool mIsPlainVarying = false;
 };

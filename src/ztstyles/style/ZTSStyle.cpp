@@ -230,7 +230,7 @@ ZTSStylesheet* ZTSStyle::p_reachStylesheet() const noexcept {
 }
 
 /// The style that the parent identifier stands for, unless it is refused. Raises where it stands for this style.
-Ref<ZTSStyle> ZTSStyle::findParent() {
+inline Ref<ZTSStyle> ZTSStyle::findParent() {
   const ZTSStylesheet* reach = p_reachStylesheet();
   Ref<ZTSStyle> found(reach != nullptr ? reach->cascadedStyleWithIdentifier(mParentIdentifier) : nullptr);
   if (found && found == mParent) return found;

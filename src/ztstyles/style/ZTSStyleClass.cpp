@@ -35,8 +35,12 @@ Ref<ZTSStyle> ZTSStyleClass::allocateStyle() const { return {}; }
 
 /// Whether a style that the class has made says that it is of this class; reports where not.
 bool ZTSStyleClass::isClassOf(const ZTSStyle& made) const {
+  if (mIsKnownToMakeItsOwn.load(std::memory_order_relaxed)) return true;
   const ZTSStyleClass& its = made.classObject();
-  if (&its == this || its.isKindOf(*this)) return true;
+  if (&its == this || its.isKindOf(*this)) {
+    mIsKnownToMakeItsOwn.store(true, std::memory_order_relaxed);
+    return true;
+  }
   ZT_REPORT("makeStyle:", this, kSourceFile,
             "The style class %@ has no classObject() of its own: its styles say that they are of class %@.", name(),
             its.name());
