@@ -68,7 +68,8 @@ void TextLook::addParagraph(const OdfStyle& paragraph) {
   }
 }
 
-// The level that the paragraph names; else the one that says that it numbers the style, or one above it; else the
+// The level that the paragraph's direct formatting names; else the one that says that it numbers the style, or one
+// above it (17.9.3: beside that a level that a style names says nothing); else the one that a style names; else the
 // first.
 const OdfStyle* TextLook::levelOf(const OdfStyle& paragraph, const OdfStyle& setter) const {
   const OdfStyle* list = asOdfStyle(static_cast<const NSObject*>(ownEntry(setter, keys::listStyle())));
@@ -77,18 +78,24 @@ const OdfStyle* TextLook::levelOf(const OdfStyle& paragraph, const OdfStyle& set
     const Ref<NSObject> found = list->valueForProperty(keys::listLevel(number));
     return asOdfStyle(static_cast<const NSObject*>(found.get()));
   };
-  const Ref<NSObject> named = paragraph.valueForProperty(keys::listLevelNumber());
-  if (const NSNumber* number = NSNumber::from(named.get())) {
+  const auto levelNamed = [&](const NSNumber& number) {
     const bool isThere =
-        number->integerValue() >= 0 && number->integerValue() < static_cast<std::int64_t>(keys::kListLevels);
-    return isThere ? level(static_cast<std::size_t>(number->integerValue()) + 1) : nullptr;
+        number.integerValue() >= 0 && number.integerValue() < static_cast<std::int64_t>(keys::kListLevels);
+    return isThere ? level(static_cast<std::size_t>(number.integerValue()) + 1) : nullptr;
+  };
+  const std::vector<const OdfStyle*> chain = chainOf(&paragraph);
+  for (const OdfStyle* each : chain) {
+    const NSNumber* direct = each->isAnonymous() ? NSNumber::from(ownEntry(*each, keys::listLevelNumber())) : nullptr;
+    if (direct != nullptr) return levelNamed(*direct);
   }
-  for (const OdfStyle* each : chainOf(&paragraph)) {
+  for (const OdfStyle* each : chain) {
     for (std::size_t number = 1; number <= keys::kListLevels; ++number) {
       const OdfStyle* candidate = level(number);
       if (candidate != nullptr && ownEntry(*candidate, keys::levelParagraphStyle()) == each) return candidate;
     }
   }
+  const Ref<NSObject> named = paragraph.valueForProperty(keys::listLevelNumber());
+  if (const NSNumber* number = NSNumber::from(named.get())) return levelNamed(*number);
   return level(1);
 }
 
@@ -127,6 +134,23 @@ LookProperty TextLook::property(PropertyKey key) const {
   }
   property.value = valueInTheme(mDocument, std::move(property.value));
   return property;
+}
+
+bool TextLook::isComplexScript() const {
+  return isTrue(value(PropertyKey("text.w.rtl")).get()) || isTrue(value(PropertyKey("text.w.cs")).get());
+}
+
+PropertyKey TextLook::countingKey(PropertyKey key) const {
+  static const std::array<std::pair<PropertyKey, PropertyKey>, 5> kPairs = {
+      {{PropertyKey("text.w.b"), PropertyKey("text.w.bCs")},
+       {PropertyKey("text.w.i"), PropertyKey("text.w.iCs")},
+       {PropertyKey("text.w.sz"), PropertyKey("text.w.szCs")},
+       {PropertyKey("text.w.rFonts.ascii"), PropertyKey("text.w.rFonts.cs")},
+       {PropertyKey("text.w.rFonts.hAnsi"), PropertyKey("text.w.rFonts.cs")}}};
+  for (const auto& [simple, complex] : kPairs) {
+    if (simple == key) return isComplexScript() ? complex : key;
+  }
+  return key;
 }
 
 void TextLook::takeToggle(LookProperty& property) {

@@ -49,6 +49,11 @@ class TextLook {
   /// One property. Cost: a look at the own entries of each style of the stack.
   [[nodiscard]] LookProperty property(PropertyKey key) const;
   [[nodiscard]] Ref<NSObject> value(PropertyKey key) const { return property(key).value; }
+  /// Whether the text is of a complex script: it runs from right to left (w:rtl) or says so (w:cs).
+  [[nodiscard]] bool isComplexScript() const;
+  /// The property that counts for such text: of a complex script `w.bCs`, `w.iCs`, `w.szCs` and the font `w.rFonts.cs`
+  /// in place of their neighbours (17.3.2.7, 17.3.2.30), else the key itself. Meant for text of one script.
+  [[nodiscard]] PropertyKey countingKey(PropertyKey key) const;
   /// All properties that some style of the stack sets, by their names. What a style says of itself is left out.
   [[nodiscard]] std::vector<LookProperty> properties() const;
 

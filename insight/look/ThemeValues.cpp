@@ -21,10 +21,6 @@ constexpr std::array kNames = {Name{"dark1", "dk1"},
                                Name{"light1", "lt1"},
                                Name{"dark2", "dk2"},
                                Name{"light2", "lt2"},
-                               Name{"text1", "dk1"},
-                               Name{"background1", "lt1"},
-                               Name{"text2", "dk2"},
-                               Name{"background2", "lt2"},
                                Name{"hyperlink", "hlink"},
                                Name{"followedHyperlink", "folHlink"},
                                Name{"majorAscii", "majorFont.latin"},
@@ -35,6 +31,35 @@ constexpr std::array kNames = {Name{"dark1", "dk1"},
                                Name{"minorHAnsi", "minorFont.latin"},
                                Name{"minorEastAsia", "minorFont.ea"},
                                Name{"minorBidi", "minorFont.cs"}};
+
+// The colours that go by way of the document's mapping (17.15.1.20), with what they mean without one.
+struct Mapped {
+  std::string_view name;
+  std::string_view attribute;
+  std::string_view usual;
+};
+constexpr std::array kMapped = {Mapped{"text1", "t1", "dark1"},
+                                Mapped{"background1", "bg1", "light1"},
+                                Mapped{"text2", "t2", "dark2"},
+                                Mapped{"background2", "bg2", "light2"},
+                                Mapped{"accent1", "accent1", "accent1"},
+                                Mapped{"accent2", "accent2", "accent2"},
+                                Mapped{"accent3", "accent3", "accent3"},
+                                Mapped{"accent4", "accent4", "accent4"},
+                                Mapped{"accent5", "accent5", "accent5"},
+                                Mapped{"accent6", "accent6", "accent6"},
+                                Mapped{"hyperlink", "hyperlink", "hyperlink"},
+                                Mapped{"followedHyperlink", "followedHyperlink", "followedHyperlink"}};
+
+std::string mappedName(const OdfStyle& theme, std::string_view name) {
+  const auto* mapped =
+      std::find_if(kMapped.begin(), kMapped.end(), [&](const Mapped& row) { return row.name == name; });
+  if (mapped == kMapped.end()) return std::string(name);
+  const Ref<NSObject> chosen =
+      theme.valueForProperty(PropertyKey("theme.w.clrSchemeMapping." + std::string(mapped->attribute)));
+  const NSString* text = NSString::from(chosen.get());
+  return std::string(text != nullptr ? text->view() : mapped->usual);
+}
 
 /// The word after "tint:" or "shade:" as a share of 255, 1 where there is none.
 double shareIn(std::string_view text, std::string_view name) {
@@ -71,12 +96,12 @@ Ref<NSObject> valueInTheme(const ZTDocument& document, Ref<NSObject> value) {
   const NSString* reference = NSString::from(value.get());
   if (reference == nullptr || !reference->view().starts_with(kMark)) return value;
   const std::string_view text = reference->view().substr(kMark.size());
-  std::string_view name = text.substr(0, text.find(' '));
+  const OdfStyle* theme = document.rootStyle("theme");
+  if (theme == nullptr) return value;
+  std::string name = mappedName(*theme, text.substr(0, text.find(' ')));
   const auto* known = std::find_if(kNames.begin(), kNames.end(), [&](const Name& row) { return row.first == name; });
   if (known != kNames.end()) name = known->second;
-  const OdfStyle* theme = document.rootStyle("theme");
-  const Ref<NSObject> found =
-      theme != nullptr ? theme->valueForProperty(PropertyKey("theme.a." + std::string(name))) : Ref<NSObject>();
+  const Ref<NSObject> found = theme->valueForProperty(PropertyKey("theme.a." + name));
   if (found == nullptr) return value;
   const NSColor* colour = NSColor::from(found.get());
   return colour != nullptr ? Ref<NSObject>(withLightness(*colour, shareIn(text, "tint:"), shareIn(text, "shade:")))

@@ -20,7 +20,7 @@ class Look {
     mWord = importWord(mRaw);
   }
 
-  [[nodiscard]] LookProperty property(const std::string& key, std::size_t index = 0) const {
+  [[nodiscard]] TextLook look(std::size_t index) const {
     const WordParagraph& paragraph = mRaw.paragraphs.at(index);
     TextPlace place{.paragraph = mWord.styleOfUse[paragraph.use].get()};
     if (!paragraph.runs.empty()) place.text = mWord.styleOfUse[paragraph.runs[0]].get();
@@ -28,7 +28,13 @@ class Look {
       place.table = mWord.styleOfUse[mRaw.tables[paragraph.table].use].get();
       place.tableParts = tablePartsOf(mRaw, paragraph, place.table);
     }
-    return TextLook(*mWord.document, place).property(PropertyKey(key));
+    return {*mWord.document, place};
+  }
+  [[nodiscard]] LookProperty property(const std::string& key, std::size_t index = 0) const {
+    return look(index).property(PropertyKey(key));
+  }
+  [[nodiscard]] std::string counting(const std::string& key, std::size_t index) const {
+    return std::string(look(index).countingKey(PropertyKey(key)).view());
   }
   [[nodiscard]] std::string text(const std::string& key, std::size_t index = 0) const {
     return valueText(property(key, index).value.get(), true);
@@ -128,6 +134,43 @@ TEST(TextLookTest, PartsOfATableAreLaidOverItsStyleByPosition) {
   EXPECT_EQ(look.text("text.w.sz", 6), "1pt");  // behind the table
 }
 
+TEST(TextLookTest, ColumnsAreLaidOverRowsAndDirectLevelsOverThoseOfStyles) {
+  const auto part = [](const std::string& type, const std::string& size) {
+    return "<w:tblStylePr w:type='" + type + "'><w:rPr><w:sz w:val='" + size + "'/></w:rPr></w:tblStylePr>";
+  };
+  const Look table({.styles = wordStyle("table", "T", part("firstCol", "8") + part("firstRow", "6")),
+                    .body = "<w:tbl><w:tblPr><w:tblStyle w:val='T'/><w:tblLook w:firstRow='1' w:firstColumn='1'/>"
+                            "</w:tblPr><w:tr><w:tc><w:p/></w:tc></w:tr></w:tbl>"});
+  EXPECT_EQ(table.text("text.w.sz", 0), "4pt");
+  const auto level = [](const std::string& number, const std::string& rest) {
+    return "<w:lvl w:ilvl='" + number + "'>" + rest + "<w:pPr><w:ind w:left='" + number + "0'/></w:pPr></w:lvl>";
+  };
+  const auto list = [](const std::string& number) {
+    return "<w:numPr><w:ilvl w:val='" + number + "'/><w:numId w:val='1'/></w:numPr>";
+  };
+  const Look look({.styles = wordStyle("paragraph", "P", "<w:pPr>" + list("3") + "</w:pPr>") +
+                             wordStyle("paragraph", "Q", "<w:pPr>" + list("3") + "</w:pPr>"),
+                   .body = text(kInBoth, "") + text(kInBoth + list("2"), "") + text("<w:pStyle w:val='Q'/>", "") +
+                           text(kInBoth + "<w:numPr><w:numId w:val='0'/></w:numPr>", ""),
+                   .numbering = "<w:abstractNum w:abstractNumId='1'>" + level("1", "<w:pStyle w:val='P'/>") +
+                                level("2", "") + level("3", "") +
+                                "</w:abstractNum><w:num w:numId='1'><w:abstractNumId w:val='1'/></w:num>"});
+  EXPECT_EQ(look.text("paragraph.w.ind.left", 0), "0.5pt");  // the level that says so, whatever the style says
+  EXPECT_EQ(look.text("paragraph.w.ind.left", 1), "1pt");
+  EXPECT_EQ(look.text("paragraph.w.ind.left", 2), "1.5pt");
+  EXPECT_EQ(look.text("paragraph.w.ind.left", 3), "");  // no list
+}
+
+TEST(TextLookTest, ComplexScriptsHaveTogglesSizesAndFontsOfTheirOwn) {
+  const Look look({.styles = wordStyle("paragraph", "P", "<w:rPr><w:bCs/><w:szCs w:val='40'/></w:rPr>") +
+                             wordStyle("character", "C", "<w:rPr><w:bCs/><w:rtl/></w:rPr>"),
+                   .body = text(kInBoth, "") + text(kInBoth, "<w:rStyle w:val='C'/><w:b/>")});
+  EXPECT_EQ(look.counting("text.w.sz", 0), "text.w.sz");
+  EXPECT_EQ(look.counting("text.w.sz", 1), "text.w.szCs");
+  EXPECT_EQ(look.text("text.w.bCs", 0), "true");
+  EXPECT_EQ(look.text("text.w.bCs", 1), "false");
+}
+
 TEST(TextLookTest, ReferencesToTheThemeAreFollowed) {
   const Look look(
       {.body = text("",
@@ -140,6 +183,11 @@ TEST(TextLookTest, ReferencesToTheThemeAreFollowed) {
   EXPECT_EQ(look.text("text.w.u.color"), "#00ff00");
   EXPECT_EQ(look.text("text.w.rFonts.ascii"), "Calibri");
   EXPECT_EQ(look.text("text.w.rFonts.hAnsi"), "Arial");
+  const Look mapped({.body = text("", "<w:color w:themeColor='text1'/>"),
+                     .theme = "<a:clrScheme><a:dk1><a:srgbClr val='000000'/></a:dk1><a:lt1><a:srgbClr val='FFFFFF'/>"
+                              "</a:lt1></a:clrScheme>",
+                     .settings = "<w:clrSchemeMapping w:bg1='dark1' w:t1='light1'/>"});
+  EXPECT_EQ(mapped.text("text.w.color"), "#ffffff");
 }
 
 }  // namespace

@@ -23,6 +23,7 @@ struct WordParts {
   std::string body = {};
   std::string numbering = {};
   std::string theme = {};
+  std::string settings = {};
 };
 
 inline std::string relationships(const std::vector<std::pair<std::string, std::string>>& targetsByType) {
@@ -44,11 +45,14 @@ inline std::vector<std::pair<std::string, std::string>> wordEntries(const WordPa
   return {
       {"[Content_Types].xml", kContentTypes},
       {"_rels/.rels", relationships({{"officeDocument", "word/document.xml"}})},
-      {"word/_rels/document.xml.rels",
-       relationships({{"styles", "styles.xml"}, {"numbering", "numbering.xml"}, {"theme", "/word/theme.xml"}})},
+      {"word/_rels/document.xml.rels", relationships({{"styles", "styles.xml"},
+                                                      {"numbering", "numbering.xml"},
+                                                      {"theme", "/word/theme.xml"},
+                                                      {"settings", "settings.xml"}})},
       {"word/document.xml", "<w:document" + kWord + "><w:body>\n" + parts.body + "</w:body></w:document>"},
       {"word/styles.xml", "<w:styles" + kWord + ">\n" + parts.styles + "</w:styles>"},
       {"word/numbering.xml", "<w:numbering" + kWord + ">\n" + parts.numbering + "</w:numbering>"},
+      {"word/settings.xml", "<w:settings" + kWord + ">\n" + parts.settings + "</w:settings>"},
       {"word/theme.xml", "<a:theme xmlns:a='http://schemas.openxmlformats.org/drawingml/2006/main'><a:themeElements>" +
                              parts.theme + "</a:themeElements></a:theme>"}};
 }

@@ -63,10 +63,10 @@ std::vector<PropertyKey> tablePartsOf(const WordDocument& document, const WordPa
            bandSize(*tableStyle, "table.w.tblStyleColBandSize"), "band1Vert", "band2Vert");
   addBands(look.hasRowBands, isFirstRow || isLastRow, paragraph.row - (look.hasFirstRow ? 1 : 0),
            bandSize(*tableStyle, "table.w.tblStyleRowBandSize"), "band1Horz", "band2Horz");
-  add(isFirstColumn, "firstCol");
-  add(isLastColumn, "lastCol");
   add(isFirstRow, "firstRow");
   add(isLastRow, "lastRow");
+  add(isFirstColumn, "firstCol");
+  add(isLastColumn, "lastCol");
   add(isFirstRow && isFirstColumn, "nwCell");
   add(isFirstRow && isLastColumn, "neCell");
   add(isLastRow && isFirstColumn, "swCell");
