@@ -156,7 +156,7 @@ constexpr std::array kStyleItself = {
     Row{"w.personalCompose", "B!"}, Row{"w.personalReply", "B!"},  Row{"w.rsid", "T!"},
     Row{"w.default", "B!"},         Row{"w.customStyle", "B!"},    Row{"w.latentStyles", "X!"}};
 
-// a:clrScheme and a:fontScheme, 20.1.6.2 and 20.1.4.1.18.
+// a:clrScheme and a:fontScheme, 20.1.6.2 and 20.1.4.1.18; w:clrSchemeMapping, 17.15.1.20.
 constexpr std::array kTheme = {Row{"a.dk1", "C"},
                                Row{"a.lt1", "C"},
                                Row{"a.dk2", "C"},
@@ -174,7 +174,19 @@ constexpr std::array kTheme = {Row{"a.dk1", "C"},
                                Row{"a.majorFont.cs", "T"},
                                Row{"a.minorFont.latin", "T"},
                                Row{"a.minorFont.ea", "T"},
-                               Row{"a.minorFont.cs", "T"}};
+                               Row{"a.minorFont.cs", "T"},
+                               Row{"w.clrSchemeMapping.bg1", "T"},
+                               Row{"w.clrSchemeMapping.t1", "T"},
+                               Row{"w.clrSchemeMapping.bg2", "T"},
+                               Row{"w.clrSchemeMapping.t2", "T"},
+                               Row{"w.clrSchemeMapping.accent1", "T"},
+                               Row{"w.clrSchemeMapping.accent2", "T"},
+                               Row{"w.clrSchemeMapping.accent3", "T"},
+                               Row{"w.clrSchemeMapping.accent4", "T"},
+                               Row{"w.clrSchemeMapping.accent5", "T"},
+                               Row{"w.clrSchemeMapping.accent6", "T"},
+                               Row{"w.clrSchemeMapping.hyperlink", "T"},
+                               Row{"w.clrSchemeMapping.followedHyperlink", "T"}};
 
 constexpr std::array kGroups = {
     PropertyGroup{"text", kRun},           PropertyGroup{"paragraph", kParagraph},  PropertyGroup{"table", kTable},

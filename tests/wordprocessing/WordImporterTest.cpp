@@ -151,17 +151,41 @@ TEST(WordImporterTest, DirectFormattingBecomesOneVariationForAllThatAreEqual) {
       findings(*word.document),
       testing::ElementsAre("4 missing-reference  the paragraph style 'Gone' does not exist; the default one is meant"));
   const OdfStyle* normal = word.document->namedStyle("paragraph", "N");
-  const OdfStyle* direct = word.document->automaticStyle(3, "paragraph", "P1");
+  const OdfStyle* direct = word.document->automaticStyle(4, "paragraph", "P1");
   ASSERT_NE(direct, nullptr);
   EXPECT_EQ(direct->parent(), normal);
   EXPECT_EQ(direct->usageCount(), 2);
   EXPECT_EQ(word.document->originOf(*normal)->uses, 3U);
   // It says again what the style says, and has to: toggles of the text's styles cancel each other out, it decides.
-  const OdfStyle* bold = word.document->automaticStyle(3, "text", "R1");
+  const OdfStyle* bold = word.document->automaticStyle(4, "text", "R1");
   ASSERT_NE(bold, nullptr);
   EXPECT_EQ(bold->usageCount(), 2);
   EXPECT_NE(bold->p_overrideValueForProperty(PropertyKey("text.w.b")), nullptr);
   EXPECT_FALSE(word.document->undoManager()->canUndo());
+}
+
+TEST(WordImporterTest, WhateverNamesAStyleKeepsItInUse) {
+  const auto uses = [](const ImportedWord& word, const std::string& id) {
+    return word.document->namedStyle("paragraph", id)->usageCount();
+  };
+  const ImportedWord word = importParts(
+      {.styles = wordStyle("paragraph", "A") + wordStyle("paragraph", "B") + wordStyle("paragraph", "C") +
+                 wordStyle("paragraph", "D") + wordStyle("paragraph", "E") + wordStyle("paragraph", "F") +
+                 wordStyle("numbering", "L", "<w:pPr><w:numPr><w:numId w:val='4'/></w:numPr></w:pPr>"),
+       .body = paragraph("<w:pPrChange><w:pPr><w:pStyle w:val='A'/></w:pPr></w:pPrChange>") +
+               "<mc:AlternateContent><mc:Choice Requires='x'><w:p><w:pPr><w:pStyle w:val='B'/></w:pPr></w:p>"
+               "</mc:Choice></mc:AlternateContent><w:p><w:r><w:instrText>STYLEREF \"C name\"</w:instrText></w:r><w:r>"
+               "<w:instrText> TOC \\t \"D name,1,Other,2\"</w:instrText></w:r></w:p>"
+               "<w:tbl><w:tr><w:trPr><w:cantSplit/></w:trPr><w:tc><w:tcPr><w:gridSpan w:val='2'/><w:noWrap/></w:tcPr>"
+               "<w:p/></w:tc></w:tr></w:tbl>",
+       .settings = "<w:clickAndTypeStyle w:val='E'/>"});
+  EXPECT_THAT(findings(*word.document), testing::IsEmpty());
+  for (const char* id : {"A", "B", "C", "D", "E"}) EXPECT_EQ(uses(word, id), 1) << id;
+  EXPECT_EQ(uses(word, "F"), 0);
+  EXPECT_EQ(word.document->unknownUses.size(), 2U);  // names in the code of a field
+  EXPECT_EQ(value(word.document->namedStyle("list", "L"), "style.style.list-style-name"), "num-4");
+  EXPECT_EQ(value(word.document->automaticStyle(4, "table-row", "L1"), "table-row.w.cantSplit"), "true");
+  EXPECT_EQ(value(word.document->automaticStyle(4, "table-cell", "C1"), "table-cell.w.noWrap"), "true");
 }
 
 TEST(WordImporterTest, TableStylesReferToTheStylesOfTheirPartsAndTheThemeIsAStyle) {

@@ -33,7 +33,7 @@ Entries without(Entries entries, const std::string& name) {
 
 TEST(WordPackageTest, ReadsThePartsThatRelationshipsLeadTo) {
   Entries entries = wordEntries({});
-  EXPECT_EQ(outcome(entries), "word/styles.xml word/numbering.xml word/theme.xml word/document.xml ");
+  EXPECT_EQ(outcome(entries), "word/styles.xml word/numbering.xml word/theme.xml word/settings.xml word/document.xml ");
   for (auto& [name, bytes] : entries) {
     if (name == "_rels/.rels") bytes = relationships({{"officeDocument", "/other/main.xml"}});
     if (name == "word/document.xml") name = "other/main.xml";
@@ -61,14 +61,30 @@ TEST(WordPackageTest, TargetsNeverLeadOutOfThePackage) {
 }
 
 TEST(WordPackageTest, WhatIsMissingOrTooLargeIsToldOnce) {
-  EXPECT_EQ(
-      outcome(without(wordEntries({}), "_rels/.rels")),
-      "word/styles.xml word/numbering.xml word/theme.xml word/document.xml [no relationship leads to the main part; "
-      "word/document.xml is taken]");
+  EXPECT_EQ(outcome(without(wordEntries({}), "_rels/.rels")),
+            "word/styles.xml word/numbering.xml word/theme.xml word/settings.xml word/document.xml [no relationship "
+            "leads to the main part; "
+            "word/document.xml is taken]");
   EXPECT_EQ(outcome(without(wordEntries({}), "word/document.xml")), "holds no main part (word/document.xml)");
-  EXPECT_EQ(
-      outcome(wordEntries({.styles = std::string(5000, ' ')}), {.partBytes = 1000}),
-      "word/numbering.xml word/theme.xml word/document.xml [inflates to more than 1000 bytes; refused; left out]");
+  EXPECT_EQ(outcome(wordEntries({.styles = std::string(5000, ' ')}), {.partBytes = 1000}),
+            "word/numbering.xml word/theme.xml word/settings.xml word/document.xml [inflates to more than 1000 bytes; "
+            "refused; left out]");
+}
+
+TEST(WordPackageTest, PartsThatAreSaidToBeSomethingElseAreToldAndGlossariesWithStylesLeftAlone) {
+  Entries entries = without(wordEntries({}), "[Content_Types].xml");
+  entries = without(std::move(entries), "word/_rels/document.xml.rels");
+  const std::string types =
+      "<Types><Default Extension='xml' ContentType='image/png'/><Override "
+      "PartName='/word/document.xml' ContentType='x/main+xml'/></Types>";
+  entries.emplace_back("[Content_Types].xml", types);
+  entries.emplace_back("word/_rels/document.xml.rels",
+                       relationships({{"styles", "styles.xml"}, {"glossaryDocument", "g.xml"}}));
+  entries.emplace_back("word/g.xml", "<x/>");
+  const std::string told = "[is said to be of the type image/png; read as its relationship says]";
+  EXPECT_EQ(outcome(entries), "word/styles.xml word/document.xml word/g.xml " + told + told);
+  entries.emplace_back("word/_rels/g.xml.rels", relationships({{"styles", "own.xml"}}));
+  EXPECT_EQ(outcome(entries), "word/styles.xml word/document.xml " + told);
 }
 
 TEST(WordPackageTest, FormatsAreToldApartByWhatIsInTheFile) {

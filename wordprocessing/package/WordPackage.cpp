@@ -9,6 +9,7 @@
 #include <array>
 #include <fstream>
 #include <optional>
+#include <unordered_map>
 #include <utility>
 
 namespace zt {
@@ -40,6 +41,48 @@ class RelationshipReader : public XmlHandler {
   void endElement() override {}
 };
 
+/// What the package says its parts are ([Content_Types].xml, ECMA-376 part 2, 10.1.2.2).
+class TypesReader : public XmlHandler {
+ public:
+  void startElement(const XmlElement& element) override {
+    const std::string type(element.attribute("none", "ContentType").value_or(""));
+    if (element.name == "Override") {
+      std::string_view name = element.attribute("none", "PartName").value_or("");
+      if (name.starts_with('/')) name.remove_prefix(1);
+      mByName.try_emplace(std::string(name), type);
+    } else if (element.name == "Default") {
+      mByExtension.try_emplace(std::string(element.attribute("none", "Extension").value_or("")), type);
+    }
+  }
+  void endElement() override {}
+
+  /// Empty where nothing is said.
+  [[nodiscard]] std::string typeOf(const std::string& part) const {
+    if (const auto found = mByName.find(part); found != mByName.end()) return found->second;
+    const std::size_t dot = part.rfind('.');
+    const auto found = mByExtension.find(dot == std::string::npos ? std::string() : part.substr(dot + 1));
+    return found != mByExtension.end() ? found->second : std::string();
+  }
+
+ private:
+  std::unordered_map<std::string, std::string> mByName;
+  std::unordered_map<std::string, std::string> mByExtension;
+};
+
+// "application/xml" says no more than that it can be read.
+bool mayBe(WordPartKind kind, std::string_view type) {
+  if (type.empty() || type.ends_with("/xml")) return true;
+  switch (kind) {
+    case WordPartKind::styles: return type.ends_with("styles+xml");
+    case WordPartKind::numbering: return type.ends_with("numbering+xml");
+    case WordPartKind::theme: return type.ends_with("theme+xml");
+    case WordPartKind::settings: return type.ends_with("settings+xml");
+    case WordPartKind::document:
+    case WordPartKind::text: return type.ends_with("+xml");
+  }
+  return true;
+}
+
 // The encryption of office documents wraps the package into a compound file, as the binary formats before it were.
 bool startsLikeCompoundFile(const std::filesystem::path& path) {
   constexpr std::string_view kMark = "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1";
@@ -52,6 +95,7 @@ std::optional<WordPartKind> kindOf(std::string_view type) {
   if (type == "styles") return WordPartKind::styles;
   if (type == "numbering") return WordPartKind::numbering;
   if (type == "theme") return WordPartKind::theme;
+  if (type == "settings") return WordPartKind::settings;
   for (const std::string_view text : {"header", "footer", "footnotes", "endnotes", "comments"}) {
     if (type == text) return WordPartKind::text;
   }
@@ -70,11 +114,14 @@ class PackageReader {
 
   WordPackage read() {
     mPackage.shown = mZip.shown();
+    readEntry("[Content_Types].xml", mTypes);
     const std::string main = mainPart();
     add(WordPartKind::document, main);
     if (mPackage.parts.empty()) refuse(main);
     for (const Relationship& relationship : relationships(relationshipsOf(main))) {
       if (const auto kind = kindOf(relationship.type)) addTarget(*kind, main, relationship);
+      if (relationship.type == "glossaryDocument" && !hasOwnStyles(resolvedTarget(main, relationship.target)))
+        addTarget(WordPartKind::text, main, relationship);
     }
     std::stable_sort(mPackage.parts.begin(), mPackage.parts.end(),
                      [](const auto& left, const auto& right) { return left.kind < right.kind; });
@@ -93,14 +140,22 @@ class PackageReader {
 
   std::vector<Relationship> relationships(const std::string& name) {
     RelationshipReader reader;
+    readEntry(name, reader);
+    return std::move(reader.found);
+  }
+
+  void readEntry(const std::string& name, XmlHandler& handler) {
     try {
       auto bytes = mZip.entry(name, mLimits.manifestBytes);
-      if (!bytes) return {};
-      readXml({name, mZip.shownEntry(name), std::move(*bytes)}, reader, mPackage.findings);
+      if (bytes) readXml({name, mZip.shownEntry(name), std::move(*bytes)}, handler, mPackage.findings);
     } catch (const ReadError& error) {
       passOver(error, "; kept what stands before");
     }
-    return std::move(reader.found);
+  }
+
+  bool hasOwnStyles(const std::string& part) {
+    const std::vector<Relationship> all = relationships(relationshipsOf(part));
+    return std::any_of(all.begin(), all.end(), [](const Relationship& each) { return each.type == "styles"; });
   }
 
   void addTarget(WordPartKind kind, const std::string& from, const Relationship& relationship) {
@@ -123,6 +178,10 @@ class PackageReader {
   void add(WordPartKind kind, const std::string& name) {
     try {
       if (auto bytes = mZip.entry(name, mLimits.partBytes)) {
+        if (const std::string type = mTypes.typeOf(name); !mayBe(kind, type)) {
+          tell("wrong-content-type", mZip.shownEntry(name),
+               fmt::format("is said to be of the type {:.100}; read as its relationship says", type));
+        }
         mPackage.parts.push_back({kind, {name, mZip.shownEntry(name), std::move(*bytes)}});
       } else {
         tell("missing-part", mZip.shownEntry(name), "a relationship leads to this part, which is not there");
@@ -150,6 +209,7 @@ class PackageReader {
 
   ZipReader mZip;
   PackageLimits mLimits;
+  TypesReader mTypes;
   WordPackage mPackage;
 };
 

@@ -16,14 +16,14 @@
 namespace zt {
 
 /// What a part is for, told by the type of the relationship that leads to it.
-enum class WordPartKind : std::uint8_t { styles, numbering, theme, document, text };
+enum class WordPartKind : std::uint8_t { styles, numbering, theme, settings, document, text };
 
 /// The parts of a document that tell of styles or use them. Nothing else of a package is opened; targets outside the
 /// package are never followed.
 class WordPackage {
  public:
   struct Part {
-    WordPartKind kind = WordPartKind::text;  ///< `text`: headers, footers, notes, comments
+    WordPartKind kind = WordPartKind::text;  ///< `text`: headers, footers, notes, comments, glossary
     XmlPart xml;
   };
 
@@ -31,8 +31,9 @@ class WordPackage {
   /// name. Does not throw.
   static bool recognises(const std::filesystem::path& path);
 
-  /// Throws `ReadError` if there is no main part to read, and for encrypted documents. Other parts that cannot be read,
-  /// and relationships that lead nowhere, give a finding each.
+  /// Throws `ReadError` if there is no main part to read, and for encrypted documents. Other parts that cannot be read
+  /// or are said to be something else, and relationships that lead nowhere, give a finding each. A glossary document
+  /// with styles of its own is a document of its own, and left out.
   static WordPackage read(const std::filesystem::path& path, const PackageLimits& limits = {});
 
   std::string shown;

@@ -19,40 +19,28 @@ void append(const WordElement& element, OpaqueText& text) {
   text.endElement();
 }
 
-/// Shows another handler what applies. No extension is understood here, so that no choice is ever taken.
-class Alternatives : public XmlHandler {
+/// Shows another handler what applies.
+class Chooser : public XmlHandler {
  public:
-  explicit Alternatives(XmlHandler& handler) : mHandler(handler) {}
+  explicit Chooser(WordXmlHandler& handler) : mHandler(handler) {}
 
   void startElement(const XmlElement& element) override {
-    const Way above = mWays.empty() ? Way::shown : mWays.back();
-    Way way = above == Way::hidden ? Way::hidden : Way::shown;
-    if (element.prefix == "mc" && way == Way::shown) {
-      if (element.name == "AlternateContent") way = Way::wrapper;
-      if (element.name == "Fallback" && above == Way::wrapper) way = Way::transparent;
-      if (element.name == "Choice") way = Way::hidden;
-    } else if (above == Way::wrapper) {
-      way = Way::hidden;
-    }
-    mWays.push_back(way);
-    if (way == Way::shown) mHandler.startElement(element);
+    const Alternatives::Way way = mAlternatives.start(element.prefix, element.name);
+    if (way == Alternatives::Way::shown) mHandler.startElement(element);
+    if (way == Alternatives::Way::hidden) mHandler.passOver(element);
   }
 
   void endElement() override {
-    const Way way = mWays.back();
-    mWays.pop_back();
-    if (way == Way::shown) mHandler.endElement();
+    if (mAlternatives.end() == Alternatives::Way::shown) mHandler.endElement();
   }
 
   void text(std::string_view text) override {
-    if (mWays.empty() || mWays.back() == Way::shown || mWays.back() == Way::transparent) mHandler.text(text);
+    if (mAlternatives.showsText()) mHandler.text(text);
   }
 
  private:
-  enum class Way : std::uint8_t { shown, wrapper, transparent, hidden };
-
-  XmlHandler& mHandler;
-  std::vector<Way> mWays;  // of the open elements
+  WordXmlHandler& mHandler;
+  Alternatives mAlternatives;
 };
 
 }  // namespace
@@ -103,9 +91,29 @@ bool ElementBuilder::endElement() {
   return mOpen.empty();
 }
 
-void readWordXml(const XmlPart& part, XmlHandler& handler, std::vector<Finding>& findings) {
-  Alternatives alternatives(handler);
-  readXml(part, alternatives, findings, {.depth = kDeepest});
+Alternatives::Way Alternatives::start(std::string_view prefix, std::string_view name) {
+  const Way above = mWays.empty() ? Way::shown : mWays.back();
+  Way way = above == Way::hidden ? Way::hidden : Way::shown;
+  if (prefix == "mc" && way == Way::shown) {
+    if (name == "AlternateContent") way = Way::wrapper;
+    if (name == "Fallback" && above == Way::wrapper) way = Way::transparent;
+    if (name == "Choice") way = Way::hidden;
+  } else if (above == Way::wrapper) {
+    way = Way::hidden;
+  }
+  mWays.push_back(way);
+  return way;
+}
+
+Alternatives::Way Alternatives::end() {
+  const Way way = mWays.back();
+  mWays.pop_back();
+  return way;
+}
+
+void readWordXml(const XmlPart& part, WordXmlHandler& handler, std::vector<Finding>& findings) {
+  Chooser chooser(handler);
+  readXml(part, chooser, findings, {.depth = kDeepest});
 }
 
 }  // namespace zt

@@ -6,6 +6,7 @@
 #include <document/Finding.h>
 #include <document/xml/SafeXml.h>
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -55,8 +56,33 @@ class ElementBuilder {
   std::vector<WordElement*> mOpen;
 };
 
-/// Reads a part as `readXml`, with the choices of ECMA-376 part 3 made: of an mc:AlternateContent the fallback is seen
-/// as if it stood in its place. Nesting beyond a thousand elements is refused, since trees are made of it.
-void readWordXml(const XmlPart& part, XmlHandler& handler, std::vector<Finding>& findings);
+/// Receives the events of a part.
+class WordXmlHandler : public XmlHandler {
+ public:
+  /// The start of an element inside of a choice that was not taken.
+  virtual void passOver(const XmlElement&) {}
+};
+
+/// Makes the choices of ECMA-376 part 3 while a part is walked over: which elements apply. No extension is understood
+/// here, so that of an mc:AlternateContent the fallback applies.
+class Alternatives {
+ public:
+  enum class Way : std::uint8_t { shown, wrapper, transparent, hidden };
+
+  /// The way of an element that starts: one that is shown is part of the text.
+  Way start(std::string_view prefix, std::string_view name);
+  Way end();
+  /// Whether text stands in what applies.
+  [[nodiscard]] bool showsText() const {
+    return mWays.empty() || mWays.back() == Way::shown || mWays.back() == Way::transparent;
+  }
+
+ private:
+  std::vector<Way> mWays;  // of the open elements
+};
+
+/// Reads a part as `readXml`, with these choices made: what applies is seen as if it stood in place of the
+/// mc:AlternateContent. Nesting beyond a thousand elements is refused, since trees are made of it.
+void readWordXml(const XmlPart& part, WordXmlHandler& handler, std::vector<Finding>& findings);
 
 }  // namespace zt

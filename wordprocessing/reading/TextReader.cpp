@@ -2,6 +2,7 @@
 #include <wordprocessing/reading/TextReader.h>
 
 #include <document/values/Scalar.h>
+#include <wordprocessing/reading/WordUses.h>
 
 #include <fmt/format.h>
 
@@ -15,13 +16,16 @@ namespace zt {
 namespace {
 
 constexpr std::int64_t kMostColumns = 1'000;
+constexpr std::size_t kLongestFieldCode = 10'000;  // of one paragraph
 
-std::string_view propertiesOf(std::string_view element) {
-  if (element == "p") return "pPr";
-  if (element == "r") return "rPr";
-  if (element == "tbl") return "tblPr";
-  return element == "tc" ? "tcPr" : std::string_view();
-}
+struct KindName {
+  std::string_view element;
+  std::string_view properties;
+};
+
+// By kind, as far as it has properties.
+constexpr std::array<KindName, 6> kKinds = {
+    {{"", ""}, {"p", "pPr"}, {"r", "rPr"}, {"tbl", "tblPr"}, {"tr", "trPr"}, {"tc", "tcPr"}}};
 
 /// The flags of w:tblLook as one number, as the transitional form writes them (17.4.56).
 std::string lookOf(const WordElement& element) {
@@ -51,6 +55,8 @@ void TextReader::read(const XmlPart& xml, std::size_t part) {
   mColumns.clear();
   mRuns.clear();
   mBuilder = {};
+  mFieldCode.clear();
+  mIsInFieldCode = false;
   readWordXml(xml, *this, mDocument.findings);
 }
 
@@ -67,16 +73,18 @@ void TextReader::startElement(const XmlElement& element) {
   Kind kind = Kind::other;
   if (element.prefix == "w") {
     const std::string_view name = element.name;
-    constexpr std::array<std::string_view, 5> kParents = {"", "p", "r", "tbl", "tc"};
-    const Kind above = mOpen.empty() ? Kind::other : mOpen.back();
-    const std::size_t parent = above == Kind::cell ? 4 : above <= Kind::table ? static_cast<std::size_t>(above) : 0;
-    if (parent != 0 && name == propertiesOf(kParents.at(parent))) return mBuilder.startElement(element);
-    if (name == "p") kind = Kind::paragraph;
-    if (name == "r") kind = Kind::run;
-    if (name == "tbl") kind = Kind::table;
-    if (name == "tr") kind = Kind::row;
-    if (name == "tc") kind = Kind::cell;
+    const std::size_t above = mOpen.empty() ? 0 : static_cast<std::size_t>(mOpen.back());
+    if (above != 0 && above < kKinds.size() && name == kKinds[above].properties) return mBuilder.startElement(element);
+    for (std::size_t each = 1; each < kKinds.size(); ++each) {
+      if (name == kKinds[each].element) kind = static_cast<Kind>(each);
+    }
     if (name == "txbxContent") kind = Kind::box;
+    if (name == "instrText") kind = Kind::fieldCode;
+    if (name == "fldSimple") {
+      mFieldCode.append(element.attribute("w", "instr").value_or("")).append(" ");
+      mFieldLine = element.line;
+    }
+    noteReference(element);
   }
   mOpen.push_back(kind);
   begin(kind, element.line);
@@ -117,6 +125,10 @@ void TextReader::begin(Kind kind, int line) {
       break;
     case Kind::cell: mColumns.push_back(1); break;
     case Kind::box: mTables.push_back(kNowhere); break;
+    case Kind::fieldCode:
+      mIsInFieldCode = true;
+      mFieldLine = line;
+      break;
     case Kind::other: break;
   }
 }
@@ -127,17 +139,18 @@ void TextReader::end(Kind kind) {
       WordParagraph& paragraph = mDocument.paragraphs[mParagraphs.back()];
       if (paragraph.use == kNowhere) {
         const WordElement none{.prefix = "w", .name = "pPr", .attributes = {}, .children = {}, .line = paragraph.line};
-        paragraph.use = use(StyleFamily::paragraph, nullptr, none);
+        paragraph.use = use(StyleFamily::paragraph, none);
       }
       mParagraphs.pop_back();
+      noteField();
       break;
     }
     case Kind::run:
       if (!mParagraphs.empty()) {
         if (mRuns.back() == kNowhere) {
           const int line = mDocument.paragraphs[mParagraphs.back()].line;
-          mRuns.back() = use(StyleFamily::text, nullptr,
-                             {.prefix = "w", .name = "rPr", .attributes = {}, .children = {}, .line = line});
+          mRuns.back() =
+              use(StyleFamily::text, {.prefix = "w", .name = "rPr", .attributes = {}, .children = {}, .line = line});
         }
         mDocument.paragraphs[mParagraphs.back()].runs.push_back(mRuns.back());
       }
@@ -152,6 +165,7 @@ void TextReader::end(Kind kind) {
       break;
     case Kind::table:
     case Kind::box: mTables.pop_back(); break;
+    case Kind::fieldCode: mIsInFieldCode = false; break;
     case Kind::row:
     case Kind::other: break;
   }
@@ -162,54 +176,107 @@ void TextReader::takeProperties(WordElement properties) {
   if (owner == Kind::paragraph) {
     takeParagraphProperties(properties);
   } else if (owner == Kind::run) {
-    const std::string* style = properties.valOf("rStyle");
-    const std::optional<std::string> id = style != nullptr ? std::optional(*style) : std::nullopt;
-    mRuns.back() = use(StyleFamily::text, id ? &*id : nullptr, std::move(properties));
+    mRuns.back() = use(StyleFamily::text, std::move(properties));
   } else if (owner == Kind::table) {
     WordTable& table = mDocument.tables[mTables.back()];
     if (const WordElement* look = properties.child("tblLook")) table.look = lookOf(*look);
-    const std::string* style = properties.valOf("tblStyle");
-    const std::optional<std::string> id = style != nullptr ? std::optional(*style) : std::nullopt;
-    table.use = use(StyleFamily::table, id ? &*id : nullptr, std::move(properties));
+    const std::size_t index = mTables.back();
+    const std::size_t used = use(StyleFamily::table, std::move(properties));
+    mDocument.tables[index].use = used;
+  } else if (owner == Kind::row) {
+    use(StyleFamily::tableRow, std::move(properties));
   } else if (owner == Kind::cell) {
     const std::string* span = properties.valOf("gridSpan");
     const auto columns = span != nullptr ? parseInteger(*span) : std::nullopt;
     if (columns && *columns > 1) mColumns.back() = static_cast<std::size_t>(std::min(*columns, kMostColumns));
+    use(StyleFamily::tableCell, std::move(properties));
   }
 }
 
 void TextReader::takeParagraphProperties(WordElement& properties) {
   WordParagraph& paragraph = mDocument.paragraphs[mParagraphs.back()];
-  if (const WordElement* mark = properties.child("rPr"); mark != nullptr && !mark->children.empty()) {
-    const std::string* style = mark->valOf("rStyle");
-    paragraph.mark = use(StyleFamily::text, style, *mark);
+  for (WordElement& child : properties.children) {
+    if (!child.is("rPr") || child.children.empty()) continue;
+    paragraph.mark = use(StyleFamily::text, std::move(child));
+    child = {.prefix = "w", .name = "rPr", .attributes = {}, .children = {}, .line = 0};
   }
-  const std::string* style = properties.valOf("pStyle");
-  const std::optional<std::string> id = style != nullptr ? std::optional(*style) : std::nullopt;
-  paragraph.use = use(StyleFamily::paragraph, id ? &*id : nullptr, std::move(properties));
+  paragraph.use = use(StyleFamily::paragraph, std::move(properties));
 }
 
 // Thousands of paragraphs share few ways of being formatted.
-std::size_t TextReader::use(StyleFamily family, const std::string* styleId, WordElement properties) {
-  std::erase_if(properties.children, [](const WordElement& child) {
-    constexpr std::array<std::string_view, 10> kNoFormatting = {"pStyle",  "rStyle",     "tblStyle",  "rPr",
-                                                                "sectPr",  "cnfStyle",   "pPrChange", "rPrChange",
-                                                                "tblLook", "tblPrChange"};
-    return child.prefix == "w" &&
-           std::find(kNoFormatting.begin(), kNoFormatting.end(), child.name) != kNoFormatting.end();
+std::size_t TextReader::use(StyleFamily family, WordElement properties) {
+  std::string styleId;
+  const std::string_view naming = styleElementOf(family);
+  std::erase_if(properties.children, [&](const WordElement& child) {
+    if (!isNoFormatting(child)) return false;
+    if (!naming.empty() && child.is(naming)) {
+      if (const std::string* id = child.val()) styleId = *id;
+    } else {
+      noteReferences(child);
+    }
+    return true;
   });
-  std::string key(1, static_cast<char>('a' + static_cast<int>(family)));
-  if (styleId != nullptr) key += *styleId;
-  key += '\n';
-  key += canonicalText(properties);
-  const auto [found, isNew] = mUses.try_emplace(std::move(key), mDocument.uses.size());
-  if (isNew) {
-    const int line = properties.line;
-    mDocument.uses.push_back(
-        {family, styleId != nullptr ? *styleId : std::string(), std::move(properties), mPart, line, 0});
-  }
+  std::string key = useKey(family, styleId, properties);
+  const int line = properties.line;
+  return add(std::move(key), {family, std::move(styleId), std::move(properties), mPart, line, 0, false});
+}
+
+std::size_t TextReader::add(std::string key, WordUse use) {
+  const auto [found, isNew] = mDocument.useByKey.try_emplace(std::move(key), mDocument.uses.size());
+  if (isNew) mDocument.uses.push_back(std::move(use));
   ++mDocument.uses[found->second].count;
   return found->second;
+}
+
+void TextReader::noteReference(std::string_view element, const std::string* id, int line) {
+  const StyleFamily* family = referredFamilyOf(element);
+  if (family == nullptr || id == nullptr || id->empty()) return;
+  add(referenceKey(*family, *id), {*family, *id, {}, mPart, line, 0, true});
+}
+
+void TextReader::noteReference(const XmlElement& element) {
+  if (element.prefix != "w" || !element.name.ends_with("Style")) return;
+  if (const auto id = element.attribute("w", "val")) {
+    const std::string text(*id);
+    noteReference(element.name, &text, element.line);
+  }
+}
+
+void TextReader::noteReferences(const WordElement& element) {
+  if (element.prefix == "w") noteReference(element.name, element.val(), element.line);
+  for (const WordElement& child : element.children) noteReferences(child);
+}
+
+void TextReader::text(std::string_view text) {
+  if (mIsInFieldCode && mFieldCode.size() + text.size() < kLongestFieldCode) mFieldCode.append(text);
+}
+
+// STYLEREF "Name", and TOC \t "Name,1,Other,2" (17.16.5.59, 17.16.5.68): the names that people see.
+void TextReader::noteField() {
+  if (mFieldCode.empty()) return;
+  const auto add = [this](std::string_view name) {
+    while (name.starts_with(' ')) name.remove_prefix(1);
+    while (name.ends_with(' ')) name.remove_suffix(1);
+    if (!name.empty()) mDocument.fieldNames.push_back({std::string(name), mPart, mFieldLine});
+  };
+  for (const std::string_view mark : {"STYLEREF", "\\t"}) {
+    for (std::size_t at = mFieldCode.find(mark); at != std::string::npos; at = mFieldCode.find(mark, at)) {
+      at = mFieldCode.find_first_not_of(' ', at + mark.size());
+      if (at == std::string::npos) break;
+      const bool isQuoted = mFieldCode[at] == '"';
+      if (isQuoted) ++at;
+      std::string_view words = std::string_view(mFieldCode).substr(at);
+      words = words.substr(0, words.find(isQuoted ? '"' : ' '));
+      at += words.size();
+      if (mark == "STYLEREF") add(words);
+      for (std::size_t comma = 0; mark != "STYLEREF" && comma != std::string_view::npos;) {
+        comma = words.find_first_of(",;");
+        add(words.substr(0, comma));
+        words.remove_prefix(comma == std::string_view::npos ? words.size() : comma + 1);
+      }
+    }
+  }
+  mFieldCode.clear();
 }
 
 }  // namespace zt

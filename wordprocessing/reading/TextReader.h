@@ -3,12 +3,14 @@
 
 #include <wordprocessing/reading/WordDocument.h>
 
-#include <unordered_map>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace zt {
 
 /// Reads the parts that hold text: which styles and which direct formatting its paragraphs, runs and tables use.
-class TextReader : public XmlHandler {
+class TextReader : public WordXmlHandler {
  public:
   explicit TextReader(WordDocument& document) : mDocument(document) {}
 
@@ -18,15 +20,22 @@ class TextReader : public XmlHandler {
 
   void startElement(const XmlElement& element) override;
   void endElement() override;
+  void passOver(const XmlElement& element) override { noteReference(element); }
+  void text(std::string_view text) override;
 
  private:
-  enum class Kind : std::uint8_t { other, paragraph, run, table, row, cell, box };
+  enum class Kind : std::uint8_t { other, paragraph, run, table, row, cell, box, fieldCode };
 
   void begin(Kind kind, int line);
   void end(Kind kind);
   void takeProperties(WordElement properties);
   void takeParagraphProperties(WordElement& properties);
-  std::size_t use(StyleFamily family, const std::string* styleId, WordElement properties);
+  std::size_t use(StyleFamily family, WordElement properties);
+  std::size_t add(std::string key, WordUse use);
+  void noteReference(const XmlElement& element);
+  void noteReferences(const WordElement& element);
+  void noteReference(std::string_view element, const std::string* id, int line);
+  void noteField();
 
   WordDocument& mDocument;
   std::size_t mPart = 0;
@@ -37,7 +46,9 @@ class TextReader : public XmlHandler {
   std::vector<std::size_t> mColumns;     // of the next cell, for each open row
   std::vector<std::size_t> mRuns;        // the uses of the open runs
   ElementBuilder mBuilder;
-  std::unordered_map<std::string, std::size_t> mUses;
+  std::string mFieldCode;  // of the paragraph so far, blank after blank
+  int mFieldLine = 0;
+  bool mIsInFieldCode = false;
 };
 
 }  // namespace zt

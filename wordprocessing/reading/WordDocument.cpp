@@ -2,6 +2,7 @@
 #include <wordprocessing/reading/WordDocument.h>
 
 #include <wordprocessing/reading/TextReader.h>
+#include <wordprocessing/reading/WordUses.h>
 
 #include <fmt/format.h>
 
@@ -13,7 +14,7 @@ namespace zt {
 namespace {
 
 /// Hands over the children of the root, and of other elements that only hold more of them, one tree at a time.
-class ElementsReader : public XmlHandler {
+class ElementsReader : public WordXmlHandler {
  public:
   explicit ElementsReader(std::vector<std::string_view> wrappers) : mWrappers(std::move(wrappers)) {}
 
@@ -57,6 +58,7 @@ class Reading {
         case WordPartKind::styles: readStyles(part.xml, index); break;
         case WordPartKind::numbering: readNumbering(part.xml, index); break;
         case WordPartKind::theme: readTheme(part.xml, index); break;
+        case WordPartKind::settings: readSettings(part.xml, index); break;
         case WordPartKind::document:
         case WordPartKind::text: mText.read(part.xml, index); break;
       }
@@ -129,6 +131,20 @@ class Reading {
         } else if (child.name == "sysClr") {
           mDocument.theme[element.name] = value("lastClr");
         }
+      }
+    });
+  }
+
+  void readSettings(const XmlPart& xml, std::size_t part) {
+    elementsOf(xml, {}, [&](WordElement&& element) {
+      if (element.prefix != "w") return;
+      if (element.name == "clrSchemeMapping") {
+        for (const auto& [prefix, name, value] : element.attributes) {
+          if (prefix == "w") mDocument.colourMapping[name] = value;
+        }
+      } else if (const StyleFamily* family = referredFamilyOf(element.name); family != nullptr && element.val()) {
+        mDocument.useByKey.try_emplace(referenceKey(*family, *element.val()), mDocument.uses.size());
+        mDocument.uses.push_back({*family, *element.val(), {}, part, element.line, 1, true});
       }
     });
   }

@@ -11,6 +11,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace zt {
@@ -27,10 +28,18 @@ struct RawWordStyle {
 struct WordUse {
   StyleFamily family = StyleFamily::paragraph;
   std::string styleId;     ///< empty where the text names none
-  WordElement properties;  ///< w:pPr, w:rPr or w:tblPr without references
+  WordElement properties;  ///< w:pPr, w:rPr, ... without what is no formatting
   std::size_t part = 0;    ///< of the first
   int line = 0;            ///< of the first
   std::size_t count = 0;
+  bool isNameOnly = false;  ///< a place that names the style without being text: tracked changes, controls, settings
+};
+
+/// A style that the code of a field names, by the name that people see (STYLEREF, TOC).
+struct WordFieldName {
+  std::string name;
+  std::size_t part = 0;
+  int line = 0;
 };
 
 /// A paragraph with its runs; all style it has are indices into the uses.
@@ -71,7 +80,10 @@ struct WordDocument {
   std::vector<RawWordStyle> lists;
   std::map<std::string, std::string> theme;  ///< "accent1" to "4f81bd", "minorFont.latin" to "Calibri"
   std::size_t themePart = kNowhere;
+  std::map<std::string, std::string> colourMapping;  ///< w:clrSchemeMapping: "t1" to "dark1"
   std::vector<WordUse> uses;
+  std::unordered_map<std::string, std::size_t> useByKey;  ///< see `useKey`
+  std::vector<WordFieldName> fieldNames;
   std::vector<WordParagraph> paragraphs;  ///< in the order of their starts, the main part first
   std::vector<WordTable> tables;
   std::vector<Finding> findings;

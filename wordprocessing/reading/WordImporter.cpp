@@ -23,8 +23,9 @@ namespace zt {
 
 namespace {
 
-constexpr std::array kRootFamilies = {StyleFamily::paragraph, StyleFamily::text, StyleFamily::table,
-                                      StyleFamily::tableCell, StyleFamily::list, StyleFamily::listLevel};
+constexpr std::array kRootFamilies = {StyleFamily::paragraph, StyleFamily::text,      StyleFamily::table,
+                                      StyleFamily::tableRow,  StyleFamily::tableCell, StyleFamily::list,
+                                      StyleFamily::listLevel};
 
 // What a w:style says of itself that the model has a place for; all else of it is kept under its own names.
 bool isModelled(const WordElement& child) {
@@ -57,6 +58,7 @@ class WordImporter {
     mNumbering.makeStyles([this](const std::string& id) { return numberOfStyle(id); });
     connect();
     addStyles();
+    noteFieldNames();
     return {mDocument, std::move(mUsed)};
   }
 
@@ -89,6 +91,7 @@ class WordImporter {
       const WordUse& raw = mRaw.uses[use];
       const PropertyReader::Owner owner{mRaw.parts[raw.part].shown, {}};
       mUseMaps[use] = PropertyMap::make();
+      if (raw.isNameOnly) continue;
       mProperties.takeAll(raw.properties, std::string(familyName(raw.family)), owner, *mUseMaps[use]);
       takeLevel(raw.properties, owner, *mUseMaps[use]);
       noteKeys(raw.family, *mUseMaps[use]);
@@ -115,6 +118,11 @@ class WordImporter {
     if (const std::string* next = element.valOf("next")) map->set(keys::nextStyle(), NSString::make(*next));
     if (const std::string* link = element.valOf("link")) map->set(keys::linkedStyle(), NSString::make(*link));
     takeFormatting(element, owner, *map);
+    // A numbering style is the name of a list; it has nothing but that list's number (17.7.4.14).
+    if (mIds.familyOf(style) == StyleFamily::list) {
+      if (const std::string* number = listNumberOf(element))
+        map->set(keys::listStyle(), NSString::make("num-" + *number));
+    }
     noteKeys(mIds.familyOf(style), *map);
     mStyles[style].map = map;
     for (const WordElement& child : element.children) {
@@ -211,6 +219,9 @@ class WordImporter {
       const auto colour = name.find('.') == std::string::npos ? parseHexColour(value) : std::nullopt;
       if (!value.empty()) mProperties.takeText("theme.a." + name, colour ? *colour : value, 0, owner, *map);
     }
+    for (const auto& [name, value] : mRaw.colourMapping) {
+      mProperties.takeText("theme.w.clrSchemeMapping." + name, value, 0, owner, *map);
+    }
     std::vector<PropertyKey> keys;
     for (const PropertyMap::Entry& entry : *map) keys.push_back(entry.key);
     FamilyRegistry::of(StyleFamily::other).extend(keys);
@@ -262,7 +273,11 @@ class WordImporter {
 
   [[nodiscard]] const std::string* numberOfStyle(const std::string& id) const {
     const std::size_t style = mIds.find(StyleFamily::list, id);
-    const WordElement* properties = style != kNowhere ? mRaw.styles[style].element.child("pPr") : nullptr;
+    return style != kNowhere ? listNumberOf(mRaw.styles[style].element) : nullptr;
+  }
+
+  static const std::string* listNumberOf(const WordElement& style) {
+    const WordElement* properties = style.child("pPr");
     const WordElement* numbering = properties != nullptr ? properties->child("numPr") : nullptr;
     return numbering != nullptr ? numbering->valOf("numId") : nullptr;
   }
@@ -293,7 +308,7 @@ class WordImporter {
     });
     for (std::size_t use = 0; use < mRaw.uses.size(); ++use) {
       const WordUse& raw = mRaw.uses[use];
-      if (raw.family != StyleFamily::paragraph) continue;
+      if (raw.family != StyleFamily::paragraph || raw.isNameOnly) continue;
       if (Ref<NSObject> list = listOf(raw.properties, {mRaw.parts[raw.part].shown, {}})) {
         mUseMaps[use]->set(keys::listStyle(), std::move(list));
       }
@@ -316,7 +331,11 @@ class WordImporter {
     add(true);
     mNumbering.addStyles();
     add(false);
-    for (std::size_t use = 0; use < mRaw.uses.size(); ++use) mUsed.push_back(styleOfUse(use));
+    for (std::size_t use = 0; use < mRaw.uses.size(); ++use) {
+      const WordUse& raw = mRaw.uses[use];
+      mUsed.push_back(raw.isNameOnly ? styleNamedBy(raw) : styleOfUse(use));
+      mDocument->recordUse({raw.part, std::string(familyName(raw.family)), raw.styleId, raw.count, mUsed.back()});
+    }
     stylesheet.setIsChangeCommunicationEnabled(true);
     mDocument->undoManager()->enableUndoRegistration();
   }
@@ -337,13 +356,38 @@ class WordImporter {
               .get()));
       if (style == nullptr) return {};
       if (mDocument->originOf(*style) == nullptr) {
-        const char letter = use.family == StyleFamily::paragraph ? 'P' : use.family == StyleFamily::text ? 'R' : 'T';
+        const char letter = letterOf(use.family);
         mDocument->recordOrigin(style, {StyleOrigin::Kind::automatic, use.part, use.line,
                                         fmt::format("{}{}", letter, ++mCounters[letter])});
       }
     }
-    mDocument->countUses(*style, use.count);
     return style;
+  }
+
+  static char letterOf(StyleFamily family) {
+    if (family == StyleFamily::paragraph) return 'P';
+    if (family == StyleFamily::text) return 'R';
+    return family == StyleFamily::table ? 'T' : family == StyleFamily::tableRow ? 'L' : 'C';
+  }
+
+  // What only names a style is not worth a finding where there is none.
+  [[nodiscard]] Ref<OdfStyle> styleNamedBy(const WordUse& use) const {
+    const std::size_t found = mIds.find(use.family, use.styleId);
+    return found != kNowhere ? mStyles[found].style : Ref<OdfStyle>();
+  }
+
+  // Which of the names in the code of a field are to be changed with a style is not known: the style stays as it is.
+  void noteFieldNames() {
+    if (mRaw.fieldNames.empty()) return;
+    std::unordered_map<std::string_view, OdfStyle*> byName;
+    for (const Made& made : mStyles) byName.try_emplace(made.style->name().view(), made.style.get());
+    for (const WordFieldName& field : mRaw.fieldNames) {
+      const auto found = byName.find(field.name);
+      if (found == byName.end()) continue;
+      found->second->incrementUsageCount();
+      mDocument->unknownUses.push_back(
+          {Ref<OdfStyle>(found->second), {mRaw.parts[field.part].shown, field.line}, "the code of a field"});
+    }
   }
 
   // The style that text names; else the default one of the kind; else the root, for a table none.
