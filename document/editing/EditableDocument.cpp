@@ -3,6 +3,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 namespace zt {
 
 namespace {
@@ -26,6 +28,21 @@ void refuseHalfRead(const ZTDocument& document) {
     if (finding.code == "invalid-text")
       throw ReadError(finding.place, "holds bytes that are no text; it is not written");
   }
+}
+
+std::string editedBytes(const XmlPart& part, const XmlBytes& bytes, const XmlSplices& splices,
+                        std::vector<ShownEdit>& shown) {
+  if (splices.isEmpty()) return part.bytes;
+  int line = 1;
+  std::size_t at = 0;
+  for (const XmlSplices::Splice& splice : splices.sorted()) {
+    const std::string_view before = bytes.text().substr(at, splice.start - at);
+    line += static_cast<int>(std::count(before.begin(), before.end(), '\n'));
+    at = splice.start;
+    shown.push_back(
+        {{part.shown, line}, std::string(bytes.text().substr(splice.start, splice.end - splice.start)), splice.text});
+  }
+  return bytes.bytesOf(splices.applyTo(bytes.text()));
 }
 
 EditableDocument::EditableDocument(DocumentSource source, Ref<ZTDocument> document, const EditingRules& rules)

@@ -5,7 +5,9 @@
 #include <document/editing/DocumentEditor.h>
 #include <document/editing/LookImage.h>
 #include <document/editing/StylesAsRead.h>
+#include <document/xml/XmlBytes.h>
 #include <document/xml/XmlPart.h>
+#include <document/xml/XmlSplices.h>
 
 #include <filesystem>
 #include <string>
@@ -44,6 +46,10 @@ struct ShownEdit {
 /// Throws `ReadError` for a document with a finding that says that something of it could not be read: half of one is
 /// never written.
 void refuseHalfRead(const ZTDocument& document);
+
+/// The bytes of a part with splices of its text made, each noted in `shown`; without any, its very bytes.
+std::string editedBytes(const XmlPart& part, const XmlBytes& bytes, const XmlSplices& splices,
+                        std::vector<ShownEdit>& shown);
 
 /// A document of any format that can be edited and saved in the form in which it was read. Holds its bytes.
 ///

@@ -6,9 +6,9 @@
 #include <opendocument/writing/PartWriter.h>
 
 #include <document/editing/DocumentEditor.h>
+#include <document/editing/ElementEdits.h>
 #include <document/xml/XmlBytes.h>
 #include <opendocument/reading/ContentUses.h>
-#include <opendocument/writing/StyleElement.h>
 #include <opendocument/writing/StyleWriter.h>
 
 #include <fmt/format.h>
@@ -181,16 +181,7 @@ std::string writtenPart(const XmlPart& part, std::size_t index, const StyleDiffe
                         std::vector<ShownEdit>& shown) {
   const XmlBytes bytes(part);
   const XmlSplices splices = PartWriter(bytes, index, difference).run();
-  int line = 1;
-  std::size_t at = 0;
-  for (const XmlSplices::Splice& splice : splices.sorted()) {
-    const std::string_view before = bytes.text().substr(at, splice.start - at);
-    line += static_cast<int>(std::count(before.begin(), before.end(), '\n'));
-    at = splice.start;
-    shown.push_back(
-        {{part.shown, line}, std::string(bytes.text().substr(splice.start, splice.end - splice.start)), splice.text});
-  }
-  return splices.isEmpty() ? part.bytes : bytes.bytesOf(splices.applyTo(bytes.text()));
+  return editedBytes(part, bytes, splices, shown);
 }
 
 }  // namespace zt

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <document/editing/ElementEdits.h>
 #include <opendocument/writing/StyleDifference.h>
-#include <opendocument/writing/StyleElement.h>
 
 #include <optional>
 #include <string>

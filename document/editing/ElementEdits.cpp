@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include <opendocument/writing/StyleElement.h>
+#include <document/editing/ElementEdits.h>
 
 #include <document/editing/DocumentEditor.h>
 #include <document/text/Utf8.h>
