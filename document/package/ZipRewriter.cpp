@@ -6,6 +6,8 @@
 #include <fmt/core.h>
 #include <zip.h>
 
+#include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <new>
 #include <set>
@@ -26,6 +28,20 @@ using Source = std::unique_ptr<zip_source_t, SourceCloser>;
 Source sourceOf(std::string_view bytes) {
   Source source(zip_source_buffer_create(bytes.data(), bytes.size(), 0, nullptr));
   if (source == nullptr) throw std::bad_alloc();
+  return source;
+}
+
+/// A source that may be written: it owns its bytes. libzip frees bytes that it was only lent, once it has kept the
+/// unchanged entries in front of a changed one.
+Source ownSourceOf(std::string_view bytes) {
+  void* copy = std::malloc(bytes.size());
+  if (copy == nullptr) throw std::bad_alloc();
+  std::memcpy(copy, bytes.data(), bytes.size());
+  Source source(zip_source_buffer_create(copy, bytes.size(), 1, nullptr));
+  if (source == nullptr) {
+    std::free(copy);
+    throw std::bad_alloc();
+  }
   return source;
 }
 
@@ -106,7 +122,7 @@ std::string zipEntry(std::string_view bytes, const std::string& name, const std:
 
 std::string zipWithEntries(std::string_view bytes, const std::map<std::string, std::string>& replaced,
                            const std::string& shown, const std::vector<std::string>& dropped) {
-  const Source source = sourceOf(bytes);
+  const Source source = ownSourceOf(bytes);
   Archive archive = open(*source, 0, shown);
   std::set<std::string> seen;
   for (const std::string& name : namesIn(*archive, shown)) {
