@@ -12,6 +12,7 @@
 namespace zt {
 
 class EditableDocument;
+class EditingRules;
 
 /// How a document lies on the disk: one file of XML, a package of parts, or the parts in a folder.
 enum class DocumentForm : std::uint8_t { flat, package, folder };
@@ -32,6 +33,8 @@ class DocumentFormat {
   /// Reads it to be edited and saved. Throws `ReadError` for what cannot be read without an error, and `EditError`
   /// where the format is not written back (which is so unless this is overridden).
   [[nodiscard]] virtual std::unique_ptr<EditableDocument> openForEditing(const std::filesystem::path& path) const;
+  /// What edits of its documents have to know; those of the document model unless this is overridden.
+  [[nodiscard]] virtual const EditingRules& editingRules() const;
 };
 
 /// The first format that recognises the file, or else the last, whose words then say what is wrong. There has to be one

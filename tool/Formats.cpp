@@ -22,6 +22,8 @@ Ref<ZTDocument> readDocument(const std::filesystem::path& path) { return formatO
 
 std::string_view formatName(const std::filesystem::path& path) { return formatOf(path).name(); }
 
+const EditingRules& editingRulesOf(const std::filesystem::path& path) { return formatOf(path).editingRules(); }
+
 std::unique_ptr<EditableDocument> openForEditing(const std::filesystem::path& path) {
   return formatOf(path).openForEditing(path);
 }

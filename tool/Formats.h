@@ -19,4 +19,7 @@ std::string_view formatName(const std::filesystem::path& path);
 /// The same to be edited and saved. Throws `EditError` where its format is not written back.
 std::unique_ptr<EditableDocument> openForEditing(const std::filesystem::path& path);
 
+/// What edits of such a document have to know.
+const EditingRules& editingRulesOf(const std::filesystem::path& path);
+
 }  // namespace zt

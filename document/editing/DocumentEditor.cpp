@@ -210,6 +210,7 @@ void DocumentEditor::remove(OdfStyle& target, KeepLook keepLook) {
     if (keepLook == KeepLook::yes) foldInto(*asOdfStyle(static_cast<NSObject*>(child.get())), target);
     child->setParentIdentifier(target.parentIdentifier());
   }
+  moveReferences(target, parentIsNamed ? parent : nullptr);
   if (target.isIdentified())
     followNames(target, std::string(fileNameOf(target)),
                 parentIsNamed ? std::string(fileNameOf(*parent)) : std::string());
@@ -241,16 +242,7 @@ void DocumentEditor::merge(OdfStyle& from, OdfStyle& into) {
   for (const Ref<ZTSStyle>& child : from.children().retainedSnapshot())
     child->setParentIdentifier(child == &into ? from.parentIdentifier() : into.identifier());
   moveUses(from, into);
-  // List styles of paragraphs, text styles of levels.
-  for (const Ref<ZTSStyle>& each : mDocument.stylesheet().retainedStyles()) {
-    const Ref<const PropertyMap> own = each->overridePropertyMap();
-    if (!own) continue;
-    std::vector<PropertyKey> keys;
-    for (const PropertyMap::Entry& entry : *own) {
-      if (entry.value == &from) keys.push_back(entry.key);
-    }
-    for (const PropertyKey key : keys) each->setValueForProperty(Ref<NSObject>(&into), key);
-  }
+  moveReferences(from, &into);
   if (from.isIdentified()) followNames(from, std::string(fileNameOf(from)), std::string(fileNameOf(into)));
   takeOut(from);
 }

@@ -85,6 +85,7 @@ class DocumentEditor {
 
   struct CleanupOptions {
     bool keepsNamed = false;
+    bool trimsLatent = false;  ///< what the document says of styles that it does not have goes, where a format has that
     std::set<std::string> kept;  ///< labels or names of styles that stay
   };
   /// Removes styles that nothing uses. The outline, the default styles, what other styles name and what applications
@@ -111,6 +112,8 @@ class DocumentEditor {
   void foldInto(OdfStyle& child, const OdfStyle& parent);
   std::size_t partOf(const OdfStyle& style) const;
   void takeOut(OdfStyle& style);
+  void trimLatent();
+  void moveReferences(const OdfStyle& from, OdfStyle* to);
 
   ZTDocument& mDocument;
   const EditingRules& mRules;

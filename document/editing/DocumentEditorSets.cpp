@@ -171,6 +171,7 @@ std::vector<Ref<OdfStyle>> DocumentEditor::cleanup(const CleanupOptions& options
       }
     }
   }
+  if (options.trimsLatent) trimLatent();
   Leaving leaving(sheet);
   mDocument.mayRemoveUnused = [](const ZTSStyle&) { return true; };
   sheet.enableUnusedStyleCleanup();
@@ -179,6 +180,19 @@ std::vector<Ref<OdfStyle>> DocumentEditor::cleanup(const CleanupOptions& options
   mDocument.mayRemoveUnused = {};
   for (const Ref<OdfStyle>& style : held) style->decrementUsageCount();
   return std::move(leaving.styles);
+}
+
+void DocumentEditor::trimLatent() {
+  for (const Ref<ZTSStyle>& each : mDocument.stylesheet().retainedStyles()) {
+    if (!each->isIdentified() || each->identifier().view().find(':') != std::string_view::npos) continue;
+    const Ref<const PropertyMap> own = each->overridePropertyMap();
+    if (!own) continue;
+    const Ref<PropertyMap> values = own->copy();
+    for (const PropertyMap::Entry& entry : *values) {
+      Ref<NSObject> trimmed = mRules.withoutLatentStyles(mDocument.stylesheet(), entry.key, entry.value);
+      if (trimmed != entry.value) each->setValueForProperty(std::move(trimmed), entry.key);
+    }
+  }
 }
 
 bool DocumentEditor::isMeant(const OdfStyle& style, PropertyKey key) const {
@@ -233,6 +247,25 @@ void DocumentEditor::moveUses(const OdfStyle& from, OdfStyle& to) {
     if (use.style != &from) continue;
     if (to.isAnonymous()) needFonts(to, mDocument, partOf(from), use.part);
     mDocument.moveUse(index, to);
+  }
+}
+
+// List styles of paragraphs, text styles of levels, the paragraph styles that levels number.
+void DocumentEditor::moveReferences(const OdfStyle& from, OdfStyle* to) {
+  for (const Ref<ZTSStyle>& each : mDocument.stylesheet().retainedStyles()) {
+    const Ref<const PropertyMap> own = each->overridePropertyMap();
+    if (!own || each.get() == &from) continue;
+    std::vector<PropertyKey> keys;
+    for (const PropertyMap::Entry& entry : *own) {
+      if (entry.value == &from) keys.push_back(entry.key);
+    }
+    for (const PropertyKey key : keys) {
+      if (to != nullptr) {
+        each->setValueForProperty(Ref<NSObject>(to), key);
+      } else {
+        each->removeValueForProperty(key);
+      }
+    }
   }
 }
 

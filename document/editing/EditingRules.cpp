@@ -9,6 +9,10 @@ std::string EditingRules::fileName(const OdfStyle& style, std::string_view shown
 
 std::string EditingRules::newFileName(StyleFamily, std::string_view shown) const { return encodedStyleName(shown); }
 
+Ref<NSObject> EditingRules::withoutLatentStyles(const ZTSStylesheet&, PropertyKey, const Ref<NSObject>& value) const {
+  return value;
+}
+
 bool EditingRules::isUsedUnnamed(const OdfStyle& style) const {
   if (!style.isIdentified()) return false;
   const std::string_view name = fileNameOf(style);

@@ -18,6 +18,10 @@ class EditingRules {
   /// What files are to call a new named style of the family.
   [[nodiscard]] virtual std::string newFileName(StyleFamily family, std::string_view shown) const;
 
+  /// The value of a property of a root style without what it says of styles that the document does not have; the value
+  /// itself where it says nothing of that kind.
+  [[nodiscard]] virtual Ref<NSObject> withoutLatentStyles(const ZTSStylesheet& stylesheet, PropertyKey key,
+                                                          const Ref<NSObject>& value) const;
   /// Whether applications use the style for text that names none.
   [[nodiscard]] virtual bool isUsedUnnamed(const OdfStyle& style) const;
 

@@ -27,6 +27,8 @@ class CleanupCommand : public Command {
     command->add_flag("--keep-named", mKeepsNamed, "Only automatic styles and list levels go");
     command->add_flag("--fonts", mCleansFonts, "In a document that is written, unused declarations of fonts go, too");
     command->add_option("--keep", mKept, "A style that stays. May be given several times")->allow_extra_args(false);
+    command->add_flag("--latent", mTrimsLatent,
+                      "Also what a document of WordprocessingML says of styles that it does not have");
     command->add_flag("--json", mAsJson, "Write one JSON object: what is removed, how many are left");
     command->footer(
         "A style is used if the text names it, or a used style inherits from it or refers to it. The outline, default "
@@ -46,10 +48,11 @@ class CleanupCommand : public Command {
     const std::size_t before = document->stylesheet().styles().count();
     std::vector<Ref<OdfStyle>> removed;
     std::vector<std::string> fonts;
-    DocumentEditor plain(*document);
+    DocumentEditor plain(*document, editingRulesOf(mFile));
     DocumentEditor& editor = editable ? editable->editor() : plain;
     document->undoManager()->performInGroup([&] {
-      removed = editor.cleanup({.keepsNamed = mKeepsNamed, .kept = {mKept.begin(), mKept.end()}});
+      removed = editor.cleanup(
+          {.keepsNamed = mKeepsNamed, .trimsLatent = mTrimsLatent, .kept = {mKept.begin(), mKept.end()}});
       if (mCleansFonts) fonts = editor.cleanupFonts();
     });
     if (!editable && !mOptions.out().empty()) {
@@ -98,6 +101,7 @@ class CleanupCommand : public Command {
 
   std::string mFile;
   WriteOptions mOptions;
+  bool mTrimsLatent = false;
   std::vector<std::string> mKept;
   bool mKeepsNamed = false;
   bool mCleansFonts = false;
