@@ -2,6 +2,8 @@
 #include <wordprocessing/WordFormat.h>
 
 #include <wordprocessing/reading/WordImporter.h>
+#include <wordprocessing/writing/EditableWordDocument.h>
+#include <wordprocessing/writing/WordEditingRules.h>
 
 namespace zt {
 
@@ -15,6 +17,10 @@ const DocumentFormat& wordFormat() {
     [[nodiscard]] Ref<ZTDocument> read(const std::filesystem::path& path) const override {
       return importWord(WordDocument::read(WordPackage::read(path))).document;
     }
+    [[nodiscard]] std::unique_ptr<EditableDocument> openForEditing(const std::filesystem::path& path) const override {
+      return EditableWordDocument::open(path);
+    }
+    [[nodiscard]] const EditingRules& editingRules() const override { return wordEditingRules(); }
   };
   static const Word word;
   return word;

@@ -130,8 +130,10 @@ void NumberingImporter::makeStyles(const std::function<const std::string*(const 
     fields.parentIdentifier = parentOf(list, numberOfStyle);
     fields.overridePropertyMap = list.map.get();
     list.style = makeFamilyStyle(StyleFamily::list, fields);
+    const auto& all = list.isAbstract ? mRaw.abstractLists : mRaw.lists;
+    const auto element = static_cast<std::size_t>(list.raw - all.data());
     mDocument.recordOrigin(list.style, {StyleOrigin::Kind::listStyle, list.raw->part, list.raw->element.line,
-                                        std::string(list.style->name().view())});
+                                        std::string(list.style->name().view()), 0, element});
     for (std::size_t number = 0; number < kLevels; ++number) {
       Level& level = list.levels.at(number);
       if (level.map == nullptr) continue;
@@ -141,7 +143,7 @@ void NumberingImporter::makeStyles(const std::function<const std::string*(const 
       level.style = makeFamilyStyle(StyleFamily::listLevel, levelFields);
       list.style->p_setValueForProperty(level.style, keys::listLevel(number + 1));
       mDocument.recordOrigin(level.style, {StyleOrigin::Kind::listLevel, list.raw->part, level.line,
-                                           fmt::format("{}/level-{}", identifier, number + 1)});
+                                           fmt::format("{}/level-{}", identifier, number + 1), 0, element, number});
     }
   }
 }

@@ -73,7 +73,7 @@ void TextReader::startElement(const XmlElement& element) {
   Kind kind = Kind::other;
   if (element.prefix == "w") {
     const std::string_view name = element.name;
-    const std::size_t above = mOpen.empty() ? 0 : static_cast<std::size_t>(mOpen.back());
+    const std::size_t above = mOpen.empty() ? 0 : static_cast<std::size_t>(mOpen.back().kind);
     if (above != 0 && above < kKinds.size() && name == kKinds[above].properties) return mBuilder.startElement(element);
     for (std::size_t each = 1; each < kKinds.size(); ++each) {
       if (name == kKinds[each].element) kind = static_cast<Kind>(each);
@@ -86,7 +86,9 @@ void TextReader::startElement(const XmlElement& element) {
     }
     noteReference(element);
   }
-  mOpen.push_back(kind);
+  const bool isPlace = kind != Kind::other && static_cast<std::size_t>(kind) < kKinds.size();
+  mOpen.push_back({kind, isPlace ? mDocument.places.size() : kNowhere});
+  if (isPlace) mDocument.places.resize(mDocument.places.size() + (kind == Kind::paragraph ? 2 : 1), kNowhere);
   begin(kind, element.line);
 }
 
@@ -95,26 +97,14 @@ void TextReader::endElement() {
     if (mBuilder.endElement()) takeProperties(mBuilder.take());
     return;
   }
-  const Kind kind = mOpen.back();
+  const Open open = mOpen.back();
   mOpen.pop_back();
-  end(kind);
+  end(open);
 }
 
 void TextReader::begin(Kind kind, int line) {
   switch (kind) {
-    case Kind::paragraph: {
-      WordParagraph paragraph{.part = mPart, .line = line};
-      if (!mTables.empty() && mTables.back() != kNowhere && !mColumns.empty()) {
-        const auto& rows = mDocument.tables[mTables.back()].columnsOfRows;
-        paragraph.table = mTables.back();
-        paragraph.row = rows.empty() ? 0 : rows.size() - 1;
-        paragraph.column = rows.empty() ? 0 : rows.back();
-        paragraph.columns = mColumns.back();
-      }
-      mParagraphs.push_back(mDocument.paragraphs.size());
-      mDocument.paragraphs.push_back(std::move(paragraph));
-      break;
-    }
+    case Kind::paragraph: beginParagraph(line); break;
     case Kind::run: mRuns.push_back(kNowhere); break;
     case Kind::table:
       mTables.push_back(mDocument.tables.size());
@@ -133,13 +123,27 @@ void TextReader::begin(Kind kind, int line) {
   }
 }
 
-void TextReader::end(Kind kind) {
-  switch (kind) {
+void TextReader::beginParagraph(int line) {
+  WordParagraph paragraph{.part = mPart, .line = line};
+  if (!mTables.empty() && mTables.back() != kNowhere && !mColumns.empty()) {
+    const auto& rows = mDocument.tables[mTables.back()].columnsOfRows;
+    paragraph.table = mTables.back();
+    paragraph.row = rows.empty() ? 0 : rows.size() - 1;
+    paragraph.column = rows.empty() ? 0 : rows.back();
+    paragraph.columns = mColumns.back();
+  }
+  mParagraphs.push_back(mDocument.paragraphs.size());
+  mDocument.paragraphs.push_back(std::move(paragraph));
+}
+
+void TextReader::end(const Open& open) {
+  switch (open.kind) {
     case Kind::paragraph: {
       WordParagraph& paragraph = mDocument.paragraphs[mParagraphs.back()];
       if (paragraph.use == kNowhere) {
         const WordElement none{.prefix = "w", .name = "pPr", .attributes = {}, .children = {}, .line = paragraph.line};
         paragraph.use = use(StyleFamily::paragraph, none);
+        mDocument.places[open.place] = paragraph.use;
       }
       mParagraphs.pop_back();
       noteField();
@@ -153,6 +157,7 @@ void TextReader::end(Kind kind) {
               use(StyleFamily::text, {.prefix = "w", .name = "rPr", .attributes = {}, .children = {}, .line = line});
         }
         mDocument.paragraphs[mParagraphs.back()].runs.push_back(mRuns.back());
+        mDocument.places[open.place] = mRuns.back();
       }
       mRuns.pop_back();
       break;
@@ -172,35 +177,38 @@ void TextReader::end(Kind kind) {
 }
 
 void TextReader::takeProperties(WordElement properties) {
-  const Kind owner = mOpen.back();
-  if (owner == Kind::paragraph) {
-    takeParagraphProperties(properties);
-  } else if (owner == Kind::run) {
-    mRuns.back() = use(StyleFamily::text, std::move(properties));
-  } else if (owner == Kind::table) {
-    WordTable& table = mDocument.tables[mTables.back()];
-    if (const WordElement* look = properties.child("tblLook")) table.look = lookOf(*look);
-    const std::size_t index = mTables.back();
-    const std::size_t used = use(StyleFamily::table, std::move(properties));
-    mDocument.tables[index].use = used;
-  } else if (owner == Kind::row) {
-    use(StyleFamily::tableRow, std::move(properties));
-  } else if (owner == Kind::cell) {
-    const std::string* span = properties.valOf("gridSpan");
-    const auto columns = span != nullptr ? parseInteger(*span) : std::nullopt;
-    if (columns && *columns > 1) mColumns.back() = static_cast<std::size_t>(std::min(*columns, kMostColumns));
-    use(StyleFamily::tableCell, std::move(properties));
+  const Open& owner = mOpen.back();
+  std::size_t used = kNowhere;
+  switch (owner.kind) {
+    case Kind::paragraph:
+      for (WordElement& child : properties.children) {
+        if (!child.is("rPr") || child.children.empty()) continue;
+        const std::size_t mark = use(StyleFamily::text, std::move(child));
+        mDocument.places[owner.place + 1] = mark;
+        mDocument.paragraphs[mParagraphs.back()].mark = mark;
+        child = {.prefix = "w", .name = "rPr", .attributes = {}, .children = {}, .line = 0};
+      }
+      used = use(StyleFamily::paragraph, std::move(properties));
+      mDocument.paragraphs[mParagraphs.back()].use = used;
+      break;
+    case Kind::run:
+      used = use(StyleFamily::text, std::move(properties));
+      mRuns.back() = used;
+      break;
+    case Kind::table:
+      if (const WordElement* look = properties.child("tblLook")) mDocument.tables[mTables.back()].look = lookOf(*look);
+      used = use(StyleFamily::table, std::move(properties));
+      mDocument.tables[mTables.back()].use = used;
+      break;
+    case Kind::row: used = use(StyleFamily::tableRow, std::move(properties)); break;
+    default: {
+      const std::string* span = properties.valOf("gridSpan");
+      const auto columns = span != nullptr ? parseInteger(*span) : std::nullopt;
+      if (columns && *columns > 1) mColumns.back() = static_cast<std::size_t>(std::min(*columns, kMostColumns));
+      used = use(StyleFamily::tableCell, std::move(properties));
+    }
   }
-}
-
-void TextReader::takeParagraphProperties(WordElement& properties) {
-  WordParagraph& paragraph = mDocument.paragraphs[mParagraphs.back()];
-  for (WordElement& child : properties.children) {
-    if (!child.is("rPr") || child.children.empty()) continue;
-    paragraph.mark = use(StyleFamily::text, std::move(child));
-    child = {.prefix = "w", .name = "rPr", .attributes = {}, .children = {}, .line = 0};
-  }
-  paragraph.use = use(StyleFamily::paragraph, std::move(properties));
+  mDocument.places[owner.place] = used;
 }
 
 // Thousands of paragraphs share few ways of being formatted.

@@ -26,10 +26,15 @@ class TextReader : public WordXmlHandler {
  private:
   enum class Kind : std::uint8_t { other, paragraph, run, table, row, cell, box, fieldCode };
 
+  struct Open {
+    Kind kind = Kind::other;
+    std::size_t place = kNowhere;  // of the document's places
+  };
+
   void begin(Kind kind, int line);
-  void end(Kind kind);
+  void beginParagraph(int line);
+  void end(const Open& open);
   void takeProperties(WordElement properties);
-  void takeParagraphProperties(WordElement& properties);
   std::size_t use(StyleFamily family, WordElement properties);
   std::size_t add(std::string key, WordUse use);
   void noteReference(const XmlElement& element);
@@ -40,7 +45,7 @@ class TextReader : public WordXmlHandler {
   WordDocument& mDocument;
   std::size_t mPart = 0;
   bool mSawRoot = false;
-  std::vector<Kind> mOpen;
+  std::vector<Open> mOpen;
   std::vector<std::size_t> mParagraphs;  // open ones: a text box puts paragraphs into a run of another
   std::vector<std::size_t> mTables;      // likewise; `kNowhere` inside a text box
   std::vector<std::size_t> mColumns;     // of the next cell, for each open row

@@ -84,6 +84,9 @@ struct WordDocument {
   std::vector<WordUse> uses;
   std::unordered_map<std::string, std::size_t> useByKey;  ///< see `useKey`
   std::vector<WordFieldName> fieldNames;
+  /// The use of each place that may be formatted, in the order of their starts: paragraphs, their marks behind them,
+  /// runs, tables, rows, cells. `kNowhere` for one that has none.
+  std::vector<std::size_t> places;
   std::vector<WordParagraph> paragraphs;  ///< in the order of their starts, the main part first
   std::vector<WordTable> tables;
   std::vector<Finding> findings;

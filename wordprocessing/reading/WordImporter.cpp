@@ -245,7 +245,8 @@ class WordImporter {
       const std::string* id = element.attribute("styleId");
       const int line = element.line;
       const std::size_t part = mRaw.styles[index].part;
-      mDocument->recordOrigin(made.style, {StyleOrigin::Kind::named, part, line, id != nullptr ? *id : std::string()});
+      mDocument->recordOrigin(made.style,
+                              {StyleOrigin::Kind::named, part, line, id != nullptr ? *id : std::string(), 0, index});
       for (const auto& [key, map] : made.conditions) {
         ZTSStyleFields condition;
         condition.parentIdentifier = rootIdentifier("table-cell");
@@ -254,7 +255,7 @@ class WordImporter {
         made.style->p_setValueForProperty(made.conditionStyles.back().second, key);
         mDocument->recordOrigin(made.conditionStyles.back().second,
                                 {StyleOrigin::Kind::automatic, part, line,
-                                 fmt::format("{}/{}", id != nullptr ? *id : "", key.view().substr(19))});
+                                 fmt::format("{}/{}", id != nullptr ? *id : "", key.view().substr(19)), 0, index});
       }
     }
   }
