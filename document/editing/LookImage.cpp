@@ -7,6 +7,8 @@
 #include <platform/NSNull.h>
 
 #include <algorithm>
+#include <map>
+#include <optional>
 #include <set>
 
 namespace zt {
@@ -68,7 +70,28 @@ const StyleLook* LookImage::lookOf(const ZTDocument& document, const OdfStyle& s
   return look;
 }
 
-std::vector<LookImage::Difference> LookImage::compare(const StyleLook& before, const StyleLook& after) {
+struct LookImage::Comparing {
+  std::set<Pair>& equal;            // for sure, from comparisons before
+  std::map<Pair, bool> found = {};  // whether two are equal, or being compared
+
+  /// None where that is not known.
+  [[nodiscard]] std::optional<bool> answerFor(const Pair& pair) const {
+    if (equal.contains(pair)) return true;
+    const auto known = found.find(pair);
+    return known != found.end() ? std::optional(known->second) : std::nullopt;
+  }
+  /// Without any difference, nothing that was taken for equal has been so wrongly.
+  void keepWhatIsEqual() {
+    if (!std::all_of(found.begin(), found.end(), [](const auto& each) { return each.second; })) return;
+    for (const auto& [pair, isEqual] : found) equal.insert(pair);
+  }
+};
+
+// Styles refer to each other in circles: two that are being compared are taken for equal further down. Where a
+// difference is found after that, it is found on the way up, too.
+std::vector<LookImage::Difference> LookImage::compare(const StyleLook& before, const StyleLook& after,
+                                                      Comparing& comparing) {
+  comparing.found[{&before, &after}] = true;
   std::vector<Difference> differences;
   const auto text = [](const NSObject* value) { return value == nullptr ? std::string("(none)") : valueText(value); };
   for (const PropertyMap::Entry& entry : *before.values) {
@@ -90,7 +113,11 @@ std::vector<LookImage::Difference> LookImage::compare(const StyleLook& before, c
       if (!keys.insert(reference.first.view()).second) continue;
       const StyleLook* first = referenceIn(before, reference.first);
       const StyleLook* second = referenceIn(after, reference.first);
-      if (first == nullptr || second == nullptr || !compare(*first, *second).empty())
+      const auto isEqual = [&] {
+        const std::optional<bool> known = comparing.answerFor({first, second});
+        return known ? *known : compare(*first, *second, comparing).empty();
+      };
+      if (first == nullptr || second == nullptr || !isEqual())
         differences.push_back({{},
                                reference.first,
                                first != nullptr ? "a style" : "(none)",
@@ -99,6 +126,7 @@ std::vector<LookImage::Difference> LookImage::compare(const StyleLook& before, c
                                                   : "another look"});
     }
   }
+  comparing.found[{&before, &after}] = differences.empty();
   return differences;
 }
 
@@ -107,15 +135,19 @@ std::vector<LookImage::Difference> LookImage::differencesTo(const ZTDocument& af
                                                             const IsMeant& isMeant, std::size_t most) const {
   LookImage now(after);
   std::vector<Difference> told;
-  std::set<std::pair<const StyleLook*, const StyleLook*>> equal;
+  std::set<Pair> compared;
+  std::set<Pair> equal;
   const auto compareUse = [&](const Use& use, const OdfStyle* style) {
     if (style == nullptr) {
       told.push_back({use.label, {}, "used", "missing"});
       return;
     }
     const StyleLook* look = now.lookOf(after, *style);
-    if (!equal.insert({use.look, look}).second) return;
-    for (Difference& difference : compare(*use.look, *look)) {
+    if (!compared.insert({use.look, look}).second || equal.contains({use.look, look})) return;
+    Comparing comparing{equal};
+    std::vector<Difference> differences = compare(*use.look, *look, comparing);
+    comparing.keepWhatIsEqual();
+    for (Difference& difference : differences) {
       if (told.size() >= most || isMeant(*use.style, difference.key)) continue;
       difference.style = use.label;
       told.push_back(std::move(difference));

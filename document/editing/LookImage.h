@@ -59,7 +59,9 @@ class LookImage {
   };
 
   const StyleLook* lookOf(const ZTDocument& document, const OdfStyle& style);
-  static std::vector<Difference> compare(const StyleLook& before, const StyleLook& after);
+  using Pair = std::pair<const StyleLook*, const StyleLook*>;
+  struct Comparing;  // what one comparison has found out
+  static std::vector<Difference> compare(const StyleLook& before, const StyleLook& after, Comparing& comparing);
 
   std::unordered_map<const ZTSStyle*, std::unique_ptr<StyleLook>> mLooks;
   std::vector<Use> mUses;   // one for each use, with a look where it has a style
