@@ -199,9 +199,9 @@ std::string formatted(std::type_identity_t<FormatString<Arguments...>> text, con
   }
 }
 
-/// The same, under the name by which it is called. An object: where <format> is included, the standard's function would
-/// be found beside a function of ours for any argument of the standard's own types, would fit better, and would leave
-/// every directive as it stands.
+/// The same, under the name by which it is called. An object: where `<format>` is included, the standard's function
+/// would be found beside a function of ours for any argument of the standard's own types, would fit better, and would
+/// leave every directive as it stands.
 struct Formatting {
   template <class... Arguments>
   std::string operator()(std::type_identity_t<FormatString<Arguments...>> text, const Arguments&... arguments) const {
