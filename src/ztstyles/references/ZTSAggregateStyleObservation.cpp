@@ -154,14 +154,20 @@ std::vector<PropertyKey> ZTSAggregateStyle::observedProperties() const {
 void ZTSAggregateStyle::p_beginObservingAllReferencedStyles() {
   const Ref<ZTSAggregateStyle> self(this);
   ZTFirstFailure failure;
-  for (PropertyKey key : observedProperties()) followValue(failure, key);
+  const bool knewProperties = failure.attempt([&] {
+    for (PropertyKey key : observedProperties()) followValue(failure, key);
+  });
+  if (!knewProperties) mIsUnfinished = true;
   failure.rethrow();
 }
 
 void ZTSAggregateStyle::p_endObservingAllReferencedStyles() {
   const Ref<ZTSAggregateStyle> self(this);
   ZTFirstFailure failure;
-  for (PropertyKey key : observedProperties()) endReferences(failure, key, nullptr);
+  const bool knewProperties = failure.attempt([&] {
+    for (PropertyKey key : observedProperties()) endReferences(failure, key, nullptr);
+  });
+  if (!knewProperties) mIsUnfinished = true;
   failure.rethrow();
 }
 
