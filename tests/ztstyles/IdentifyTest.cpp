@@ -152,5 +152,20 @@ TEST_F(IdentifyTest, ReportsWhatItIsNotGiven) {
   EXPECT_EQ(scene.sheet->styleWithIdentifier("c"), loose.get());
 }
 
+TEST_F(IdentifyTest, KeptStylesThatAreNoChildrenFindTheirParents) {
+  TestStyle& style = scene.style("a");
+  TestStyle& stranger = scene.style("stranger", "other");
+  scene.style("other");
+  ZTUMutablePointerSet<ZTSStyle> kept;
+  kept.addObject(&stranger);
+  ZTUAssertionRecorder reports;
+  scene.sheet->identifyStyleKeepingChildren(ref(style), "b", &kept);
+  EXPECT_EQ(stranger.parent(), &style);
+  scene.undo();
+  EXPECT_EQ(reports.takeReports().size(), 1u) << "that it was no child";
+  scene.sheet->validate();
+  EXPECT_EQ(reports.descriptions(), Log{});
+}
+
 }  // namespace
 }  // namespace zt::testing

@@ -94,6 +94,10 @@ void ZTSStylesheet::identifyStyleKeepingChildren(Ref<ZTSStyle> style, StringRef 
 
   const Ref<ZTSStylesheet> self(this);
   const StringRef old = style->identifier();
+  std::vector<Ref<ZTSStyle>> named;  // kept ones that have another parent
+  for (ZTSStyle* child : kept) {
+    if (child->parent() != style) named.emplace_back(child);
+  }
   if (mUnused) mUnused->willStore();
   mIdentifiedStyles.makeRoom();
   if (NSUndoManager* undo = undoManager()) {
@@ -122,6 +126,8 @@ void ZTSStylesheet::identifyStyleKeepingChildren(Ref<ZTSStyle> style, StringRef 
 
   ZTFirstFailure failure;
   if (old) resolveParentsOfChildrenOf(*style, failure);
+  // One that is no child, or not any more where this takes an identifying back, has another parent or none.
+  for (const Ref<ZTSStyle>& child : named) resolveParentOf(*child, failure);
   if (old) failure.attempt([&] { style->p_retryRefused(); });
   resolveParentsAfterIdentifying(identifier, failure);
   finishResolving(failure);
