@@ -85,7 +85,9 @@ class DocumentEditor {
 
   struct CleanupOptions {
     bool keepsNamed = false;
-    bool trimsLatent = false;  ///< what the document says of styles that it does not have goes, where a format has that
+    /// What the document only says that applications know does not stay for that, and what it says of styles that it
+    /// does not have then goes, too.
+    bool trimsLatent = false;
     std::set<std::string> kept;  ///< labels or names of styles that stay
   };
   /// Removes styles that nothing uses. The outline, the default styles, what other styles name and what applications

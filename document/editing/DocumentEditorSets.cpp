@@ -148,9 +148,9 @@ std::vector<Ref<OdfStyle>> DocumentEditor::cleanup(const CleanupOptions& options
     const StyleOrigin* origin = mDocument.originOf(style);
     const bool isRoot = origin != nullptr &&
                         (origin->kind == StyleOrigin::Kind::made || origin->kind == StyleOrigin::Kind::defaultStyle);
-    return isRoot || mRules.isUsedUnnamed(style) || (options.keepsNamed && style.isIdentified()) ||
-           options.kept.contains(mDocument.labelOf(style)) || options.kept.contains(style.name().text()) ||
-           (origin != nullptr && options.kept.contains(origin->name));
+    return isRoot || mRules.isUsedUnnamed(style) || (!options.trimsLatent && mRules.isLatent(style)) ||
+           (options.keepsNamed && style.isIdentified()) || options.kept.contains(mDocument.labelOf(style)) ||
+           options.kept.contains(style.name().text()) || (origin != nullptr && options.kept.contains(origin->name));
   };
   for (const Ref<ZTSStyle>& each : sheet.retainedStyles()) {
     OdfStyle* style = asOdfStyle(static_cast<NSObject*>(each.get()));
@@ -171,7 +171,6 @@ std::vector<Ref<OdfStyle>> DocumentEditor::cleanup(const CleanupOptions& options
       }
     }
   }
-  if (options.trimsLatent) trimLatent();
   Leaving leaving(sheet);
   mDocument.mayRemoveUnused = [](const ZTSStyle&) { return true; };
   sheet.enableUnusedStyleCleanup();
@@ -179,6 +178,7 @@ std::vector<Ref<OdfStyle>> DocumentEditor::cleanup(const CleanupOptions& options
   sheet.disableUnusedStyleCleanup();
   mDocument.mayRemoveUnused = {};
   for (const Ref<OdfStyle>& style : held) style->decrementUsageCount();
+  if (options.trimsLatent) trimLatent();
   return std::move(leaving.styles);
 }
 

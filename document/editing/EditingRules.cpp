@@ -13,6 +13,8 @@ Ref<NSObject> EditingRules::withoutLatentStyles(const ZTSStylesheet&, PropertyKe
   return value;
 }
 
+bool EditingRules::isLatent(const OdfStyle&) const { return false; }
+
 bool EditingRules::isUsedUnnamed(const OdfStyle& style) const {
   if (!style.isIdentified()) return false;
   const std::string_view name = fileNameOf(style);

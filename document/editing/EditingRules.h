@@ -22,6 +22,8 @@ class EditingRules {
   /// itself where it says nothing of that kind.
   [[nodiscard]] virtual Ref<NSObject> withoutLatentStyles(const ZTSStylesheet& stylesheet, PropertyKey key,
                                                           const Ref<NSObject>& value) const;
+  /// Whether the document says of the style that applications know it, which keeps it where nothing uses it.
+  [[nodiscard]] virtual bool isLatent(const OdfStyle& style) const;
   /// Whether applications use the style for text that names none.
   [[nodiscard]] virtual bool isUsedUnnamed(const OdfStyle& style) const;
 

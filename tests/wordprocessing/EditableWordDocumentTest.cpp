@@ -235,10 +235,15 @@ TEST(EditableWordDocumentTest, CleanupKeepsWhatAnyPartUses) {
                      "</w:abstractNum>",
                  .settings = "<w:clickAndTypeStyle w:val='Settings'/>"});
   const std::string unused = wordStyle("paragraph", "Unused");
+  const std::string seldom = wordStyle("paragraph", "Seldom");
   const std::pair<std::string, std::string> gone(unused.substr(0, unused.size() - 1), "");
   letter.expect([](DocumentEditor& editor) { editor.cleanup({}); }, {{"styles.xml", {gone}}});
   letter.expect([](DocumentEditor& editor) { editor.cleanup({.trimsLatent = true}); },
-                {{"styles.xml", {gone, {"<w:lsdException w:name='Gone'/>", ""}}}});
+                {{"styles.xml",
+                  {gone,
+                   {seldom.substr(0, seldom.size() - 1), ""},
+                   {"<w:lsdException w:name='Seldom name'/>", ""},
+                   {"<w:lsdException w:name='Gone'/>", ""}}}});
 }
 
 TEST(EditableWordDocumentTest, SavesPackagesEntryByEntryAndRefusesSignedOnes) {

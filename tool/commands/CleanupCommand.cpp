@@ -27,8 +27,9 @@ class CleanupCommand : public Command {
     command->add_flag("--keep-named", mKeepsNamed, "Only automatic styles and list levels go");
     command->add_flag("--fonts", mCleansFonts, "In a document that is written, unused declarations of fonts go, too");
     command->add_option("--keep", mKept, "A style that stays. May be given several times")->allow_extra_args(false);
-    command->add_flag("--latent", mTrimsLatent,
-                      "Also what a document of WordprocessingML says of styles that it does not have");
+    command->add_flag(
+        "--latent", mTrimsLatent,
+        "The list of latent styles of WordprocessingML keeps no style, and loses those that are not there");
     command->add_flag("--json", mAsJson, "Write one JSON object: what is removed, how many are left");
     command->footer(
         "A style is used if the text names it, or a used style inherits from it or refers to it. The outline, default "

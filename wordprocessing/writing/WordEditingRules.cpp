@@ -32,7 +32,7 @@ bool isTrue(const OdfStyle& style, const char* key) {
 }
 
 /// Whether the list of latent styles has an exception for the style.
-bool isLatent(const OdfStyle& style) {
+bool isInLatentStyles(const OdfStyle& style) {
   if (style.stylesheet() == nullptr) return false;
   const ZTSStyle* root = style.stylesheet()->styleWithIdentifier(rootIdentifier("paragraph"));
   const OpaqueValue* latent =
@@ -60,10 +60,13 @@ class WordRules final : public EditingRules {
     return name.empty() ? "Style" : name;
   }
 
+  [[nodiscard]] bool isLatent(const OdfStyle& style) const override {
+    return style.isIdentified() && isInLatentStyles(style);
+  }
+
   [[nodiscard]] bool isUsedUnnamed(const OdfStyle& style) const override {
     if (!style.isIdentified()) return false;
-    return isNumbering(style) || style.family() == StyleFamily::other || isTrue(style, "style.w.default") ||
-           isLatent(style);
+    return isNumbering(style) || style.family() == StyleFamily::other || isTrue(style, "style.w.default");
   }
 
   [[nodiscard]] Ref<NSObject> withoutLatentStyles(const ZTSStylesheet& stylesheet, PropertyKey key,
