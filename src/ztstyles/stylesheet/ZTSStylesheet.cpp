@@ -55,7 +55,7 @@ ZTSStylesheet::~ZTSStylesheet() {
   const auto leave = [&](const Ref<ZTSStyle>& style) {
     hasReferences = hasReferences || ZTSDepartedStyles::concerns(*style);
     passedOver.attempt([&] { style->cleanup(); });
-    style->p_setStylesheet(nullptr);
+    if (style->stylesheet() == this) style->p_setStylesheet(nullptr);
   };
   for (const ZTSStyleDictionary::Entry& entry : mIdentifiedStyles) leave(Ref<ZTSStyle>(entry.style));
   for (ZTSStyle* style : mAnonymousStyles) leave(Ref<ZTSStyle>(style));

@@ -144,9 +144,11 @@ void ZTSStylesheet::link(ZTSStyle& style, ZTFirstFailure& failure) {
 
 /// Ends the link of a style that is held no longer.
 void ZTSStylesheet::unlink(ZTSStyle& style, ZTFirstFailure& failure) {
+  const ZTSStylesheet* const left = style.stylesheet();
   if (failure.attempt([&] { style.setStylesheet(nullptr); })) return;
-  style.p_setStylesheet(nullptr);
-  setParentLinkOf(style, failure);
+  // What was called before it threw may have added the style again, here or elsewhere.
+  if (left != nullptr && style.stylesheet() == left && !left->holdsStyle(style)) style.p_setStylesheet(nullptr);
+  if (style.stylesheet() == nullptr) setParentLinkOf(style, failure);
 }
 
 void ZTSStylesheet::styleWillBeLinked(ZTSStyle& style) {
