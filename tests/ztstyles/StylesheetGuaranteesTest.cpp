@@ -76,6 +76,30 @@ TEST(StylesheetExceptionTest, EndsTheLinkOfAStyleThatIsHeldNoLongerWhateverItThr
   EXPECT_EQ(old.document(), nullptr);
 }
 
+/// Does something when it has left its stylesheet.
+struct Leaving : ZTSStyleOf<Leaving, TestStyle> {
+  static constexpr const char* kClassName = "Leaving";
+  void updateParent() override {
+    ZTSStyle::updateParent();
+    if (stylesheet() == nullptr && whenLeft) std::exchange(whenLeft, {})();
+  }
+  std::function<void()> whenLeft;
+};
+
+TEST(StylesheetExceptionTest, AStyleThatEntersAnotherStylesheetWhileItLeavesStaysThere) {
+  Scene scene;
+  Scene other;
+  auto& style = scene.style<Leaving>("a", "base");
+  style.whenLeft = [&] {
+    other.add(style);
+    throw NSGenericException("no");
+  };
+  EXPECT_THROW(scene.remove(style), NSGenericException);
+  EXPECT_EQ(style.stylesheet(), other.sheet.get());
+  expectSound(*scene.sheet);
+  expectSound(*other.sheet);
+}
+
 TEST(StylesheetExceptionTest, ClearsTheLinkOfAStyleThatWasOnlyLinkedWhenItEnds) {
   Scene scene;
   auto& guest = scene.detached("guest");
