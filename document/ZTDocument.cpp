@@ -78,6 +78,8 @@ Ref<ZTDocument> ZTDocument::withStylesheet(Ref<ZTSStylesheet> stylesheet) {
 ZTDocument::~ZTDocument() {
   // The actions hold styles and stylesheets, which must not outlive their host's answers.
   mUndoManager->removeAllActions();
+  // Nor must what is noted about them: a stylesheet takes a circle of styles for held while anybody outside holds one.
+  mUses->all.clear();
 }
 
 OdfStyle* ZTDocument::rootStyle(std::string_view family) const {
