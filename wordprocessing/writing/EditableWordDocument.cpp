@@ -166,7 +166,7 @@ Ref<ZTDocument> EditableWordDocument::readAgain(std::vector<XmlPart> parts) cons
   const Read read = Read::of(std::move(package));
   mPlacesAgain.clear();
   for (const std::size_t use : read.raw.places)
-    mPlacesAgain.push_back(use != kNowhere ? read.word.styleOfUse[use] : Ref<OdfStyle>());
+    mPlacesAgain.push_back(use != kNowhere ? read.word.styleOfUse[use].get() : nullptr);
   return read.word.document;
 }
 
@@ -177,7 +177,7 @@ const OdfStyle* EditableWordDocument::styleOfUse(std::size_t use, const ZTDocume
     return again.namedStyle(familyName(raw.family), name != mNames.end() ? name->second : raw.styleId);
   }
   const bool isThere = mPlacesAgain.size() == mRaw.places.size() && mFirstPlace[use] != kNowhere;
-  return isThere ? mPlacesAgain[mFirstPlace[use]].get() : nullptr;
+  return isThere ? mPlacesAgain[mFirstPlace[use]] : nullptr;
 }
 
 bool EditableWordDocument::isReplaceable(const std::filesystem::path& path) const {

@@ -41,7 +41,7 @@ class EditableWordDocument final : public EditableDocument {
   std::vector<WordUseAsRead> mUses;                     // likewise
   std::vector<std::size_t> mFirstPlace;                 // of each use
   std::unordered_map<std::string, std::string> mNames;  // of the parts that were written last
-  mutable std::vector<Ref<OdfStyle>> mPlacesAgain;      // the styles of the places, read again
+  mutable std::vector<const OdfStyle*> mPlacesAgain;    // the styles of the places, of the document that was read again
 };
 
 }  // namespace zt
