@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "Exercise.h"
+#include "Silence.h"
 
 #include <document/Finding.h>
 #include <document/archive/DocumentArchive.h>
 #include <insight/difference/DocumentDiff.h>
 
 #include <support/ZTUAssertionHandler.h>
-#include <support/ZTULog.h>
 
 #include <cstdint>
 #include <cstdlib>
@@ -17,7 +17,7 @@
 /// checks, can be written, and reads back as itself.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace zt;
-  ZTULogRecorder quiet;
+  const zt::fuzzing::Silence silence;
   const std::string bytes(reinterpret_cast<const char*>(data), size);
   Ref<ZTDocument> document;
   try {

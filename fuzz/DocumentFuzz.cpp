@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Exercise.h"
+#include "Silence.h"
 
 #include <document/Finding.h>
 #include <document/archive/DocumentArchive.h>
@@ -7,8 +8,6 @@
 #include <insight/explain/Explanation.h>
 #include <opendocument/reading/StyleImporter.h>
 #include <opendocument/statistics/StyleStatistics.h>
-
-#include <support/ZTULog.h>
 
 #include <cstdint>
 #include <cstdlib>
@@ -20,7 +19,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace zt;
   if (size > 4096) return 0;  // a large document takes a tenth of a second, and small ones show as much
-  ZTULogRecorder quiet;
+  const zt::fuzzing::Silence silence;
   RawDocument raw;
   Ref<ZTDocument> document;
   try {

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
+#include "Silence.h"
+
 #include <document/Finding.h>
 #include <document/archive/DocumentArchive.h>
 #include <insight/difference/DocumentDiff.h>
 #include <insight/look/TextLook.h>
 #include <wordprocessing/reading/TableParts.h>
 #include <wordprocessing/reading/WordImporter.h>
-
-#include <support/ZTULog.h>
 
 #include <algorithm>
 #include <array>
@@ -24,7 +24,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   constexpr std::array kKinds = {WordPartKind::document, WordPartKind::styles, WordPartKind::numbering,
                                  WordPartKind::theme};
   constexpr std::string_view kBetween = "\n----\n";
-  ZTULogRecorder quiet;
+  const zt::fuzzing::Silence silence;
   WordPackage package;
   package.shown = "input";
   std::string_view rest(reinterpret_cast<const char*>(data), size);

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
+#include "EditAndUndo.h"
+#include "Silence.h"
+
 #include <document/Finding.h>
 #include <wordprocessing/writing/EditableWordDocument.h>
-
-#include <platform/NSUndoManager.h>
-#include <support/ZTULog.h>
 
 #include <algorithm>
 #include <array>
@@ -22,12 +22,9 @@ void edit(EditableDocument& editable, const std::uint8_t* bytes) {
       "text.w.sz=17pt",        "text.w.b=true",       "paragraph.w.ind.firstLine=-3pt", "text.w.rFonts.ascii=Other",
       "paragraph.w.jc=center", "text.w.color=#123456"};
   DocumentEditor& editor = editable.editor();
-  const auto& styles = editable.document().readStyles();
-  if (styles.empty()) return;
-  OdfStyle& style = *styles[bytes[1] % styles.size()];
-  OdfStyle& other = *styles[bytes[2] % styles.size()];
-  if (style.stylesheet() == nullptr || other.stylesheet() == nullptr) return;
-  const KeepLook keepLook = bytes[3] % 2 == 0 ? KeepLook::no : KeepLook::yes;
+  const auto choice = fuzzing::choiceOf(editable, bytes);
+  if (!choice) return;
+  const auto& [style, other, keepLook] = *choice;
   switch (bytes[0] % 6) {
     case 0: (void)editor.cleanup({.trimsLatent = keepLook == KeepLook::yes}); break;
     case 1: editor.rename(style, "New <" + std::to_string(bytes[3])); break;
@@ -49,7 +46,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   constexpr std::array kKinds = {WordPartKind::document, WordPartKind::styles, WordPartKind::numbering,
                                  WordPartKind::settings};
   if (size <= kEdits) return 0;
-  ZTULogRecorder quiet;
+  const fuzzing::Silence silence;
   std::vector<WordPackage::Part> parts;
   std::string_view rest(reinterpret_cast<const char*>(data) + kEdits, size - kEdits);
   for (const WordPartKind kind : kKinds) {
@@ -57,31 +54,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     parts.push_back({kind, {"part", "input", std::string(part)}});
     rest.remove_prefix(std::min(rest.size(), part.size() + kBetween.size()));
   }
-  const std::vector<WordPackage::Part> before = parts;
+  std::vector<std::string> asRead;
+  for (const WordPackage::Part& part : parts) asRead.push_back(part.xml.bytes);
   std::unique_ptr<EditableDocument> document;
   try {
     document = EditableWordDocument::fromParts(std::move(parts), "input");
   } catch (const ReadError&) {
     return 0;
   }
-  const auto check = [&] {
-    const std::vector<XmlPart> now = document->writtenParts();
-    for (std::size_t index = 0; index < now.size(); ++index) {
-      if (now[index].bytes != before[index].xml.bytes) std::abort();
-    }
-  };
-  check();
-  NSUndoManager& undo = *document->document().undoManager();
-  try {
-    undo.performInGroup([&] {
-      edit(*document, data);
-      edit(*document, data + 4);
-    });
-    (void)document->writtenParts();
-  } catch (const EditError&) {
-  } catch (const ReadError&) {
-  }
-  if (undo.canUndo()) undo.undo();
-  check();
+  fuzzing::editAndUndo(*document, asRead, data, edit);
   return 0;
 }

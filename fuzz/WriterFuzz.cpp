@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
+#include "EditAndUndo.h"
+#include "Silence.h"
+
 #include <document/Finding.h>
 #include <opendocument/writing/EditableOpenDocument.h>
-
-#include <platform/NSUndoManager.h>
-#include <support/ZTULog.h>
 
 #include <cstdint>
 #include <cstdlib>
@@ -16,12 +16,9 @@ using namespace zt;
 /// One edit of some style of the document, as four bytes say.
 void edit(EditableDocument& editable, const std::uint8_t* bytes) {
   DocumentEditor& editor = editable.editor();
-  const auto& styles = editable.document().readStyles();
-  if (styles.empty()) return;
-  OdfStyle& style = *styles[bytes[1] % styles.size()];
-  OdfStyle& other = *styles[bytes[2] % styles.size()];
-  if (style.stylesheet() == nullptr || other.stylesheet() == nullptr) return;
-  const KeepLook keepLook = bytes[3] % 2 == 0 ? KeepLook::no : KeepLook::yes;
+  const auto choice = fuzzing::choiceOf(editable, bytes);
+  if (!choice) return;
+  const auto& [style, other, keepLook] = *choice;
   switch (bytes[0] % 10) {
     case 0: (void)editor.dedupe({.ignoresRevisionMarks = keepLook == KeepLook::yes}); break;
     case 1: (void)editor.cleanup({.keepsNamed = keepLook == KeepLook::yes}); break;
@@ -44,7 +41,7 @@ void edit(EditableDocument& editable, const std::uint8_t* bytes) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   constexpr std::size_t kEdits = 8;
   if (size <= kEdits) return 0;
-  ZTULogRecorder quiet;
+  const fuzzing::Silence silence;
   const std::string text(reinterpret_cast<const char*>(data) + kEdits, size - kEdits);
   std::unique_ptr<EditableDocument> document;
   try {
@@ -52,18 +49,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   } catch (const ReadError&) {
     return 0;
   }
-  if (document->writtenParts().front().bytes != text) std::abort();
-  NSUndoManager& undo = *document->document().undoManager();
-  try {
-    undo.performInGroup([&] {
-      edit(*document, data);
-      edit(*document, data + 4);
-    });
-    (void)document->writtenParts();
-  } catch (const EditError&) {
-  } catch (const ReadError&) {
-  }
-  if (undo.canUndo()) undo.undo();
-  if (document->writtenParts().front().bytes != text) std::abort();
+  fuzzing::editAndUndo(*document, {text}, data, edit);
   return 0;
 }
