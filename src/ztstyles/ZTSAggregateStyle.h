@@ -13,8 +13,8 @@ using ZTSStyleMap = ZTUPointerKeyDictionaryOf<ZTSStyle, ZTSStyle>;
 
 /// The copies that a deep copy made, in the order of the originals that were given. They refer to one another, maybe in
 /// circles, so they are owned together: what is in no stylesheet when this goes, and held by nobody else, is freed,
-/// with everything that it reaches. Whoever keeps such a copy for longer frees its circles himself
-/// (`freeReferenceGroups`).
+/// with everything that it reaches. What somebody keeps for longer stays with all that it reaches, and its circles are
+/// then his to break, by removing the values, unless it enters a stylesheet, which frees them when it ends.
 class ZT_EXPORT ZTSStyleCopies {
  public:
   ZTSStyleCopies(ZTSStyleSet given, std::vector<Ref<ZTSStyle>> all) noexcept;

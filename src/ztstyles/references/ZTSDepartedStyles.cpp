@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <mutex>
+#include <utility>
 
 namespace zt {
 
@@ -30,10 +31,10 @@ bool ZTSDepartedStyles::concerns(const ZTSStyle& style) {
 }
 
 void ZTSDepartedStyles::add(ZTSStyle& style) {
-  forget(style);
   const std::lock_guard lock(table().mutex);
   mStyles.makeRoom();
-  table().lists.insert_or_assign(&style, this);
+  const auto [entry, isNew] = table().lists.try_emplace(&style, this);
+  if (!isNew) std::exchange(entry->second, this)->mStyles.removeObject(&style);
   mStyles.addObject(&style);
   style.p_setMark(ZTSStyleMark::isDeparted, true, {});
 }
